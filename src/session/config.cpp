@@ -1,0 +1,163 @@
+#include "session/config.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+
+#include "text/fixed_format.h"
+#include "toolkit/files.h"
+#include "toolkit/toolkit.h"
+
+namespace zentol {
+
+namespace {
+
+std::string env_or(const char* name, const std::string& fallback) {
+    const char* v = std::getenv(name);
+    return (v && *v) ? std::string(v) : fallback;
+}
+
+}  // namespace
+
+Installation installation_at(const std::string& root, const std::string& work, const std::string& data_dir) {
+    Installation inst;
+    inst.root = root;
+    inst.bin = root + "/bin";
+    inst.cfgset = root + "/cfgset";
+    inst.data_dir = data_dir;
+    inst.default_library = work + "/library";
+    inst.default_scratch = work + "/scratch";
+    return inst;
+}
+
+Installation locate_installation() {
+    std::string home = env_or("HOME", "/tmp");
+    return installation_at(env_or("ZENTOL_ROOT", home + "/.local/share/zentol"), env_or("ZENTOL_WORK", home + "/zentol"),
+                            env_or("ZENTOL_DATA", ZENTOL_DATA_DIR));
+}
+
+std::string default_engines_def(const Installation& inst) {
+    const std::string b = inst.bin + "/";
+    return "# Engines and helpers: one \"key value\" a line. A bare program name is looked\n"
+           "# up on PATH; an empty value means not installed.\n"
+           "tinker_dir " + inst.root + "/exem\n"
+           "mm3_params " + inst.root + "/exem/mm3\n"
+           "mopac6 mopac\nmopac2016 mopac\norca orca\nfirefly firefly\niconc iconc\nmultiwfn Multiwfn\n"
+           "symmol " + b + "symmol\nzmatgen " + b + "zmatgen\n"
+           "zentol9 " + b + "zentol9\norbview " + b + "orbview\ntabview " + b + "tabview\nlauncher " + b + "brevan\n"
+           "editor\nterminal x-terminal-emulator\nopener xdg-open\nupdate_url\n";
+}
+
+EngineConfig parse_engines_def(const std::vector<std::string>& lines) {
+    EngineConfig c;
+    for (const auto& raw : lines) {
+        std::string_view line = text::trim(raw);
+        if (line.empty() || line[0] == '#') continue;
+        std::size_t blank = line.find_first_of(" \t");
+        std::string key(line.substr(0, blank));
+        std::string value = blank == std::string_view::npos ? "" : std::string(text::trim(line.substr(blank)));
+        c.values[key] = value;
+    }
+    return c;
+}
+
+EngineConfig read_engines_def(const Installation& inst) {
+    auto lines = files::read_lines(inst.cfgset + "/engines.def");
+    return parse_engines_def(lines ? *lines : std::vector<std::string>{});
+}
+
+void prepare_installation(const Installation& inst) {
+    for (const auto& dir : {inst.bin, inst.cfgset, inst.default_library, inst.default_scratch}) files::make_dirs(dir);
+    std::string shipped = inst.data_dir + "/cfgset";
+    for (const auto& name : files::list(shipped, "*")) {
+        if (!files::exists(inst.cfgset + "/" + name)) files::copy(shipped + "/" + name, inst.cfgset + "/" + name);
+    }
+    std::string def = inst.cfgset + "/zentol.def";
+    if (!files::exists(def)) files::write_atomic(def, zentol_def_text(inst.default_library, inst.default_scratch, 1));
+    std::string engines = inst.cfgset + "/engines.def";
+    if (!files::exists(engines)) files::write_atomic(engines, default_engines_def(inst));
+}
+
+std::string cfg_path(const Session& s, const std::string& name) { return s.inst.cfgset + "/" + name; }
+
+std::string zentol_def_text(const std::string& library, const std::string& scratch, int level) {
+    return library + "\n" + scratch + "\n" + text::format_i(level, 4) + "\n";
+}
+
+void read_zentol_def(Session& s) {
+    std::string path = cfg_path(s, "zentol.def");
+    auto lines = files::read_lines(path);
+    s.job.library_dir = s.inst.default_library;
+    s.job.scratch_dir = s.inst.default_scratch;
+    if (!lines) {
+        s.flags.user_level = 0;   // treated as Entry; field 7 stays empty
+        files::write_atomic(path, zentol_def_text(s.job.library_dir, s.job.scratch_dir, 1));
+        return;
+    }
+    s.flags.user_level = 1;
+    bool ok = lines->size() >= 3;
+    if (lines->size() >= 1 && !text::trim((*lines)[0]).empty()) s.job.library_dir = std::string(text::trim((*lines)[0]));
+    else ok = false;
+    if (lines->size() >= 2 && !text::trim((*lines)[1]).empty()) s.job.scratch_dir = std::string(text::trim((*lines)[1]));
+    else ok = false;
+    if (ok) {
+        auto level = text::read_ints((*lines)[2], 1);
+        if (level && !level->empty()) s.flags.user_level = static_cast<int>(std::clamp((*level)[0], 1LL, 3LL));
+        else ok = false;
+    }
+    // A mended file keeps the directories that were read; the level goes back to Entry.
+    if (!ok) files::write_atomic(path, zentol_def_text(s.job.library_dir, s.job.scratch_dir, 1));
+}
+
+void write_user_level(Session& s) {
+    std::string path = cfg_path(s, "zentol.def");
+    auto lines = files::read_lines(path);
+    std::string library = lines && lines->size() >= 1 ? (*lines)[0] : s.job.library_dir;
+    std::string scratch = lines && lines->size() >= 2 ? (*lines)[1] : s.job.scratch_dir;
+    files::write_atomic(path, library + "\n" + scratch + "\n" + (text::FreeRecord() << s.flags.user_level).str() + "\n");
+}
+
+std::string dir_def_name(const Session& s) { return std::string("dir") + s.job.instance_digit + ".def"; }
+
+std::string read_dir_file(const Session& s, const std::string& name) {
+    auto lines = files::read_lines(cfg_path(s, name));
+    if (!lines || lines->empty()) return "";
+    return std::string(text::trim((*lines)[0]));
+}
+
+void write_dir_file(const Session& s, const std::string& name, const std::string& dir) {
+    files::write_atomic(cfg_path(s, name), dir + "\n");
+}
+
+void read_mru(Session& s) {
+    for (auto& e : s.job.mru) e.clear();
+    auto lines = files::read_lines(cfg_path(s, "mrul.def"));
+    if (!lines) return;
+    for (int k = 1; k <= kRecentJobs && k <= static_cast<int>(lines->size()); ++k)
+        s.job.mru[k] = std::string(text::trim((*lines)[k - 1]));
+}
+
+void write_mru(const Session& s) {
+    std::vector<std::string> lines;
+    for (int k = 1; k <= kRecentJobs; ++k) {
+        std::string e(text::trim(s.job.mru[k]));
+        lines.push_back(e.size() < 3 ? " " : e);
+    }
+    files::write_lines(cfg_path(s, "mrul.def"), lines);
+}
+
+std::string short_directory(const std::string& dir) {
+    if (dir.size() <= 34) return dir;
+    return dir.substr(0, 16) + "/../" + dir.substr(dir.size() - 17);
+}
+
+std::string level_name(int level) {
+    switch (level) {
+        case 1: return "Ent";
+        case 2: return "Adv";
+        case 3: return "Exp";
+        default: return "";
+    }
+}
+
+}  // namespace zentol

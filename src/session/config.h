@@ -1,0 +1,50 @@
+// The installation tree and the small configuration files under cfgset/.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "session/session.h"
+
+namespace zentol {
+
+// $ZENTOL_ROOT (default ~/.local/share/zentol) with bin/ and cfgset/; the
+// working trees under $ZENTOL_WORK (default ~/zentol); shipped data from
+// $ZENTOL_DATA or the build's data directory.
+Installation locate_installation();
+Installation installation_at(const std::string& root, const std::string& work, const std::string& data_dir);
+
+// Creates what is missing on a first start: the directories, zentol.def
+// with the default working trees at Entry level, the shipped colour files,
+// engines.def with its defaults.
+void prepare_installation(const Installation& inst);
+
+std::string default_engines_def(const Installation& inst);
+EngineConfig parse_engines_def(const std::vector<std::string>& lines);
+EngineConfig read_engines_def(const Installation& inst);
+
+std::string cfg_path(const Session& s, const std::string& name);   // <cfgset>/<name>
+
+// zentol.def: library directory, scratch directory, user level. A file that
+// can't be read or is short is rewritten with what was read (defaults where
+// the file was missing).
+void read_zentol_def(Session& s);
+void write_user_level(Session& s);
+std::string zentol_def_text(const std::string& library, const std::string& scratch, int level);
+
+// One-line directory files: dir<N>.def and DIR.DEF.
+std::string dir_def_name(const Session& s);    // "dir<N>.def"
+std::string read_dir_file(const Session& s, const std::string& name);
+void write_dir_file(const Session& s, const std::string& name, const std::string& dir);
+
+// mrul.def: the recent-job list, newest first.
+void read_mru(Session& s);
+void write_mru(const Session& s);
+
+// Status field 9 shows a long directory as its first 16 characters, "/../"
+// and its last 17.
+std::string short_directory(const std::string& dir);
+
+std::string level_name(int level);   // "Ent", "Adv", "Exp", "" for 0
+
+}  // namespace zentol

@@ -1,0 +1,103 @@
+// What happens after the display loop has ended for good: the job's state is
+// saved, scratch files go, the recent list and DIR.DEF are written, and a
+// sibling program is started when one was asked for.
+#include <algorithm>
+#include <cmath>
+#include <iostream>
+
+#include "session/config.h"
+#include "session/jobs.h"
+#include "session/session.h"
+#include "session/startup.h"
+#include "structure_files/geo_log.h"
+#include "structure_files/ins_file.h"
+#include "text/fixed_format.h"
+#include "toolkit/files.h"
+#include "toolkit/toolkit.h"
+
+namespace zentol {
+
+namespace {
+
+const char* const kWorkingFiles[] = {"ZENTOL.BAT", "ZENTOL.INP", "ZENTOL.LOG", "SYMMOL.LST", "SYMMOL.INP",
+                                     "MOL_AL.LST", "input",      "fort.22",    "symmetrz.out", "icona.dat",
+                                     "iconv.dat",  "idhed.dat",  "pppele.dat"};
+
+// A configured sibling program, or "" when it is not installed.
+std::string sibling(const Session& s, const std::string& key) {
+    std::string path = s.engines.get(key);
+    return (!path.empty() && files::exists(path)) ? path : "";
+}
+
+void start_sibling(Session& s, const std::string& key, std::vector<std::string> args) {
+    std::string program = sibling(s, key);
+    if (!program.empty()) s.tk.IOsExecute(program, args);
+}
+
+void remove_job_files(Session& s) {
+    bool damaged = s.flags.xyz_damaged;
+    if (s.store.natoms < 1 && !damaged) {
+        for (const char* ext : {".xyz", ".ins", ".geo", ".key"}) files::remove(job_file(s, ext));
+    }
+    for (const char* name : kWorkingFiles) files::remove(name);
+    files::remove(job_file(s, ".rat"));
+    files::remove(job_file(s, ".mat"));
+    if (s.store.natoms == 0 && !damaged) files::remove(s.job.name + ".*");
+}
+
+void hand_over(Session& s) {
+    std::string n(1, s.job.instance_digit);
+    bool imx = s.words.imx || s.words.file_path;
+    if (s.flags.switch_to_sibling) {
+        close_job_log(s);
+        start_sibling(s, "zentol9", imx ? std::vector<std::string>{s.job.name, n, "IMX"}
+                                        : std::vector<std::string>{s.job.name, n, "MX"});
+    }
+    if (s.flags.run_orbview_at_exit) {
+        write_bond_list(s);
+        start_sibling(s, "orbview", imx ? std::vector<std::string>{s.job.name, n, "IMPX"}
+                                        : std::vector<std::string>{s.job.name, n});
+    }
+    if (s.flags.plot_exit) {
+        files::copy(job_file(s, ".bgl"), "pppmap.bgl");
+        close_job_log(s);
+        static const char* kinds[] = {"MOPAC", "MOPAS", "MOPAD"};
+        long nn = std::clamp(std::lround(s.flags.plot_number), 0L, 99L);
+        std::string number = (nn < 10 ? "0" : "") + std::to_string(nn);
+        std::vector<std::string> args{s.job.name, n, kinds[std::clamp(s.flags.plot_kind, 0, 2)], number};
+        if (imx) args.push_back("IMX");
+        start_sibling(s, "orbview", args);
+    }
+}
+
+void return_to_launcher(Session& s) {
+    long long size = files::size(cfg_path(s, std::string("brevan_run") + s.job.instance_digit + ".dat"));
+    if (size > 1 && !s.words.imx && !s.words.impx && !s.words.file_path) {
+        files::change_dir(s.job.start_dir);
+        write_dir_file(s, dir_def_name(s), s.job.start_dir);
+        files::remove("mop2016.txt");
+        start_sibling(s, "launcher", {s.job.name, std::string(1, s.job.instance_digit)});
+    }
+}
+
+}  // namespace
+
+void exit_sequence(Session& s) {
+    if (s.store.natoms > 0) write_job_files(s);
+    if (!s.flags.plot_exit) close_job_log(s);
+    if (s.flags.type_list_flag) write_type_list(s);
+    if (files::exists(job_file(s, ".ins"))) files::copy(job_file(s, ".ins"), job_file(s, ".agl"));
+    remove_job_files(s);
+    hand_over(s);
+    for (const char* name : {"graph.dat", "graph.tmp", "spn.dat", "dens.dat", "pppmap.*"}) files::remove(name);
+    files::remove(job_file(s, ".mpf"));
+    files::remove(job_file(s, ".mgf"));
+    write_mru(s);
+    return_to_launcher(s);
+    write_dir_file(s, "DIR.DEF", s.job.scratch_dir);
+    s.tk.close_all();
+    std::cout << " II2(1) IARG IMX IMPX " << int(s.job.instance_digit - '0') << " " << (s.words.no_words ? 0 : 1)
+              << " " << int(s.words.imx) << " " << int(s.words.impx) << std::endl;
+}
+
+}  // namespace zentol

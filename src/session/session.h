@@ -1,0 +1,121 @@
+// The session: the molecule store plus the job's identity, the switches every
+// mode reads and sets, the options of Setup, the colour table, the
+// installation's paths, and the toolkit and renderer the logic talks through.
+#pragma once
+
+#include <array>
+#include <map>
+#include <string>
+
+#include "session/molecule_store.h"
+
+namespace zentol {
+
+class Toolkit;
+class Renderer;
+
+// Where the installation lives: <root>/bin for siblings and helpers,
+// <root>/cfgset for the configuration files, and the shipped data.
+struct Installation {
+    std::string root;
+    std::string bin;
+    std::string cfgset;
+    std::string data_dir;           // shipped data: ui/, cfgset/ defaults
+    std::string default_library;    // working trees
+    std::string default_scratch;
+};
+
+// cfgset/engines.def: one "key value" a line.
+struct EngineConfig {
+    std::map<std::string, std::string> values;
+    std::string get(const std::string& key) const {
+        auto it = values.find(key);
+        return it == values.end() ? std::string() : it->second;
+    }
+};
+
+// The options of Setup; they last for the session.
+struct Options {
+    float atom_size = 0.25f;
+    float bond_width = 0.2f;
+    bool keep_dyn_files = false;
+    bool labels_on = false;
+    float label_size = 0.5f;
+    float label_offset = 0.1f;
+    bool charge_labels = false;
+    bool charge_colours = false;
+    bool colour_by_molecule = false;
+    float bond_rot_step = 20.0f;
+    float view_distance = 30.0f;
+    float cov_tolerance = 0.25f;
+    int palette_choice = 1;
+};
+
+// 48 colour entries (1-based) and the 32 steps of the charge scale.
+struct Palette {
+    std::array<float, 49> r{}, g{}, b{};
+    std::array<float, 33> map_value{};
+};
+
+struct Flags {
+    int session_running = 10;
+    bool exit_requested = false;
+    int view_action = 0;            // 0 none, 1..3 rotate about that axis, 10 write back
+    int view_rot_sign = 0;
+    float rot_step = 2.0f;
+    float zoom = 1.0f;
+    bool mouse_rotating = false;
+    int sphere_slices = 32, sphere_stacks = 32;
+    int user_level = 1;             // 1 Entry, 2 Advanced, 3 Expert; 0 unknown
+    int total_charge = 0;
+    int spin_multiplicity = 1;
+    bool plot_exit = false;
+    bool start_in_mopac = false;
+    float plot_number = 0;
+    int plot_kind = 0;              // 0 MOPAC, 1 MOPAS, 2 MOPAD
+    bool switch_to_sibling = false;
+    bool run_orbview_at_exit = false;
+    bool type_list_flag = false;
+    bool charges_stale = false;
+    bool bgl_written = false;
+    bool movie_made = false;
+    bool iconc_available = false;
+    int os_version = 0;
+    int hardcopy_counter = 1;
+    bool xyz_damaged = false;       // the job's .xyz could not be read: leave its files alone
+};
+
+// How this instance was started.
+struct StartWords {
+    bool imx = false, impx = false, mopa = false, m9 = false;
+    bool no_words = false;          // no job word at all
+    bool file_path = false;         // word 1 was a path to a structure file
+};
+
+struct Job {
+    std::string name;               // without directory and extension
+    char instance_digit = '1';
+    std::string start_dir, library_dir, scratch_dir;
+    std::array<std::string, kRecentJobs + 1> mru;   // 1..10, newest first
+    std::string log_path;           // the open .geo log; empty when closed
+};
+
+struct Session {
+    Session(Toolkit& toolkit, Renderer& renderer) : tk(toolkit), renderer(renderer) {}
+
+    Store store;
+    Installation inst;
+    EngineConfig engines;
+    Options opt;
+    Palette palette;
+    Flags flags;
+    StartWords words;
+    Job job;
+    Toolkit& tk;
+    Renderer& renderer;
+};
+
+// The job's file with a lower-case extension: job_file(s, ".xyz").
+std::string job_file(const Session& s, const std::string& extension);
+
+}  // namespace zentol

@@ -1,0 +1,176 @@
+#include "structure_files/xyz_file.h"
+
+#include <algorithm>
+
+#include "session/session.h"
+#include "session/store_ops.h"
+#include "text/fixed_format.h"
+#include "toolkit/files.h"
+
+namespace zentol {
+
+using text::format_f;
+using text::format_i;
+
+std::string format_xyz(const Store& st, const std::string& job_name, int charge, int multiplicity) {
+    std::string out = text::format_i(st.natoms, 6) + " " + job_name + " chamul" + format_i(charge, 4) +
+                      format_i(multiplicity, 4);
+    out = std::string(text::trim_right(out)) + "\n";
+    for (int i = 1; i <= st.natoms; ++i) {
+        const auto& r = st.atom_rec[i];
+        std::string line = format_i(i, 6) + "  " + label_text(st.atom_label[i]) + format_f(r[kX], 11, 6) +
+                           format_f(r[kY], 12, 6) + format_f(r[kZ], 12, 6);
+        // Type plus neighbours: conn_count + 1 numbers, at most 8.
+        int n = std::clamp(st.conn_count(i) + 1, 1, 8);
+        line += format_i(st.conn_type(i), 6);
+        for (int slot = 1; slot < n; ++slot) line += format_i(st.nbr(i, slot), 6);
+        out += std::string(text::trim_right(line)) + "\n";
+    }
+    return out;
+}
+
+namespace {
+
+// The tail " chamul  q  m" is found from the line's end, so a job name may
+// hold anything, "chamul" included.
+void read_title_tail(const std::string& title, int& charge, int& multiplicity) {
+    std::string low = text::lower_case(text::trim_right(title));
+    auto number = [&](std::size_t from) { return text::read_i(std::string_view(low).substr(from, 4)); };
+    std::size_t len = low.size();
+    if (len >= 10 && low.compare(len - 10, 6, "chamul") == 0) {
+        if (auto q = number(len - 4)) charge = static_cast<int>(*q);
+    } else if (len >= 14 && low.compare(len - 14, 6, "chamul") == 0) {
+        auto q = number(len - 8), m = number(len - 4);
+        if (q) charge = static_cast<int>(*q);
+        if (m) multiplicity = static_cast<int>(*m);
+    }
+}
+
+void normalise_label(Label& l) {
+    std::string_view v(l.data(), 4);
+    if (text::starts_with_nocase(v, "BX") || text::starts_with_nocase(v, "CEN")) {
+        for (char& c : l) c = (c >= 'a' && c <= 'z') ? char(c - 32) : c;
+        return;
+    }
+    if (l[0] >= 'a' && l[0] <= 'z') l[0] = char(l[0] - 32);
+    if (l[1] >= 'A' && l[1] <= 'Z') l[1] = char(l[1] + 32);
+}
+
+// Words after column 47: a word starts at a character above ',' after a blank.
+int count_words(std::string_view tail) {
+    int words = 0;
+    char prev = ' ';
+    for (char c : tail) {
+        if (prev == ' ' && static_cast<unsigned char>(c) > ',') ++words;
+        prev = c;
+    }
+    return words;
+}
+
+bool parse_connectivity(std::string_view line, Store& st, int i) {
+    std::string_view tail = line.size() > 47 ? line.substr(47) : std::string_view();
+    for (int c = 1; c <= 11; ++c) st.conn[c][i] = 0;
+    int want = std::min(count_words(tail), 1 + kMaxNeighbours);
+    if (want > 0) {
+        auto values = text::read_ints(tail, want);
+        if (!values || static_cast<int>(values->size()) < want) return false;
+        for (int k = 0; k < want; ++k) {
+            long long v = (*values)[k];
+            if (v < -2147483647LL || v > 2147483647LL) return false;
+            st.conn[1 + k][i] = static_cast<int>(v);
+        }
+    }
+    int count = 0;
+    for (int slot = 1; slot <= kMaxNeighbours; ++slot) {
+        if (st.nbr(i, slot) > 0) ++count;
+        if (st.nbr(i, slot) > kMaxAtoms) st.nbr(i, slot) = 0;   // still counted
+    }
+    st.conn_count(i) = count;
+    st.conn[kConnMark2][i] = 2;
+    return true;
+}
+
+bool parse_atom_line(std::string_view line, Store& st, Toolkit* tk, int i, float lo[3], float hi[3]) {
+    auto x = text::read_f(text::column_field(line, 13, 11), 6);
+    auto y = text::read_f(text::column_field(line, 24, 12), 6);
+    auto z = text::read_f(text::column_field(line, 36, 12), 6);
+    if (!x || !y || !z) return false;
+    Label l = make_label(text::column_field(line, 9, 4));
+    for (char& c : l) c = (static_cast<unsigned char>(c) < 32) ? ' ' : c;
+    normalise_label(l);
+    auto& r = st.atom_rec[i];
+    r = {static_cast<float>(*x), static_cast<float>(*y), static_cast<float>(*z), 0, 0, 0};
+    std::string_view lv(l.data(), 4);
+    if (lv[0] == 'B' && lv[1] == 'X' && lv[2] >= '1' && lv[2] <= '8') {
+        auto& corner = st.atom_rec[kBoxCornerBase + (lv[2] - '0')];
+        corner = {r[kX], r[kY], r[kZ], 0, 0, 0};
+        st.box_corner_count += 1;
+    }
+    st.atom_label[i] = l;
+    r[kRadius] = element_lookup(st, tk, lv, kLookupRadius);
+    for (int a = 0; a < 3; ++a) {
+        lo[a] = std::min(lo[a], r[a]);
+        hi[a] = std::max(hi[a], r[a]);
+    }
+    return parse_connectivity(line, st, i);
+}
+
+void set_axis_rows(Store& st, const float hi[3]) {
+    st.atom_rec[kAxisOriginRow] = {0, 0, 0, 0, 0, 0};
+    for (int a = 0; a < 3; ++a) {
+        auto& tip = st.atom_rec[kAxisOriginRow + 1 + a];
+        tip = {0, 0, 0, 0, 0, 0};
+        tip[a] = 1.05f * hi[a];
+    }
+}
+
+}  // namespace
+
+int parse_xyz(const std::vector<std::string>& lines, Store& st, Toolkit* tk, int& charge, int& multiplicity) {
+    st.natoms = st.natoms_file = st.nbonds = 0;
+    st.box_corner_count = 0;
+    st.big_molecule = false;
+    if (lines.empty()) return kXyzDamaged;
+    std::string title = lines[0].substr(0, std::min<std::size_t>(lines[0].size(), 120));
+    auto count = text::read_i(text::column_field(title, 1, 6));
+    if (!count || *count < 0) return kXyzDamaged;
+    read_title_tail(title, charge, multiplicity);
+    st.natoms_file = static_cast<int>(std::min<long long>(*count, 1000000));
+    int n = std::min(st.natoms_file, kMaxAtoms);
+    st.big_molecule = n > kBigMolecule;
+    st.hide_atoms = st.big_molecule;
+    float lo[3] = {1000, 1000, 1000}, hi[3] = {-1000, -1000, -1000};
+    for (int i = 1; i <= n; ++i) {
+        if (i >= static_cast<int>(lines.size())) return st.natoms = i - 1, kXyzDamaged;
+        std::string_view line(lines[i]);
+        line = line.substr(0, std::min<std::size_t>(line.size(), 120));
+        if (!parse_atom_line(line, st, tk, i, lo, hi)) return st.natoms = i - 1, kXyzDamaged;
+    }
+    set_axis_rows(st, hi);
+    st.natoms = n;
+    rebuild_bond_list(st);
+    return kXyzRead;
+}
+
+void read_job_xyz(Session& s, int& status) {
+    Store& st = s.store;
+    st.natoms = st.natoms_file = st.nbonds = 0;
+    st.box_corner_count = 0;
+    auto lines = files::read_lines(job_file(s, ".xyz"));
+    if (!lines) {
+        status = kXyzMissing;
+        rebuild_bond_list(st);
+        return;
+    }
+    status = parse_xyz(*lines, st, &s.tk, s.flags.total_charge, s.flags.spin_multiplicity);
+    if (status == kXyzDamaged) {
+        // A damaged file is left as it is on disk: nothing half-read is kept,
+        // so the exit sequence neither rewrites nor deletes it.
+        st.natoms = 0;
+        s.flags.xyz_damaged = true;
+        rebuild_bond_list(st);
+    }
+    for (int i = 1; i <= st.natoms; ++i) st.disp_label[i] = st.atom_label[i];
+}
+
+}  // namespace zentol

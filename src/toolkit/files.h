@@ -1,0 +1,43 @@
+// File operations of the logic. Names are resolved case-insensitively within
+// their directory, so "PTEST.XYZ", "ptest.xyz" and "Ptest.Xyz" meet the same
+// file; a new file is created with the spelling it was given.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace zentol::files {
+
+// The existing file whose name matches case-insensitively (an exact match
+// first), or the name itself when none exists.
+std::string resolve(const std::string& name);
+
+bool exists(const std::string& name);
+long long size(const std::string& name);            // -1 when there is no such file
+std::optional<std::string> read_text(const std::string& name);
+// Lines without their line ends (LF or CRLF); nullopt when the file can't be read.
+std::optional<std::vector<std::string>> read_lines(const std::string& name);
+
+// Writes the whole file through a temporary file and a rename, so a killed
+// process never leaves a torn file behind.
+bool write_atomic(const std::string& name, const std::string& content);
+bool write_lines(const std::string& name, const std::vector<std::string>& lines);
+bool append_line(const std::string& name, const std::string& line);
+
+// Deletes the files matching a pattern (* and ? wildcards, in the last
+// component only, case-insensitive). No error when nothing matches.
+void remove(const std::string& pattern);
+bool copy(const std::string& from, const std::string& to);
+// Names (not paths) of the files in dir matching the pattern, sorted.
+std::vector<std::string> list(const std::string& dir, const std::string& pattern);
+
+std::string current_dir();
+bool change_dir(const std::string& path);
+void make_dir(const std::string& path);            // failure ignored
+bool make_dirs(const std::string& path);
+
+// Case-insensitive wildcard match of a whole name.
+bool matches(const std::string& name, const std::string& pattern);
+
+}  // namespace zentol::files

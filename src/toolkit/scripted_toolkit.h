@@ -1,0 +1,97 @@
+// A toolkit with no display: messages and answers come from a script, and
+// everything the logic shows is recorded. It backs the tests and the
+// --headless mode. The script format is described in docs/headless-script.md.
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "toolkit/toolkit.h"
+
+namespace zentol {
+
+struct DialogAnswer {
+    int id = 0;
+    bool ok = true;
+    std::vector<std::pair<int, std::string>> fields;   // field number, value as typed
+};
+
+struct ScriptError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+class ScriptedToolkit : public Toolkit {
+public:
+    ScriptedToolkit();
+    // Adds script lines; throws ScriptError naming the line on a bad one.
+    void load_script(const std::string& script);
+    void add_line(const std::string& line);
+
+    // Finds an atom's view fraction for "press atom N" (y from the bottom,
+    // as window coordinates run).
+    void set_atom_locator(std::function<std::optional<std::pair<float, float>>(int)> locator) {
+        locator_ = std::move(locator);
+    }
+
+    void window_open(int width, int height, const std::string& title) override;
+    void status_bar_parts(const std::vector<int>& widths) override;
+    void WindowOutStatusBar(int field, const std::string& text) override;
+    void menu_load(int menu_id) override;
+    void WMenuToolbar(int toolbar_id) override;
+    void WMenuSetState(int id, int which, int value) override;
+    void WMenuSetString(int id, const std::string& text) override;
+    Message next_message() override;
+    void message_enable(MessageType type, bool on) override;
+    int window_size(int which) override { return which == 1 ? width_ : height_; }
+    void close_all() override;
+    int WMessageBox(int buttons, MessageIcon icon, int default_button, const std::string& text,
+                    const std::string& title) override;
+    bool select_file(int filter_id, int mode, std::string& path, const std::string& title) override;
+    bool WSelectDir(std::string& path, const std::string& title) override;
+    void IOsCommand(const std::string& command, bool wait) override;
+    void IOsExecute(const std::string& program, const std::vector<std::string>& args) override;
+    void wait_hundredths(int) override {}
+
+    // What was recorded.
+    const std::vector<std::string>& transcript() const { return transcript_; }
+    std::string status(int field) const { return field >= 1 && field <= 10 ? status_[field] : ""; }
+    const std::vector<std::pair<int, std::string>>& status_writes() const { return status_writes_; }
+    const std::vector<std::string>& message_boxes() const { return message_boxes_; }
+    const std::vector<int>& dialogs_shown() const { return dialogs_shown_; }
+    std::string menu_string(int id) const;
+    const std::string& window_title() const { return title_; }
+    bool closed() const { return closed_; }
+    std::size_t pending_messages() const { return messages_.size(); }
+
+protected:
+    int show_dialog(DialogModel& dialog, int type) override;
+
+private:
+    void note(const std::string& line) { transcript_.push_back(line); }
+    std::optional<Message> parse_message(const std::vector<std::string>& words);
+
+    std::deque<std::pair<Message, int>> messages_;   // message, atom to locate (0 none)
+    std::deque<DialogAnswer> dialog_answers_;
+    std::deque<int> box_answers_;                    // 1 yes/ok, 0 no
+    std::deque<std::optional<std::string>> file_answers_, dir_answers_;
+    std::function<std::optional<std::pair<float, float>>(int)> locator_;
+
+    std::vector<std::string> transcript_;
+    std::string status_[11];
+    std::vector<std::pair<int, std::string>> status_writes_;
+    std::vector<std::string> message_boxes_;
+    std::vector<int> dialogs_shown_;
+    std::vector<std::pair<int, std::string>> menu_strings_;
+    std::string title_;
+    int width_ = 800, height_ = 600;
+    bool closed_ = false;
+    bool moves_enabled_ = false;
+    int closes_after_end_ = 0;
+};
+
+}  // namespace zentol

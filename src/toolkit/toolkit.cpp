@@ -1,0 +1,65 @@
+#include "toolkit/toolkit.h"
+
+#include <fstream>
+#include <sstream>
+
+namespace zentol {
+
+std::string filter_string(int filter_id) {
+    if (filter_id == 20001) return "Zentol file .XYZ|*.XYZ|";
+    return "All files|*|";
+}
+
+bool Toolkit::WDialogLoad(int id) {
+    std::ifstream in(ui_dir_ + "/dialogs/" + std::to_string(id) + ".dlg", std::ios::binary);
+    DialogDesc desc;
+    desc.id = id;
+    if (in) {
+        std::ostringstream all;
+        all << in.rdbuf();
+        std::string error;
+        if (auto parsed = parse_dialog_desc(all.str(), id, &error)) desc = std::move(*parsed);
+    }
+    // A description that is missing or damaged still gives a dialog with no
+    // fields, so the logic's puts and gets stay harmless.
+    if (desc.title.empty()) desc.title = "Dialog " + std::to_string(id);
+    loaded_[id] = std::make_unique<DialogModel>(std::move(desc));
+    selected_ = id;
+    return true;
+}
+
+void Toolkit::WDialogSelect(int id) {
+    if (!loaded_.count(id)) WDialogLoad(id);
+    selected_ = id;
+}
+
+DialogModel* Toolkit::selected() {
+    if (!loaded_.count(selected_)) WDialogLoad(selected_);
+    return loaded_[selected_].get();
+}
+
+void Toolkit::WDialogShow(int type) {
+    int button = show_dialog(*selected(), type);
+    if (type == 1) last_button_ = button;
+}
+
+void Toolkit::WDialogUnload() {
+    hide_dialog(selected_);
+    loaded_.erase(selected_);
+}
+
+void Toolkit::WDialogPutString(int field, const std::string& s) { selected()->put_string(field, s); }
+std::string Toolkit::WDialogGetString(int field) { return selected()->value(field).text; }
+void Toolkit::WDialogPutReal(int field, double v) { selected()->put_real(field, v); }
+double Toolkit::WDialogGetReal(int field) { return selected()->value(field).real; }
+void Toolkit::WDialogPutInteger(int field, long long v) { selected()->put_integer(field, v); }
+long long Toolkit::WDialogGetInteger(int field) { return selected()->value(field).integer; }
+void Toolkit::WDialogPutCheckBox(int field, int on) { selected()->put_check(field, on); }
+int Toolkit::WDialogGetCheckBox(int field) { return selected()->value(field).state; }
+void Toolkit::WDialogPutRadioButton(int field) { selected()->put_radio(field); }
+int Toolkit::WDialogGetRadioButton(int first_field) { return selected()->get_radio(first_field); }
+void Toolkit::WDialogPutTrackbar(int field, int v) { selected()->value(field).state = v; }
+int Toolkit::WDialogGetTrackbar(int field) { return selected()->value(field).state; }
+void Toolkit::WDialogFieldState(int field, int enabled) { selected()->value(field).enabled = enabled != 0; }
+
+}  // namespace zentol

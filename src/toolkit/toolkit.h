@@ -1,0 +1,107 @@
+// The toolkit seam: every window, menu, dialog, message and process operation
+// the logic needs. The Qt toolkit shows them to a person; the scripted
+// toolkit answers them from a script and records what was asked.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "toolkit/dialog_model.h"
+
+namespace zentol {
+
+enum class MessageType { None, Key, Menu, MouseDown, MouseUp, MouseMove, Expose, Resize, Close };
+
+// Cursor keys are delivered by role as codes 258..265.
+inline constexpr int kKeyEsc = 27;
+
+struct Message {
+    MessageType type = MessageType::None;
+    int value = 0;          // key code, menu or toolbar id, mouse button
+    float fx = 0, fy = 0;   // position as a fraction of the view, from the top left
+};
+
+enum class MessageIcon { None, Information, Question, Exclamation, Stop };
+
+inline constexpr int kButtonsOk = 0;
+inline constexpr int kButtonsYesNo = 3;
+
+class Toolkit {
+public:
+    virtual ~Toolkit() = default;
+
+    // Window, status bar, menus.
+    virtual void window_open(int width, int height, const std::string& title) = 0;
+    virtual void status_bar_parts(const std::vector<int>& widths) = 0;
+    virtual void WindowOutStatusBar(int field, const std::string& text) = 0;
+    virtual void menu_load(int menu_id) = 0;
+    virtual void WMenuToolbar(int toolbar_id) = 0;
+    virtual void WMenuSetState(int id, int which, int value) = 0;
+    virtual void WMenuSetString(int id, const std::string& text) = 0;
+    virtual Message next_message() = 0;
+    virtual void message_enable(MessageType type, bool on) = 0;
+    virtual int window_size(int which) = 0;      // 1 width, 2 height of the view
+    virtual void close_all() = 0;
+
+    // Dialogs: the field operations act on the dialog last selected.
+    bool WDialogLoad(int id);
+    void WDialogSelect(int id);
+    // type 1 waits for a button; type 2 leaves the dialog up and returns.
+    void WDialogShow(int type);
+    void WDialogUnload();
+    void WDialogPutString(int field, const std::string& s);
+    std::string WDialogGetString(int field);
+    void WDialogPutReal(int field, double v);
+    double WDialogGetReal(int field);
+    void WDialogPutInteger(int field, long long v);
+    long long WDialogGetInteger(int field);
+    void WDialogPutCheckBox(int field, int on);
+    int WDialogGetCheckBox(int field);
+    void WDialogPutRadioButton(int field);
+    int WDialogGetRadioButton(int first_field);
+    void WDialogPutTrackbar(int field, int v);
+    int WDialogGetTrackbar(int field);
+    void WDialogFieldState(int field, int enabled);
+    int last_button() const { return last_button_; }
+
+    // Message boxes: text may hold line breaks as character 13. Returns the
+    // button: 1 for OK or Yes, 0 for No.
+    virtual int WMessageBox(int buttons, MessageIcon icon, int default_button,
+                            const std::string& text, const std::string& title) = 0;
+    // Choosers: path in and out; false when cancelled.
+    virtual bool select_file(int filter_id, int mode, std::string& path, const std::string& title) = 0;
+    virtual bool WSelectDir(std::string& path, const std::string& title) = 0;
+
+    // Processes. IOsCommand runs one command line through /bin/sh in the
+    // current directory and waits when told to; IOsExecute starts a program
+    // with its argument words and returns at once.
+    virtual void IOsCommand(const std::string& command, bool wait) = 0;
+    virtual void IOsExecute(const std::string& program, const std::vector<std::string>& args) = 0;
+    virtual void wait_hundredths(int n) = 0;
+    virtual int os_family() { return 4; }
+
+    // Where the descriptions are read from: <ui_dir>/dialogs/<id>.dlg,
+    // <ui_dir>/menus/<id>.menu and <ui_dir>/menus/<id>.toolbar.
+    void set_ui_dir(std::string dir) { ui_dir_ = std::move(dir); }
+    const std::string& ui_dir() const { return ui_dir_; }
+
+protected:
+    // Shows a loaded dialog; returns the closing button (1 OK, 0 Cancel) for
+    // type 1.
+    virtual int show_dialog(DialogModel& dialog, int type) = 0;
+    virtual void hide_dialog(int id) { (void)id; }
+    DialogModel* selected();
+    int last_button_ = 0;
+
+private:
+    std::string ui_dir_;
+    std::map<int, std::unique_ptr<DialogModel>> loaded_;
+    int selected_ = 0;
+};
+
+// Filter strings of the file chooser, by number.
+std::string filter_string(int filter_id);
+
+}  // namespace zentol

@@ -1,0 +1,176 @@
+#include "structure_files/xyz_file.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "session/store_ops.h"
+
+using namespace zentol;
+
+namespace {
+
+const std::vector<std::string> kWater = {
+    "     3 water chamul   0   1",
+    "     1  O      0.000000    0.000000    0.119262     6     2     3",
+    "     2  H      0.000000    0.763239   -0.477047    21     1",
+    "     3  H      0.000000   -0.763239   -0.477047    21     1",
+};
+
+std::string joined(const std::vector<std::string>& lines) {
+    std::string s;
+    for (const auto& l : lines) s += l + "\n";
+    return s;
+}
+
+struct Parsed {
+    Store st;
+    int charge = 5, mult = 7, status = -1;
+};
+
+std::unique_ptr<Parsed> parse(const std::vector<std::string>& lines) {
+    auto p = std::make_unique<Parsed>();
+    element_lookup(p->st, nullptr, "", kLookupConfirmAll);
+    p->status = parse_xyz(lines, p->st, nullptr, p->charge, p->mult);
+    return p;
+}
+
+}  // namespace
+
+TEST(XyzFile, ReadsAndWritesTheSameText) {
+    auto p = parse(kWater);
+    ASSERT_EQ(p->status, kXyzRead);
+    EXPECT_EQ(p->st.natoms, 3);
+    EXPECT_EQ(p->charge, 0);
+    EXPECT_EQ(p->mult, 1);
+    EXPECT_EQ(p->st.conn_type(1), 6);
+    EXPECT_EQ(p->st.conn_count(1), 2);
+    EXPECT_FLOAT_EQ(p->st.atom_rec[2][kY], 0.763239f);
+    EXPECT_FLOAT_EQ(p->st.atom_rec[1][kRadius], 0.66f);
+    EXPECT_EQ(p->st.nbonds, 2);
+    EXPECT_EQ(format_xyz(p->st, "water", 0, 1), joined(kWater));
+    // Axis tips at 1.05 times the largest coordinate on each axis.
+    EXPECT_FLOAT_EQ(p->st.atom_rec[kAxisOriginRow + 2][kY], 1.05f * 0.763239f);
+}
+
+TEST(XyzFile, TitleTailIsFoundFromTheLineEnd) {
+    auto with = [](const std::string& title) {
+        auto lines = kWater;
+        lines[0] = title;
+        return parse(lines);
+    };
+    auto a = with("     3 ben CHAMUL   0   2");
+    EXPECT_EQ(a->charge, 0);
+    EXPECT_EQ(a->mult, 2);
+    auto b = with("     3 a chamul job chamul  -1   3   ");   // the name may hold the word
+    EXPECT_EQ(b->charge, -1);
+    EXPECT_EQ(b->mult, 3);
+    auto c = with("     3 plain tinker file");               // no tail: both stay
+    EXPECT_EQ(c->charge, 5);
+    EXPECT_EQ(c->mult, 7);
+    auto d = with("     3 w chamul   2");                    // charge only
+    EXPECT_EQ(d->charge, 2);
+    EXPECT_EQ(d->mult, 7);
+}
+
+TEST(XyzFile, NeighbourSlotsEightReadSevenWrittenHolesAndLargeNumbers) {
+    std::vector<std::string> lines = {"     9 star"};
+    lines.push_back("     1  C      0.000000    0.000000    0.000000     1     2     3     4     5     6     7     8     9");
+    for (int i = 2; i <= 9; ++i) lines.push_back("     " + std::to_string(i) + "  H      1.000000    0.000000    0.000000     5     1");
+    auto p = parse(lines);
+    ASSERT_EQ(p->status, kXyzRead);
+    EXPECT_EQ(p->st.conn_count(1), 8);
+    std::string written = format_xyz(p->st, "star", 0, 1);
+    std::string first = written.substr(written.find('\n') + 1);
+    first = first.substr(0, first.find('\n'));
+    EXPECT_EQ(first, lines[1].substr(0, lines[1].size() - 6));   // the eighth is dropped
+
+    // A neighbour above 2500 counts and then reads as an empty slot; a hole in
+    // the first slot is written as 0 and pushes the real neighbour out.
+    auto q = parse({"     2 x", "     1  C      0.000000    0.000000    0.000000     1  2501     2",
+                    "     2  C      1.000000    0.000000    0.000000     1     1"});
+    EXPECT_EQ(q->st.conn_count(1), 2);
+    EXPECT_EQ(q->st.nbr(1, 1), 0);
+    EXPECT_EQ(q->st.nbr(1, 2), 2);
+    EXPECT_EQ(q->st.nbonds, 1);
+    q->st.conn_count(1) = 1;
+    EXPECT_NE(format_xyz(q->st, "x", 0, 1).find("     1  C      0.000000    0.000000    0.000000     1     0\n"),
+              std::string::npos);
+
+    // A line with a type only has no neighbours; a comma separates as well
+    // as a blank once the words are counted.
+    auto r = parse({"     2 x", "     1  C      0.000000    0.000000    0.000000     1",
+                    "     2  O      1.000000    0.000000    0.000000     6, 1"});
+    EXPECT_EQ(r->st.conn_count(1), 0);
+    EXPECT_EQ(r->st.nbr(2, 1), 1);
+}
+
+TEST(XyzFile, LabelsAreNormalisedAndBoxCornersCopied) {
+    auto p = parse({"     4 x", "     1  cl1    0.000000    0.000000    0.000000    12",
+                    "     2  CEN1   1.000000    0.000000    0.000000     0",
+                    "     3  bx2    2.000000    3.000000    4.000000     0",
+                    "     4  Xx1    1.000000    1.000000    1.000000     0"});
+    ASSERT_EQ(p->status, kXyzRead);
+    EXPECT_EQ(label_text(p->st.atom_label[1]), "Cl1 ");
+    EXPECT_EQ(label_text(p->st.atom_label[2]), "CEN1");
+    EXPECT_EQ(label_text(p->st.atom_label[3]), "BX2 ");
+    EXPECT_FLOAT_EQ(p->st.atom_rec[2][kRadius], 0.0f);
+    EXPECT_FLOAT_EQ(p->st.atom_rec[4][kRadius], 0.74f);   // unknown element, no question
+    EXPECT_FLOAT_EQ(p->st.box_corner_count, 1.0f);
+    EXPECT_FLOAT_EQ(p->st.atom_rec[kBoxCornerBase + 2][kZ], 4.0f);
+}
+
+TEST(XyzFile, DamagedFilesAreReported) {
+    EXPECT_EQ(parse({})->status, kXyzDamaged);
+    EXPECT_EQ(parse({"  abc water"})->status, kXyzDamaged);
+    EXPECT_EQ(parse({"     3 water", kWater[1]})->status, kXyzDamaged);   // short file
+    auto bad = kWater;
+    bad[2].replace(14, 3, "x.y");
+    EXPECT_EQ(parse(bad)->status, kXyzDamaged);
+    bad = kWater;
+    bad[3] += "   abc";
+    EXPECT_EQ(parse(bad)->status, kXyzDamaged);
+}
+
+TEST(XyzFile, MoreThan2500AtomsAreCut) {
+    std::vector<std::string> lines = {"  2600 big"};
+    for (int i = 1; i <= 2600; ++i) lines.push_back(kWater[2]);
+    auto p = parse(lines);
+    EXPECT_EQ(p->status, kXyzRead);
+    EXPECT_EQ(p->st.natoms, 2500);
+    EXPECT_TRUE(p->st.big_molecule);
+}
+
+// Thousands of mutated files: the reader reports or reads, it never faults
+// (run under AddressSanitizer and UBSan by make test).
+TEST(XyzFile, MutatedFilesNeverFault) {
+    std::mt19937 rng(12345);
+    const std::string noise = " 0123456789-+.,eEdD*/abcXYZ\t\r\x01\xff";
+    std::vector<std::string> base = kWater;
+    base.push_back("     4  Fe    12.000000 -123.500000    0.000000    61     1     2     3     1     2     3     1     2     3");
+    base[0] = "     4 mut chamul   1   2";
+    int read = 0;
+    for (int round = 0; round < 5000; ++round) {
+        auto lines = base;
+        int edits = 1 + static_cast<int>(rng() % 6);
+        for (int e = 0; e < edits; ++e) {
+            auto& line = lines[rng() % lines.size()];
+            std::size_t at = line.empty() ? 0 : rng() % (line.size() + 1);
+            switch (rng() % 4) {
+                case 0: if (at < line.size()) line[at] = noise[rng() % noise.size()]; break;
+                case 1: line.insert(at, 1, noise[rng() % noise.size()]); break;
+                case 2: line = line.substr(0, at); break;
+                case 3: line.append(std::string(rng() % 200, noise[rng() % noise.size()])); break;
+            }
+        }
+        if (rng() % 10 == 0) lines.resize(rng() % lines.size());
+        auto p = parse(lines);
+        if (p->status == kXyzRead) {
+            ++read;
+            EXPECT_LE(p->st.natoms, kMaxAtoms);
+            EXPECT_LE(p->st.nbonds, kMaxBonds);
+            (void)format_xyz(p->st, "mut", p->charge, p->mult);
+        }
+    }
+    EXPECT_GT(read, 100);
+}

@@ -1,0 +1,54 @@
+#include "support/test_support.h"
+
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+#include "session/config.h"
+
+namespace zentol::testing {
+
+TempDir::TempDir() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "zentol-test-XXXXXX").string();
+    char* made = mkdtemp(pattern.data());
+    path_ = made ? made : "/tmp";
+    old_cwd_ = std::filesystem::current_path().string();
+}
+
+TempDir::~TempDir() {
+    std::error_code ec;
+    std::filesystem::current_path(old_cwd_, ec);
+    std::filesystem::remove_all(path_, ec);
+}
+
+TestSession::TestSession() : s(tk, renderer) {
+    s.inst = installation_at(dir / "inst", dir / "work", ZENTOL_DATA_DIR);
+    prepare_installation(s.inst);
+    s.engines = read_engines_def(s.inst);
+    tk.set_ui_dir(s.inst.data_dir + "/ui");
+    s.job.scratch_dir = s.inst.default_scratch;
+    s.job.library_dir = s.inst.default_library;
+    std::filesystem::current_path(s.inst.default_scratch);
+}
+
+std::string read_file(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    std::ostringstream all;
+    all << in.rdbuf();
+    return all.str();
+}
+
+void write_file(const std::string& path, const std::string& content) {
+    auto parent = std::filesystem::path(path).parent_path();
+    if (!parent.empty()) std::filesystem::create_directories(parent);
+    std::ofstream(path, std::ios::binary) << content;
+}
+
+bool file_present(const std::string& path) { return std::filesystem::exists(path); }
+
+std::string test_data(const std::string& name) { return std::string(ZENTOL_TEST_DATA) + "/" + name; }
+
+}  // namespace zentol::testing

@@ -1,0 +1,46 @@
+// Shared helpers of the test programs: a temporary installation and working
+// tree, and a session on the scripted toolkit.
+#pragma once
+
+#include <string>
+
+#include "display/renderer.h"
+#include "session/session.h"
+#include "toolkit/scripted_toolkit.h"
+
+namespace zentol::testing {
+
+// A fresh directory removed at the end; the process's current directory is
+// restored too.
+class TempDir {
+public:
+    TempDir();
+    ~TempDir();
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+    const std::string& path() const { return path_; }
+    std::string operator/(const std::string& name) const { return path_ + "/" + name; }
+
+private:
+    std::string path_;
+    std::string old_cwd_;
+};
+
+// A session whose installation root and working trees live in a temporary
+// directory (root/inst and root/work), with the shipped data of the source
+// tree.
+struct TestSession {
+    TestSession();
+    TempDir dir;
+    ScriptedToolkit tk;
+    NullRenderer renderer;
+    Session s;
+    std::string scratch() const { return s.inst.default_scratch; }
+};
+
+std::string read_file(const std::string& path);
+void write_file(const std::string& path, const std::string& content);
+bool file_present(const std::string& path);
+std::string test_data(const std::string& name);   // tests/data/<name>
+
+}  // namespace zentol::testing

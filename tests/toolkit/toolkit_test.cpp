@@ -1,0 +1,154 @@
+// The toolkit seam without a display: dialog descriptions, menus, the
+// scripted toolkit and the case-insensitive file operations.
+#include <gtest/gtest.h>
+
+#include "support/test_support.h"
+#include "toolkit/dialog_model.h"
+#include "toolkit/files.h"
+#include "toolkit/menu_desc.h"
+#include "toolkit/process.h"
+#include "toolkit/scripted_toolkit.h"
+
+using namespace zentol;
+using namespace zentol::testing;
+
+TEST(Dialogs, DescriptionsCarryTheirCompanionData) {
+    std::string error;
+    auto d = parse_dialog_desc(
+        "title Setup\n"
+        "field 1023 real \"Bond Rotation Step\"\n"
+        "field 1054 radio 1054 Entry\n"
+        "field 1055 radio 1054 Advanced\n"
+        "field 1031 check CBMN\n"
+        "field 1014 trackbar \"Atom Size\"\n"
+        "field 1011 menu L|S|E\n"
+        "[Checks]\n1031 1\n1055 1\n"
+        "[Ranges]\n1023 2 90\n"
+        "[Trackbars]\n1014 100 1 10 0 0\n"
+        "[Formats]\n1023 (F6.1)\n",
+        106, &error);
+    ASSERT_TRUE(d) << error;
+    EXPECT_EQ(d->title, "Setup");
+    EXPECT_EQ(d->field(1011)->items, (std::vector<std::string>{"L", "S", "E"}));
+    EXPECT_EQ(d->trackbars.at(1014).max, 100);
+    DialogModel m(*d);
+    EXPECT_EQ(m.get_radio(1054), 2);            // [Checks] selects a radio button
+    EXPECT_EQ(m.value(1031).state, 1);
+    m.put_real(1023, 20.0);
+    EXPECT_EQ(m.value(1023).text, "20.0");       // shown in its format
+    std::string why;
+    EXPECT_FALSE(m.set_from_text(1023, "91", &why));
+    EXPECT_DOUBLE_EQ(m.value(1023).real, 20.0);  // refused: the old value stays
+    EXPECT_FALSE(m.set_from_text(1023, "abc", &why));
+    EXPECT_TRUE(m.set_from_text(1023, "45.5", &why));
+    EXPECT_DOUBLE_EQ(m.value(1023).real, 45.5);
+    m.put_radio(1054);
+    EXPECT_EQ(m.get_radio(1054), 1);
+
+    EXPECT_FALSE(parse_dialog_desc("field 1 gizmo x\n", 1, &error));
+    EXPECT_FALSE(parse_dialog_desc("[Ranges]\n1023 2\n", 1, &error));
+}
+
+TEST(Dialogs, ShippedDescriptionsAndMenusParse) {
+    std::string dir = std::string(ZENTOL_DATA_DIR) + "/ui";
+    for (int id : {101, 103, 128}) {
+        std::string error;
+        auto text = read_file(dir + "/dialogs/" + std::to_string(id) + ".dlg");
+        EXPECT_TRUE(parse_dialog_desc(text, id, &error)) << error;
+    }
+    std::string error;
+    auto menu = load_menu_desc(dir + "/menus", 30001, &error);
+    ASSERT_TRUE(menu) << error;
+    int items = 0;
+    for (const auto& e : menu->entries) items += e.kind == MenuEntry::Item;
+    EXPECT_EQ(items, 45);   // every command of the Display table
+    auto bar = load_toolbar_desc(dir + "/menus", 30101, &error);
+    ASSERT_TRUE(bar) << error;
+    std::vector<int> ids;
+    for (const auto& b : bar->buttons) ids.push_back(b.id);
+    EXPECT_EQ(ids, (std::vector<int>{40003, 40013, 40014, 40015, 40085, 40052, 40031, 40029, 40060, 40040, 40065,
+                                     40078, 40064, 40081, 40083, 40084, 40086}));
+    EXPECT_FALSE(parse_menu_desc("popup \"&File\"\nitem 40005 Open\n", 1, &error));   // popup not closed
+}
+
+TEST(ScriptedToolkit, ReplaysMessagesAndAnswersAndRecordsWhatWasShown) {
+    ScriptedToolkit tk;
+    tk.set_ui_dir(std::string(ZENTOL_DATA_DIR) + "/ui");
+    tk.load_script(
+        "# a comment\n"
+        "key R\nkey 27\nmenu 40039\npress 0.25 0.75\nmove 0.3 0.7\nrelease 0.3 0.7\npress atom 2\n"
+        "dialog 101 ok 1001=\"my job\"\nmsgbox no\nfile /tmp/x.xyz\n");
+    tk.set_atom_locator([](int atom) -> std::optional<std::pair<float, float>> {
+        if (atom == 2) return std::make_pair(0.5f, 0.25f);
+        return std::nullopt;
+    });
+    EXPECT_EQ(tk.next_message().value, 'R');
+    EXPECT_EQ(tk.next_message().value, 27);
+    Message m = tk.next_message();
+    EXPECT_EQ(m.type, MessageType::Menu);
+    EXPECT_EQ(m.value, 40039);
+    m = tk.next_message();
+    EXPECT_EQ(m.type, MessageType::MouseDown);
+    EXPECT_FLOAT_EQ(m.fy, 0.75f);
+    EXPECT_EQ(tk.next_message().type, MessageType::MouseUp);   // moves only while enabled
+    m = tk.next_message();
+    EXPECT_FLOAT_EQ(m.fx, 0.5f);
+    EXPECT_FLOAT_EQ(m.fy, 0.75f);   // window y runs upwards, view fractions downwards
+    EXPECT_EQ(tk.next_message().type, MessageType::Close);     // the script has run out
+
+    tk.WDialogLoad(101);
+    tk.WDialogShow(1);
+    EXPECT_EQ(tk.last_button(), 1);
+    EXPECT_EQ(tk.WDialogGetString(1001), "my job");
+    tk.WDialogUnload();
+    tk.WDialogLoad(103);
+    tk.WDialogShow(1);   // no answer: cancelled, never waited for
+    EXPECT_EQ(tk.last_button(), 0);
+    EXPECT_EQ(tk.WMessageBox(kButtonsYesNo, MessageIcon::Question, 1, "Overwrite ?", "t"), 0);
+    std::string path;
+    EXPECT_TRUE(tk.select_file(20001, 8, path, "Find"));
+    EXPECT_EQ(path, "/tmp/x.xyz");
+    EXPECT_FALSE(tk.select_file(20001, 8, path, "Find"));
+    tk.WindowOutStatusBar(9, "hello");
+    tk.WindowOutStatusBar(9, "hello");
+    EXPECT_EQ(tk.status(9), "hello");
+    int noted = 0;
+    for (const auto& line : tk.transcript()) noted += line == "status 9: hello";
+    EXPECT_EQ(noted, 1);
+
+    EXPECT_THROW(tk.add_line("jump 3"), ScriptError);
+    EXPECT_THROW(tk.add_line("press 2.0 0.5"), ScriptError);
+    EXPECT_THROW(tk.add_line("dialog 101 maybe"), ScriptError);
+}
+
+TEST(Files, NamesMeetWhateverTheirCaseAndWritesAreWhole) {
+    TempDir dir;
+    std::string d = dir.path();
+    write_file(d + "/PTEST.XYZ", "a\n");
+    EXPECT_TRUE(files::exists(d + "/ptest.xyz"));
+    EXPECT_EQ(files::resolve(d + "/ptest.xyz"), d + "/PTEST.XYZ");
+    EXPECT_EQ(files::size(d + "/Ptest.Xyz"), 2);
+    EXPECT_EQ(files::size(d + "/none"), -1);
+    EXPECT_TRUE(files::write_atomic(d + "/ptest.xyz", "b\r\nc\n"));
+    EXPECT_EQ(*files::read_lines(d + "/PTEST.XYZ"), (std::vector<std::string>{"b", "c"}));
+    EXPECT_EQ(files::list(d, "*"), (std::vector<std::string>{"PTEST.XYZ"}));   // no temporary left
+    write_file(d + "/ptest.key", "");
+    write_file(d + "/ptest_chg.log", "");
+    write_file(d + "/other.xyz", "");
+    files::remove(d + "/PTEST.*");
+    EXPECT_EQ(files::list(d, "*"), (std::vector<std::string>{"other.xyz", "ptest_chg.log"}));
+    files::remove(d + "/nothing.*");
+    EXPECT_TRUE(files::matches("job.012", "job.0*"));
+    EXPECT_TRUE(files::matches("MV12.ins", "mv*.INS"));
+    EXPECT_FALSE(files::matches("job.xyz", "job.?"));
+}
+
+TEST(Process, HostileWordsStayOneWord) {
+    TempDir dir;
+    files::change_dir(dir.path());
+    std::string hostile = "a b;$(touch pwned)'\"`x`";
+    EXPECT_TRUE(process::run_shell("printf %s " + process::shell_quote(hostile) + " > out.txt", true));
+    EXPECT_EQ(read_file("out.txt"), hostile);
+    EXPECT_FALSE(file_present("pwned"));
+    EXPECT_FALSE(process::spawn(dir.path() + "/no-such-program", {}));
+}
