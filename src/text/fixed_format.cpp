@@ -201,7 +201,7 @@ std::optional<std::vector<long long>> read_ints(std::string_view line, int max_v
 
 FreeRecord& FreeRecord::operator<<(std::string_view s) {
     // A text item opens the record with a blank, and follows a number after one.
-    if (!started_ || (!line_.empty() && line_.back() != ' ' && last_numeric_)) line_ += ' ';
+    if (!started_ || last_numeric_) line_ += ' ';
     line_ += s;
     started_ = true;
     last_numeric_ = false;
@@ -235,7 +235,7 @@ FreeRecord& FreeRecord::operator<<(double v) {
     }
     line_ += std::string("  ") + (std::signbit(f) ? "-" : " ") + body;
     started_ = true;
-    last_numeric_ = false;   // the field ends in its own blanks
+    last_numeric_ = true;
     return *this;
 }
 
