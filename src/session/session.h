@@ -51,6 +51,33 @@ struct Options {
     int palette_choice = 1;
 };
 
+// Tinker settings: the Tinker page of Setup and the Dynamics dialog share
+// them (the dialog's pressure and the Setup cooling curve are one cell,
+// tk_curve).
+struct TinkerSettings {
+    float tk_optimize = 0;
+    float tk_min_rms = 0.01f;
+    float tk_anneal_t0 = 1000.0f;
+    float tk_anneal_t1 = 0.0f;
+    float tk_anneal_equil = 0.0f;
+    float tk_anneal_cool = 4000.0f;
+    float tk_anneal_step = 1.0f;
+    float tk_anneal_dump = 0.1f;
+    float tk_anneal_mass = 0.0f;
+    float tk_curve = 1.0f;          // 1 L, 2 S, 3 E; also the Dynamics pressure
+    float tk_qualifier = 69.0f;     // character code of the ANALYZE qualifier
+    float tk_auto_cycles = 1;
+    float tk_movie_delay = 10;
+    float tk_dyn_steps = 3000;
+    float tk_dyn_step = 1.0f;
+    float tk_dyn_dump = 0.1f;
+    float tk_dyn_type = 1;
+    float tk_dyn_temp = 300.0f;
+    float tk_dyn_stale = 1.0f;
+    float tk_dyn_done = 0.0f;
+    float tk_vib_number = 0.0f;
+};
+
 // 48 colour entries (1-based) and the 32 steps of the charge scale.
 struct Palette {
     std::array<float, 49> r{}, g{}, b{};
@@ -107,6 +134,7 @@ struct Session {
     Installation inst;
     EngineConfig engines;
     Options opt;
+    TinkerSettings tinker;
     Palette palette;
     Flags flags;
     StartWords words;
