@@ -19,6 +19,7 @@ struct FieldDesc {
     std::string text;
     int group = 0;                     // radio buttons: first field of the group
     std::vector<std::string> items;    // menu fields
+    int page = 0;                      // the tab page it sits on; 0 the dialog itself
 };
 
 struct Trackbar { int max = 100, min = 0, tick = 1; };

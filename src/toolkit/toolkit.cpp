@@ -10,8 +10,10 @@ std::string filter_string(int filter_id) {
     return "All files|*|";
 }
 
-bool Toolkit::WDialogLoad(int id) {
-    std::ifstream in(ui_dir_ + "/dialogs/" + std::to_string(id) + ".dlg", std::ios::binary);
+namespace {
+
+DialogDesc read_desc(const std::string& ui_dir, int id) {
+    std::ifstream in(ui_dir + "/dialogs/" + std::to_string(id) + ".dlg", std::ios::binary);
     DialogDesc desc;
     desc.id = id;
     if (in) {
@@ -20,6 +22,31 @@ bool Toolkit::WDialogLoad(int id) {
         std::string error;
         if (auto parsed = parse_dialog_desc(all.str(), id, &error)) desc = std::move(*parsed);
     }
+    return desc;
+}
+
+// A tab dialog holds the fields of its pages: they are merged into its one
+// description, so the logic puts and gets every page's fields on it.
+void merge_pages(DialogDesc& desc, const std::string& ui_dir) {
+    for (int page : desc.pages) {
+        DialogDesc p = read_desc(ui_dir, page);
+        for (auto& f : p.fields) {
+            if (f.kind == FieldKind::Button) continue;
+            f.page = page;
+            desc.fields.push_back(f);
+        }
+        desc.checks.insert(p.checks.begin(), p.checks.end());
+        desc.ranges.insert(p.ranges.begin(), p.ranges.end());
+        desc.trackbars.insert(p.trackbars.begin(), p.trackbars.end());
+        desc.formats.insert(p.formats.begin(), p.formats.end());
+    }
+}
+
+}  // namespace
+
+bool Toolkit::WDialogLoad(int id) {
+    DialogDesc desc = read_desc(ui_dir_, id);
+    merge_pages(desc, ui_dir_);
     // A description that is missing or damaged still gives a dialog with no
     // fields, so the logic's puts and gets stay harmless.
     if (desc.title.empty()) desc.title = "Dialog " + std::to_string(id);
