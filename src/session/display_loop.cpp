@@ -17,7 +17,7 @@ Event read_event(Session& s) {
     Message m = s.tk.next_message();
     Event e;
     e.x = m.fx;
-    e.y = m.fy;
+    e.y = 1.0f - m.fy;   // window coordinates run upwards, as the projected atoms do
     switch (m.type) {
         case MessageType::Key: e.key = m.value; break;
         case MessageType::Menu:
@@ -33,6 +33,7 @@ Event read_event(Session& s) {
         case MessageType::Close: e.command = kCommandClose; break;
         case MessageType::None: break;
     }
+    if ((e.command >= 1 && e.command <= 199) || e.key > 3) e.state = 3;
     return e;
 }
 

@@ -8,8 +8,8 @@ struct Session;
 // One event reduced the way every mode loop reads it.
 struct Event {
     int key = 0;        // key code, 0 for none
-    int state = 0;      // 1 resize, 2 expose
-    float x = 0, y = 0; // view fractions of a mouse event
+    int state = 0;      // 1 resize, 2 expose, 3 a command or a real key
+    float x = 0, y = 0; // view fractions of a mouse event, y from the bottom
     int command = 0;    // menu/tool id - 40000, 311 press, 411 release, 500 close
     bool moved = false; // a mouse move
 };

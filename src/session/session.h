@@ -49,6 +49,9 @@ struct Options {
     float view_distance = 30.0f;
     float cov_tolerance = 0.25f;
     int palette_choice = 1;
+    bool fast_draw = false;         // 8-slice spheres at every draw
+    bool hide_bonds = false;
+    float deemphasis_alpha = 0.0f;
 };
 
 // Tinker settings: the Tinker page of Setup and the Dynamics dialog share
@@ -127,6 +130,14 @@ struct Job {
     std::string log_path;           // the open .geo log; empty when closed
 };
 
+// The view state the draw and the picking share.
+struct ViewState {
+    float pick_tolerance = 0.05f;   // set by every draw
+    float last_x = 0, last_y = 0;   // pointer position of the drag so far
+    int pick_list[5] = {0, 0, 0, 0, 0};
+    int pick_count = 0;
+};
+
 struct Session {
     Session(Toolkit& toolkit, Renderer& renderer) : tk(toolkit), renderer(renderer) {}
 
@@ -139,6 +150,7 @@ struct Session {
     Flags flags;
     StartWords words;
     Job job;
+    ViewState view;
     Toolkit& tk;
     Renderer& renderer;
 };

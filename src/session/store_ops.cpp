@@ -6,6 +6,7 @@
 #include "display/colours.h"
 #include "display/projection.h"
 #include "display/renderer.h"
+#include "display/view.h"
 #include "session/session.h"
 #include "structure_files/emphasis_file.h"
 #include "structure_files/ins_file.h"
@@ -160,7 +161,13 @@ void project_atoms(Session& s) {
     }
 }
 
-void draw_scene(Session& s) { s.renderer.draw(s); }
+void draw_scene(Session& s) {
+    if (s.opt.fast_draw) s.flags.sphere_slices = 8;
+    s.flags.sphere_stacks = s.flags.sphere_slices;
+    s.view.pick_tolerance = pick_tolerance_for(s.store.disp_natoms);
+    apply_pending_rotation(s);
+    s.renderer.draw(s);
+}
 
 void save_and_reload(Session& s) {
     write_job_files(s);

@@ -56,6 +56,8 @@ public:
     void IOsCommand(const std::string& command, bool wait) override;
     void IOsExecute(const std::string& program, const std::vector<std::string>& args) override;
     void wait_hundredths(int) override {}
+    void edit_text_file(const std::string& path) override { note("editor: " + path); }
+    void show_text(const std::string& title, const std::string&) override { note("viewer: " + title); }
 
     // What was recorded.
     const std::vector<std::string>& transcript() const { return transcript_; }

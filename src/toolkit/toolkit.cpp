@@ -3,7 +3,13 @@
 #include <fstream>
 #include <sstream>
 
+#include "toolkit/http.h"
+
 namespace zentol {
+
+std::optional<std::string> Toolkit::http_get(const std::string& url, int timeout_ms) {
+    return http::get(url, timeout_ms);
+}
 
 std::string filter_string(int filter_id) {
     if (filter_id == 20001) return "Zentol file .XYZ|*.XYZ|";
@@ -50,6 +56,7 @@ bool Toolkit::WDialogLoad(int id) {
     // A description that is missing or damaged still gives a dialog with no
     // fields, so the logic's puts and gets stay harmless.
     if (desc.title.empty()) desc.title = "Dialog " + std::to_string(id);
+    if (loaded_.count(id)) hide_dialog(id);
     loaded_[id] = std::make_unique<DialogModel>(std::move(desc));
     selected_ = id;
     return true;

@@ -5,6 +5,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -81,6 +82,14 @@ public:
     virtual void IOsExecute(const std::string& program, const std::vector<std::string>& args) = 0;
     virtual void wait_hundredths(int n) = 0;
     virtual int os_family() { return 4; }
+
+    // The toolkit's own text editor on a file; blocks until it is closed.
+    virtual void edit_text_file(const std::string& path) { (void)path; }
+    // A read-only viewer for a text or a table.
+    virtual void show_text(const std::string& title, const std::string& text) { (void)title, (void)text; }
+    // HTTP GET of a small text file; nullopt when it fails or takes longer
+    // than the limit.
+    virtual std::optional<std::string> http_get(const std::string& url, int timeout_ms);
 
     // Where the descriptions are read from: <ui_dir>/dialogs/<id>.dlg,
     // <ui_dir>/menus/<id>.menu and <ui_dir>/menus/<id>.toolbar.

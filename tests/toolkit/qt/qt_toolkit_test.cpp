@@ -1,0 +1,553 @@
+// The Qt toolkit on a real (or offscreen) display: window, menus, messages,
+// dialogs, message boxes, choosers and processes.
+#include <functional>
+#include <map>
+
+#include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileDialog>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QMouseEvent>
+#include <QPlainTextEdit>
+#include <QPointer>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QSlider>
+#include <QStatusBar>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <QToolBar>
+#include <gtest/gtest.h>
+
+#include "toolkit/menu_desc.h"
+#include "toolkit/qt/qt_toolkit.h"
+
+namespace zentol {
+namespace {
+
+class QtApplicationEnv : public ::testing::Environment {
+public:
+    void SetUp() override {
+        if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
+            qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+            qputenv("QT_QPA_PLATFORM", "offscreen");
+        static int argc = 1;
+        static char name[] = "test_qt";
+        static char* argv[] = {name, nullptr};
+        if (!qApp) new QApplication(argc, argv);   // kept to the end of the process
+    }
+};
+[[maybe_unused]] const auto* const qt_env = ::testing::AddGlobalTestEnvironment(new QtApplicationEnv);
+
+// Acts on the modal widget of type W once it is up. Gives up after a few
+// seconds, rejecting whatever is modal, so a broken dialog cannot hang the test.
+template <typename W>
+void when_modal(std::function<void(W*)> act, int ms_left = 5000) {
+    QTimer::singleShot(20, [act, ms_left] {
+        if (auto* w = qobject_cast<W*>(QApplication::activeModalWidget()); w && w->isVisible()) {
+            QPointer<W> acted = w;
+            act(w);
+            QTimer::singleShot(3000, [acted] {
+                if (!acted || !acted->isVisible()) return;
+                ADD_FAILURE() << "the modal window stayed open";
+                while (auto* d = qobject_cast<QDialog*>(QApplication::activeModalWidget())) d->reject();
+            });
+            return;
+        }
+        if (ms_left > 0) return when_modal<W>(act, ms_left - 20);
+        ADD_FAILURE() << "the expected modal window did not appear";
+        if (auto* d = qobject_cast<QDialog*>(QApplication::activeModalWidget())) d->reject();
+    });
+}
+
+void expect_message(const Message& m, MessageType type, int value, float fx = 0, float fy = 0) {
+    EXPECT_EQ(m.type, type);
+    EXPECT_EQ(m.value, value);
+    EXPECT_NEAR(m.fx, fx, 1e-3);
+    EXPECT_NEAR(m.fy, fy, 1e-3);
+}
+
+template <typename W = QWidget>
+W* field(QWidget* dialog, int id) {
+    return dialog->findChild<W*>("field_" + QString::number(id));
+}
+
+void write(const QString& path, const QByteArray& content) {
+    QDir().mkpath(QFileInfo(path).absolutePath());
+    QFile f(path);
+    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
+    f.write(content);
+}
+
+class QtToolkitTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        tk.set_ui_dir(ZENTOL_DATA_DIR "/ui");
+        tk.window_open(800, 600, "Zentol test");
+        settle();
+    }
+    void settle() { tk.wait_hundredths(5); }
+    void drain() {
+        settle();
+        while (tk.pending_messages()) tk.next_message();
+    }
+    // The next message other than Expose and Resize; fails instead of
+    // waiting when there is none.
+    Message next_input() {
+        while (tk.pending_messages()) {
+            Message m = tk.next_message();
+            if (m.type != MessageType::Expose && m.type != MessageType::Resize) return m;
+        }
+        ADD_FAILURE() << "no message queued";
+        return {};
+    }
+    void key(int qt_key, const QString& text) {
+        QKeyEvent press(QEvent::KeyPress, qt_key, Qt::NoModifier, text);
+        QApplication::sendEvent(tk.view(), &press);
+    }
+    void mouse(QEvent::Type type, Qt::MouseButton b, QPointF at) {
+        QMouseEvent e(type, at, tk.view()->mapToGlobal(at), b, type == QEvent::MouseButtonRelease ? Qt::NoButton : b,
+                      Qt::NoModifier);
+        QApplication::sendEvent(tk.view(), &e);
+    }
+    // A ui directory of our own for descriptions the shipped data lacks.
+    void use_ui(const std::map<QString, QByteArray>& files) {
+        for (const auto& [name, content] : files) write(ui_.path() + "/" + name, content);
+        tk.set_ui_dir(ui_.path().toStdString());
+    }
+
+    QtToolkit tk;
+    QTemporaryDir ui_;
+};
+
+TEST_F(QtToolkitTest, WindowHasSizeTitleBarsAndProportionalStatusFields) {
+    MainWindow* w = tk.main_window();
+    ASSERT_NE(w, nullptr);
+    EXPECT_TRUE(w->isVisible());
+    EXPECT_EQ(w->size(), QSize(800, 600));
+    EXPECT_EQ(w->windowTitle(), "Zentol test");
+    EXPECT_EQ(tk.window_size(1), tk.view()->width());
+    EXPECT_EQ(tk.window_size(2), tk.view()->height());
+    EXPECT_LT(tk.window_size(2), 600);   // menu, tool and status bars take their share
+
+    tk.status_bar_parts({400, 1500, 620, 700, 620, 700, 600, 600, 3200, 1000});
+    tk.WindowOutStatusBar(1, "Atoms 3");
+    tk.WindowOutStatusBar(10, "a rather long text that must not widen its field at all");
+    tk.WindowOutStatusBar(11, "nowhere");
+    settle();
+    EXPECT_EQ(tk.status_text(1), "Atoms 3");
+    EXPECT_EQ(tk.status_text(11), "");
+    ASSERT_EQ(w->status_fields(), 10);
+    double ratio = double(w->status_label(9)->width()) / w->status_label(2)->width();
+    EXPECT_NEAR(ratio, 3200.0 / 1500.0, 0.15);
+}
+
+TEST_F(QtToolkitTest, MenuBarIsBuiltFromItsDescription) {
+    tk.menu_load(30001);
+    MainWindow* w = tk.main_window();
+    QAction* open = w->menu_action(40005);
+    ASSERT_NE(open, nullptr);
+    EXPECT_EQ(open->text(), "&Open existing Job");
+    EXPECT_EQ(w->menuBar()->actions().at(0)->text(), "&File");
+    EXPECT_EQ(w->menuBar()->actions().size(), 6);
+    auto* mru = qobject_cast<QMenu*>(w->menu_action(40067)->parent());
+    ASSERT_NE(mru, nullptr);
+    EXPECT_EQ(mru->title(), "&MRU list");
+    EXPECT_EQ(w->menu_action(40064)->text(), "Hardcopy && Print");   // a lone '&' is shown as such
+
+    // The key letter is shown but left to the view.
+    QAction* build = w->menu_action(40003);
+    EXPECT_EQ(build->text(), "&Build\tB");
+    EXPECT_TRUE(build->shortcut().isEmpty());
+
+    tk.WMenuSetString(40067, "/tmp/x.xyz");
+    EXPECT_EQ(w->menu_action(40067)->text(), "/tmp/x.xyz");
+    tk.WMenuSetString(40003, "&Construct");
+    EXPECT_EQ(build->text(), "&Construct\tB");
+
+    tk.menu_load(30001);   // a reload replaces, never appends
+    EXPECT_EQ(tk.main_window()->menuBar()->actions().size(), 6);
+}
+
+TEST_F(QtToolkitTest, ToolBarFollowsTheFileAndSharesStateWithTheMenu) {
+    tk.menu_load(30001);
+    tk.WMenuToolbar(30101);
+    tk.WMenuToolbar(30101);
+    MainWindow* w = tk.main_window();
+    auto desc = load_toolbar_desc(ZENTOL_DATA_DIR "/ui/menus", 30101, nullptr);
+    ASSERT_TRUE(desc);
+    QList<QAction*> actions = w->tool_bar()->actions();
+    ASSERT_EQ(actions.size(), 17);
+    for (int i = 0; i < 17; ++i) EXPECT_EQ(actions[i]->data().toInt(), desc->buttons[i].id) << i;
+    EXPECT_EQ(actions[0]->text(), "Build");
+    EXPECT_EQ(actions[0]->toolTip(), "Start Build Mode");
+    EXPECT_EQ(w->findChildren<QToolBar*>().size(), 1);
+
+    tk.WMenuSetState(40003, 1, 0);
+    EXPECT_FALSE(w->menu_action(40003)->isEnabled());
+    EXPECT_FALSE(actions[0]->isEnabled());
+    tk.WMenuSetState(40003, 1, 1);
+    EXPECT_TRUE(actions[0]->isEnabled());
+
+    drain();
+    w->menu_action(40005)->trigger();
+    w->tool_action(40060)->trigger();
+    expect_message(next_input(), MessageType::Menu, 40005);
+    expect_message(next_input(), MessageType::Menu, 40060);
+}
+
+TEST_F(QtToolkitTest, TwoStateToolButtonAlternatesItsCommands) {
+    use_ui({{"menus/900.toolbar", "button 40007/40063 \"Save\" \"Save the job\"\n"}});
+    tk.WMenuToolbar(900);
+    drain();
+    QAction* save = tk.main_window()->tool_action(40007);
+    ASSERT_EQ(save, tk.main_window()->tool_action(40063));
+    save->trigger();
+    save->trigger();
+    expect_message(next_input(), MessageType::Menu, 40007);
+    expect_message(next_input(), MessageType::Menu, 40063);
+
+    tk.WMenuSetState(40063, 2, 1);   // put down by the logic: the next press brings it up
+    save->trigger();
+    EXPECT_EQ(next_input().value, 40063);
+    tk.WMenuSetState(40063, 1, 0);
+    EXPECT_FALSE(save->isEnabled());
+}
+
+TEST_F(QtToolkitTest, KeysArriveAsLogicCodes) {
+    drain();
+    const struct { int qt; const char* text; int code; } keys[] = {
+        {Qt::Key_B, "b", 'B'},          {Qt::Key_B, "B", 'B'},        {Qt::Key_Escape, "\x1b", 27},
+        {Qt::Key_Return, "\r", 13},     {Qt::Key_Enter, "\r", 13},    {Qt::Key_Left, "", 261},
+        {Qt::Key_Right, "", 260},       {Qt::Key_Up, "", 264},        {Qt::Key_Down, "", 265},
+        {Qt::Key_PageUp, "", 259},      {Qt::Key_PageDown, "", 258},  {Qt::Key_Plus, "+", '+'},
+        {Qt::Key_1, "1", '1'},          {Qt::Key_Shift, "", 0},       {Qt::Key_F5, "", 0}};
+    for (const auto& k : keys) key(k.qt, k.text);
+    for (const auto& k : keys)
+        if (k.code != 0) expect_message(next_input(), MessageType::Key, k.code);
+    EXPECT_EQ(tk.pending_messages(), 0u);   // modifiers and F keys are not passed on
+}
+
+TEST_F(QtToolkitTest, MouseMessagesGiveButtonsAndFractions) {
+    drain();
+    const double w = tk.view()->width(), h = tk.view()->height();
+    mouse(QEvent::MouseButtonPress, Qt::LeftButton, {w / 4, h / 2});
+    mouse(QEvent::MouseButtonRelease, Qt::RightButton, {w, 0});
+    mouse(QEvent::MouseButtonPress, Qt::MiddleButton, {w + 50, -5});
+    expect_message(next_input(), MessageType::MouseDown, 1, 0.25, 0.5);
+    expect_message(next_input(), MessageType::MouseUp, 2, 1.0, 0.0);
+    expect_message(next_input(), MessageType::MouseDown, 3, 1.0, 0.0);   // outside: held at the edge
+
+    mouse(QEvent::MouseMove, Qt::NoButton, {w / 2, h / 2});
+    EXPECT_EQ(tk.pending_messages(), 0u);   // moves are off until asked for
+    tk.message_enable(MessageType::MouseMove, true);
+    mouse(QEvent::MouseMove, Qt::NoButton, {w / 2, h / 2});
+    mouse(QEvent::MouseMove, Qt::NoButton, {w / 10, h / 5});
+    expect_message(next_input(), MessageType::MouseMove, 0, 0.1, 0.2);   // the later move replaced the first
+    EXPECT_EQ(tk.pending_messages(), 0u);
+    tk.message_enable(MessageType::MouseMove, false);
+    mouse(QEvent::MouseMove, Qt::NoButton, {w / 2, h / 2});
+    EXPECT_EQ(tk.pending_messages(), 0u);
+}
+
+TEST_F(QtToolkitTest, ExposeAndResizeAreCoalesced) {
+    drain();
+    tk.view()->repaint();
+    tk.view()->repaint();
+    ASSERT_EQ(tk.pending_messages(), 1u);
+    EXPECT_EQ(tk.next_message().type, MessageType::Expose);
+
+    const int old_width = tk.window_size(1);
+    tk.main_window()->resize(900, 700);
+    settle();
+    tk.main_window()->resize(1000, 700);
+    settle();
+    int resizes = 0;
+    while (tk.pending_messages()) resizes += tk.next_message().type == MessageType::Resize;
+    EXPECT_EQ(resizes, 1);
+    EXPECT_EQ(tk.window_size(1), old_width + 200);
+}
+
+TEST_F(QtToolkitTest, WaitsKeepEventsFlowing) {
+    drain();
+    QTimer::singleShot(50, [this] { key(Qt::Key_R, "r"); });
+    Message m = tk.next_message();
+    while (m.type == MessageType::Expose || m.type == MessageType::Resize) m = tk.next_message();
+    expect_message(m, MessageType::Key, 'R');
+
+    bool fired = false;
+    QTimer::singleShot(50, [&] { fired = true; });
+    QElapsedTimer clock;
+    clock.start();
+    tk.wait_hundredths(20);
+    EXPECT_GE(clock.elapsed(), 190);
+    EXPECT_TRUE(fired);
+}
+
+TEST_F(QtToolkitTest, ClosingAsksTheLogicAndCloseAllReallyCloses) {
+    drain();
+    QCloseEvent first, second;
+    QApplication::sendEvent(tk.main_window(), &first);
+    QApplication::sendEvent(tk.main_window(), &second);
+    EXPECT_FALSE(first.isAccepted());
+    EXPECT_EQ(tk.pending_messages(), 1u);
+    expect_message(next_input(), MessageType::Close, 0);
+    settle();
+    ASSERT_NE(tk.main_window(), nullptr);
+    EXPECT_TRUE(tk.main_window()->isVisible());
+
+    tk.close_all();
+    EXPECT_EQ(tk.main_window(), nullptr);
+    EXPECT_EQ(tk.window_size(1), 0);
+    QTimer watchdog;   // should next_message wait after all, end the wait
+    watchdog.setSingleShot(true);
+    QObject::connect(&watchdog, &QTimer::timeout, [this] { tk.post(Message{MessageType::Key, -1, 0, 0}); });
+    watchdog.start(3000);
+    EXPECT_EQ(tk.next_message().type, MessageType::Close);
+}
+
+class QtDialogTest : public QtToolkitTest {
+protected:
+    void load_radius() {
+        tk.WDialogLoad(103);
+        tk.WDialogPutString(1002, "C");
+        tk.WDialogPutReal(1071, 0.74);
+    }
+};
+
+TEST_F(QtDialogTest, NonModalDialogShowsFormattedValuesUntilUnloaded) {
+    load_radius();
+    tk.WDialogShow(2);
+    QPointer<DialogWindow> d = tk.dialog_window(103);
+    ASSERT_TRUE(d);
+    EXPECT_TRUE(d->isVisible());
+    EXPECT_FALSE(d->isModal());
+    EXPECT_EQ(d->windowTitle(), "Adjust Covalent Radius");
+    EXPECT_EQ(field<QLineEdit>(d, 1071)->text(), "0.740");   // in the field's format f6.3
+    EXPECT_EQ(field<QLineEdit>(d, 1002)->text(), "C");
+    EXPECT_EQ(d->findChildren<QPushButton*>().size(), 2);
+
+    tk.WDialogUnload();
+    EXPECT_FALSE(d);
+    EXPECT_EQ(tk.dialog_window(103), nullptr);
+}
+
+TEST_F(QtDialogTest, ModalOkCopiesBackAndCancelDoesNot) {
+    load_radius();
+    when_modal<DialogWindow>([](DialogWindow* d) {
+        field<QLineEdit>(d, 1071)->setText("1.5");
+        field<QLineEdit>(d, 1002)->setText("Si");
+        field<QPushButton>(d, 1)->click();
+    });
+    tk.WDialogShow(1);
+    EXPECT_EQ(tk.last_button(), 1);
+    EXPECT_DOUBLE_EQ(tk.WDialogGetReal(1071), 1.5);
+    EXPECT_EQ(tk.WDialogGetString(1071), "1.500");
+    EXPECT_EQ(tk.WDialogGetString(1002), "Si");
+
+    when_modal<DialogWindow>([](DialogWindow* d) {
+        EXPECT_EQ(field<QLineEdit>(d, 1071)->text(), "1.500");
+        field<QLineEdit>(d, 1071)->setText("2.0");
+        field<QPushButton>(d, 2)->click();
+    });
+    tk.WDialogShow(1);
+    EXPECT_EQ(tk.last_button(), 0);
+    EXPECT_DOUBLE_EQ(tk.WDialogGetReal(1071), 1.5);
+}
+
+TEST_F(QtDialogTest, OutOfRangeValueIsRefusedAndTheDialogStaysOpen) {
+    load_radius();
+    QString warning;
+    bool still_open = false;
+    when_modal<DialogWindow>([&](DialogWindow* d) {
+        field<QLineEdit>(d, 1002)->setText("Xx");
+        field<QLineEdit>(d, 1071)->setText("9.0");
+        when_modal<QMessageBox>([&](QMessageBox* box) {
+            warning = box->text();
+            box->accept();
+        });
+        field<QPushButton>(d, 1)->click();   // returns once the warning is closed
+        still_open = d->isVisible();
+        field<QPushButton>(d, 2)->click();
+    });
+    tk.WDialogShow(1);
+    EXPECT_TRUE(warning.contains("between")) << warning.toStdString();
+    EXPECT_TRUE(still_open);
+    EXPECT_EQ(tk.last_button(), 0);
+    EXPECT_DOUBLE_EQ(tk.WDialogGetReal(1071), 0.74);
+    EXPECT_EQ(tk.WDialogGetString(1002), "C");   // a refused OK copies nothing back
+}
+
+TEST_F(QtDialogTest, EveryFieldKindIsShownAndReadBack) {
+    use_ui({{"dialogs/900.dlg",
+             "title All kinds\n"
+             "field 10 label \"Heading\"\nfield 11 string \"Name\"\nfield 12 integer \"Count\"\n"
+             "field 13 check \"Show H\"\nfield 14 radio 14 \"Ball\"\nfield 15 radio 14 \"Stick\"\n"
+             "field 16 radio 16 \"Red\"\nfield 17 radio 16 \"Blue\"\nfield 18 trackbar \"Zoom\"\n"
+             "field 19 menu \"One|Two|Three\"\nfield 20 text \"Notes\"\nfield 21 real \"Greyed\"\n"
+             "[Checks]\n13 1\n14 1\n17 1\n[Ranges]\n12 1 10\n[Trackbars]\n18 50 10 5\n"}});
+    tk.WDialogLoad(900);
+    tk.WDialogPutString(11, "water");
+    tk.WDialogPutInteger(12, 3);
+    tk.WDialogPutTrackbar(18, 30);
+    tk.WDialogFieldState(21, 0);
+    when_modal<DialogWindow>([](DialogWindow* d) {
+        EXPECT_EQ(field<QLabel>(d, 10)->text(), "Heading");
+        EXPECT_EQ(field<QLineEdit>(d, 12)->text(), "3");
+        EXPECT_TRUE(field<QCheckBox>(d, 13)->isChecked());
+        EXPECT_TRUE(field<QRadioButton>(d, 14)->isChecked());   // the groups are independent
+        EXPECT_TRUE(field<QRadioButton>(d, 17)->isChecked());
+        auto* slider = field<QSlider>(d, 18);
+        EXPECT_EQ(slider->minimum(), 10);
+        EXPECT_EQ(slider->maximum(), 50);
+        EXPECT_EQ(slider->value(), 30);
+        EXPECT_EQ(field<QComboBox>(d, 19)->count(), 3);
+        EXPECT_FALSE(field(d, 21)->isEnabled());
+        ASSERT_NE(field<QPushButton>(d, 2), nullptr);   // OK and Cancel were added
+
+        field<QLineEdit>(d, 11)->setText("ice");
+        field<QLineEdit>(d, 12)->setText("7");
+        field<QCheckBox>(d, 13)->setChecked(false);
+        field<QRadioButton>(d, 15)->setChecked(true);
+        field<QRadioButton>(d, 16)->setChecked(true);
+        slider->setValue(45);
+        field<QComboBox>(d, 19)->setCurrentIndex(2);
+        field<QPlainTextEdit>(d, 20)->setPlainText("a\nb");
+        field<QPushButton>(d, 1)->click();
+    });
+    tk.WDialogShow(1);
+    EXPECT_EQ(tk.last_button(), 1);
+    EXPECT_EQ(tk.WDialogGetString(11), "ice");
+    EXPECT_EQ(tk.WDialogGetInteger(12), 7);
+    EXPECT_EQ(tk.WDialogGetCheckBox(13), 0);
+    EXPECT_EQ(tk.WDialogGetRadioButton(14), 2);
+    EXPECT_EQ(tk.WDialogGetRadioButton(16), 1);
+    EXPECT_EQ(tk.WDialogGetTrackbar(18), 45);
+    EXPECT_EQ(tk.WDialogGetTrackbar(19), 3);   // a menu's 1-based choice is its state, read alike
+    EXPECT_EQ(tk.WDialogGetString(20), "a\nb");
+}
+
+TEST_F(QtToolkitTest, MessageBoxesMapButtonsIconsAndLineBreaks) {
+    QString text;
+    QMessageBox::Icon icon{};
+    auto answer = [&](QMessageBox::StandardButton b) {
+        when_modal<QMessageBox>([&, b](QMessageBox* box) {
+            text = box->text();
+            icon = box->icon();
+            box->button(b)->click();
+        });
+    };
+    answer(QMessageBox::No);
+    EXPECT_EQ(tk.WMessageBox(kButtonsYesNo, MessageIcon::Question, 1, "one\rtwo", "Zentol"), 0);
+    EXPECT_EQ(tk.last_button(), 0);
+    EXPECT_EQ(text, "one\ntwo");
+    EXPECT_EQ(icon, QMessageBox::Question);
+    answer(QMessageBox::Yes);
+    EXPECT_EQ(tk.WMessageBox(kButtonsYesNo, MessageIcon::Question, 1, "again", "Zentol"), 1);
+    answer(QMessageBox::Ok);
+    EXPECT_EQ(tk.WMessageBox(kButtonsOk, MessageIcon::Exclamation, 1, "careful", "Zentol"), 1);
+    EXPECT_EQ(icon, QMessageBox::Warning);
+}
+
+TEST(QtNameFilters, ExtensionsMatchInEitherCase) {
+    EXPECT_EQ(qt_name_filters("Zentol file .XYZ|*.XYZ|"), QStringList{"Zentol file .XYZ (*.XYZ *.xyz)"});
+    EXPECT_EQ(qt_name_filters("All files|*|"), QStringList{"All files (*)"});
+    EXPECT_EQ(qt_name_filters("Inputs|*.dat;*.Key|Logs|*.log|"),
+              (QStringList{"Inputs (*.dat *.DAT *.Key *.key *.KEY)", "Logs (*.log *.LOG)"}));
+    EXPECT_EQ(qt_name_filters(""), QStringList{"All files (*)"});
+}
+
+TEST_F(QtToolkitTest, FileAndDirectoryChoosers) {
+    QTemporaryDir dir;
+    write(dir.filePath("water.xyz"), "3\n");
+    QDir(dir.path()).mkdir("jobs");
+
+    std::string path = dir.path().toStdString();
+    when_modal<QFileDialog>([&](QFileDialog* d) {
+        EXPECT_EQ(d->nameFilters().value(0), "Zentol file .XYZ (*.XYZ *.xyz)");
+        EXPECT_EQ(QDir(d->directory()), QDir(dir.path()));
+        d->findChild<QLineEdit*>("fileNameEdit")->setText("water.xyz");   // typed by the user
+        static_cast<QDialog*>(d)->accept();   // as the Open button does
+    });
+    EXPECT_TRUE(tk.select_file(20001, 8, path, "Find the XYZ Input File"));
+    EXPECT_EQ(path, dir.filePath("water.xyz").toStdString());
+    EXPECT_EQ(tk.last_button(), 1);
+
+    when_modal<QFileDialog>([&](QFileDialog* d) {
+        EXPECT_EQ(d->selectedFiles().value(0), dir.filePath("water.xyz"));   // started at the file
+        d->reject();
+    });
+    EXPECT_FALSE(tk.select_file(20001, 8, path, "Find"));
+    EXPECT_EQ(path, dir.filePath("water.xyz").toStdString());
+    EXPECT_EQ(tk.last_button(), 0);
+
+    std::string folder = dir.path().toStdString();
+    when_modal<QFileDialog>([&](QFileDialog* d) {
+        d->setDirectory(dir.filePath("jobs"));
+        static_cast<QDialog*>(d)->accept();   // as the Choose button does
+    });
+    EXPECT_TRUE(tk.WSelectDir(folder, "Scratch directory"));
+    EXPECT_EQ(folder, dir.filePath("jobs").toStdString());
+}
+
+class QtProcessTest : public QtToolkitTest {
+protected:
+    void SetUp() override {
+        QtToolkitTest::SetUp();
+        old_ = QDir::currentPath();
+        QDir::setCurrent(dir_.path());
+    }
+    void TearDown() override { QDir::setCurrent(old_); }
+    QTemporaryDir dir_;
+    QString old_;
+};
+
+TEST_F(QtProcessTest, WaitedCommandRunsInTheCurrentDirectoryAndIgnoresInput) {
+    drain();
+    QTimer::singleShot(50, [this] { key(Qt::Key_A, "a"); });
+    tk.IOsCommand("sleep 0.3; echo hi > out.txt", true);
+    QFile out(dir_.filePath("out.txt"));
+    ASSERT_TRUE(out.open(QIODevice::ReadOnly));
+    EXPECT_EQ(out.readAll(), "hi\n");
+    settle();
+    // Window messages may have come meanwhile; the key must not be among them.
+    while (tk.pending_messages() > 0)
+        EXPECT_NE(tk.next_message().type, MessageType::Key) << "a key given during the wait was kept";
+    key(Qt::Key_A, "a");   // and input works again afterwards
+    expect_message(next_input(), MessageType::Key, 'A');
+}
+
+TEST_F(QtProcessTest, DetachedStartsReturnAtOnceAndFailuresAreShown) {
+    QElapsedTimer clock;
+    clock.start();
+    tk.IOsCommand("sleep 0.3; echo x > later.txt", false);
+    tk.IOsExecute("/bin/sh", {"-c", "sleep 0.3; echo x > exec.txt"});
+    EXPECT_LT(clock.elapsed(), 250);
+    EXPECT_FALSE(QFile::exists(dir_.filePath("later.txt")));
+    for (int i = 0; i < 50 && !QFile::exists(dir_.filePath("exec.txt")); ++i) tk.wait_hundredths(10);
+    tk.wait_hundredths(10);
+    EXPECT_TRUE(QFile::exists(dir_.filePath("later.txt")));
+    EXPECT_TRUE(QFile::exists(dir_.filePath("exec.txt")));
+
+    QString said;
+    when_modal<QMessageBox>([&](QMessageBox* box) {
+        said = box->text();
+        box->accept();
+    });
+    tk.IOsExecute("/nonexistent/zentol-helper", {"x"});
+    EXPECT_EQ(said, "Cannot start /nonexistent/zentol-helper");
+}
+
+}  // namespace
+}  // namespace zentol
