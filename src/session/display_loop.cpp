@@ -2,11 +2,17 @@
 
 #include <algorithm>
 
+#include "display/colours.h"
+#include "display/view.h"
 #include "session/config.h"
+#include "session/job_commands.h"
+#include "session/openers.h"
 #include "session/jobs.h"
 #include "session/session.h"
 #include "session/store_ops.h"
 #include "structure_files/geo_log.h"
+#include "structure_files/ins_file.h"
+#include "toolkit/process.h"
 #include "text/fixed_format.h"
 #include "toolkit/files.h"
 #include "toolkit/toolkit.h"
@@ -70,6 +76,8 @@ void close_path(Session& s) {
 namespace {
 
 void loop_start(Session& s) {
+    collect_elements(s.store);
+    if (s.opt.colour_by_molecule) assign_molecule_colours(s.store);
     draw_scene(s);
     if (!s.flags.mouse_rotating) save_and_reload(s);
     s.tk.WindowOutStatusBar(4, text::format_i(s.store.natoms, 4));
@@ -84,36 +92,109 @@ void set_zoom(Session& s, float zoom) {
     draw_scene(s);
 }
 
+void redraw_screen(Session& s) {
+    s.flags.view_action = 10;
+    prepare_display(s);
+    save_and_reload(s);
+    set_zoom(s, 1.0f);
+}
+
+// Commands 40 and 65: save and hand the job over to a sibling at exit.
+bool hand_over_to(Session& s, const std::string& key, const std::string& what, bool& flag) {
+    if (!sibling_installed(s, key)) {
+        tell_missing(s, what, key);
+        return true;
+    }
+    write_job_files(s);
+    flag = true;
+    s.flags.session_running = 0;
+    bool delete_movie = s.flags.movie_made && ask_yes_no(s, "Delete movie files");
+    purge_job_files(s, s.opt.keep_dyn_files, delete_movie);
+    return false;
+}
+
+void edit_log(Session& s) {
+    std::string path = files::current_dir() + "/" + job_file(s, ".geo");
+    close_job_log(s);
+    edit_file(s, files::resolve(path));
+    open_job_log(s, true, "");
+}
+
+void write_zmatrix_input(Session& s) {
+    std::string zmatgen = configured_program(s, "zmatgen");
+    if (zmatgen.empty()) return tell_missing(s, "ZMATGEN", "zmatgen");
+    files::remove("zmatgen.fhz");
+    bool with_h = ask_yes_no(s, " Include H atoms?");
+    std::vector<std::string> lines{s.job.name};
+    const Store& st = s.store;
+    for (int i = 1; i <= st.natoms; ++i) {
+        if (!with_h && (st.atom_label[i][0] == 'H' || st.atom_label[i][0] == 'D')) continue;
+        const auto& r = st.atom_rec[i];
+        lines.push_back(label_text(st.atom_label[i]) + text::format_f(r[kX], 12, 6) + text::format_f(r[kY], 12, 6) +
+                        text::format_f(r[kZ], 12, 6));
+    }
+    files::write_lines("zmatgen.fhz", lines);
+    s.tk.IOsCommand(process::shell_quote(zmatgen), true);
+    files::remove("zmatgen.fhz");
+}
+
+// Modes that have their own loop; until one is there its command only says so.
+void mode_not_here(Session& s, const char* name) {
+    s.tk.WindowOutStatusBar(9, std::string(name) + " is not available in this version");
+}
+
+int letter_command(int key) {
+    switch (key) {
+        case 'B': case 'b': return 3;
+        case 'T': case 't': return 13;
+        case 'M': case 'm': return 14;
+        case 'F': case 'f': return 15;
+        case 'I': case 'i': return 52;
+        default: return 0;
+    }
+}
+
 // Commands of this loop. Returns false when the loop is to end.
 bool dispatch(Session& s, const Event& e) {
-    switch (e.command) {
+    int c = e.command;
+    switch (c) {
         case kCommandClose:
         case kCommandExit: close_path(s); return false;
+        case 2: open_document(s, help_page(s, "tutorial.html")); break;
+        case 3: mode_not_here(s, "Build mode"); break;
+        case 5: open_existing_job(s); break;
+        case 6: open_document(s, help_page(s, "zentol.html")); break;
+        case 7: save_job_as(s); break;
         case 9: s.flags.rot_step = 1; break;
         case 10: s.flags.rot_step = 2; break;
         case 11: s.flags.rot_step = 5; break;
-        case 26: s.tk.WMessageBox(kButtonsOk, MessageIcon::Information, 1,
-                                  files::current_dir() + "/" + s.job.name, "Current Job is .."); break;
-        case 39: set_zoom(s, std::min(s.flags.zoom + 0.1f, 3.8f)); break;
-        case 41: set_zoom(s, std::max(s.flags.zoom - 0.1f, 0.2f)); break;
+        case 12: ptest_in_scratch(s); break;
+        case 13: mode_not_here(s, "Tinker mode"); break;
+        case 14: mode_not_here(s, "Mopac mode"); break;
+        case 15: mode_not_here(s, "Firefly mode"); break;
+        case 26: show_current_job(s); break;
+        case 29: mode_not_here(s, "Alignment"); break;
+        case 31: mode_not_here(s, "Point group"); break;
+        case 32: check_for_updates(s); break;
+        case 39: set_zoom(s, s.flags.zoom + 0.1f); break;
+        case 40: return hand_over_to(s, "zentol9", "Zentol-9", s.flags.switch_to_sibling);
+        case 41: set_zoom(s, s.flags.zoom - 0.1f); break;
         case 42: set_zoom(s, 1.0f); break;
-        case 60:
-            s.flags.view_action = 10;
-            prepare_display(s);
-            save_and_reload(s);
-            set_zoom(s, 1.0f);
+        case 44: mode_not_here(s, "UniqueNames"); break;
+        case 45: edit_log(s); break;
+        case 52: mode_not_here(s, "ICONC mode"); break;
+        case 60: redraw_screen(s); break;
+        case 65: return hand_over_to(s, "orbview", "Orbview", s.flags.run_orbview_at_exit);
+        case 78: open_document(s, help_page(s, "units.html")); break;
+        case 80: write_zmatrix_input(s); break;
+        case 81: mode_not_here(s, "Lewis analysis"); break;
+        case 83: open_document(s, help_page(s, "periodic-table.html")); break;
+        case 84: mode_not_here(s, "MultiWFN"); break;
+        case 85: mode_not_here(s, "ORCA mode"); break;
+        case 86: open_terminal(s); break;
+        default:
+            if (c >= 67 && c <= 76) open_recent_job(s, c - 66);
             break;
-        case kCommandPress:
-            s.flags.mouse_rotating = true;
-            s.tk.message_enable(MessageType::MouseMove, true);
-            break;
-        case kCommandRelease:
-            s.flags.mouse_rotating = false;
-            s.tk.message_enable(MessageType::MouseMove, false);
-            s.flags.view_action = 0;
-            draw_scene(s);
-            break;
-        default: break;
     }
     return true;
 }
@@ -123,7 +204,7 @@ bool dispatch(Session& s, const Event& e) {
 void display_loop(Session& s) {
     loop_start(s);
     while (s.flags.session_running > 0) {
-        s.tk.WindowOutStatusBar(10, s.flags.mouse_rotating ? "Rotating" : "Display Idle");
+        if (!s.flags.mouse_rotating) s.tk.WindowOutStatusBar(10, "Display Idle");
         show_job_name(s);
         s.tk.WindowOutStatusBar(9, short_directory(files::current_dir()));
         Event e = read_event(s);
@@ -132,13 +213,18 @@ void display_loop(Session& s) {
             continue;
         }
         s.flags.sphere_slices = s.flags.sphere_stacks = 32;
+        if (drag_rotation(s, e)) continue;
+        if (e.key && rotate_by_key(s, e.key)) continue;
+        s.flags.view_action = 0;
+        Event command = e;
+        if (e.key && !e.command) command.command = letter_command(e.key);
         if (e.state == 1) {
             project_atoms(s);
             draw_scene(s);
         } else if (e.state == 2) {
             draw_scene(s);
             save_and_reload(s);
-        } else if (!dispatch(s, e)) {
+        } else if (!dispatch(s, command)) {
             return;
         }
         if (s.flags.exit_requested) {

@@ -1,0 +1,245 @@
+#include "session/job_commands.h"
+
+#include <filesystem>
+#include <memory>
+
+#include "session/config.h"
+#include "session/display_loop.h"
+#include "session/jobs.h"
+#include "session/openers.h"
+#include "session/session.h"
+#include "session/store_ops.h"
+#include "structure_files/geo_log.h"
+#include "structure_files/ins_file.h"
+#include "structure_files/xyz_file.h"
+#include "text/fixed_format.h"
+#include "toolkit/files.h"
+#include "toolkit/toolkit.h"
+
+namespace zentol {
+
+namespace {
+
+bool ends_with_xyz(const std::string& path) {
+    std::string low = text::lower_case(path);
+    return low.size() >= 3 && low.compare(low.size() - 3, 3, "xyz") == 0;
+}
+
+int library_count(const std::string& dir) {
+    std::string up = text::upper_case(dir);
+    int n = 0;
+    for (std::size_t at = up.find("LIBRARY"); at != std::string::npos; at = up.find("LIBRARY", at + 1)) ++n;
+    return n;
+}
+
+// A .xyz that can't be read is refused before the job changes, so nothing
+// of the current job or of the damaged file is lost.
+bool readable_xyz(Session& s, const std::string& path) {
+    auto lines = files::read_lines(path);
+    if (!lines) return true;   // a new, empty job
+    auto probe = std::make_unique<Store>();
+    element_lookup(*probe, nullptr, "", kLookupConfirmAll);
+    int q = 0, m = 1;
+    if (parse_xyz(*lines, *probe, nullptr, q, m) != kXyzDamaged) return true;
+    tell(s, {"Input jobname.xyz file error"});
+    return false;
+}
+
+// The job in the current directory becomes the session's job.
+void take_job(Session& s, const std::string& name, const std::string& first_log_line) {
+    s.job.name = name;
+    s.flags.xyz_damaged = false;
+    close_job_log(s);
+    int status = kXyzRead;
+    read_job_xyz(s, status);
+    save_and_reload(s);
+    show_job_name(s);
+    remember_job(s);
+    write_dir_file(s, "DIR.DEF", files::current_dir());
+    write_dir_file(s, dir_def_name(s), files::current_dir());
+    open_job_log(s, false, (text::FreeRecord() << first_log_line).str());
+}
+
+}  // namespace
+
+std::pair<std::string, std::string> split_job_path(const std::string& path) {
+    std::filesystem::path p(path);
+    std::string name = p.filename().string();
+    if (name.size() > 4 && text::equals_nocase(name.substr(name.size() - 4), ".xyz")) name.resize(name.size() - 4);
+    return {p.parent_path().string(), name};
+}
+
+void open_existing_job(Session& s) {
+    if (s.flags.type_list_flag && s.store.natoms > 1) write_type_list(s);
+    const std::string home = files::current_dir();
+    std::string path = home + "/" + s.job.name + ".xyz";
+    while (true) {
+        if (!s.tk.select_file(20001, 8, path, "Find the XYZ Input File") || !ends_with_xyz(path)) break;
+        auto [dir, name] = split_job_path(path);
+        if (!files::change_dir(dir)) break;
+        int status = job_status(s, name);
+        if (status == kStatusPtestInScratch) files::remove("ptest.ins");
+        if (status >= 10 && s.flags.user_level < 3) {
+            tell(s, {"Zentol will not open files in the Library", "Choose a folder outside the Library path and",
+                     "and Load from the library using Build Mode"});
+        } else if (status == 2) {
+            tell(s, {"Current jobname INS file exists Choose a different Job"});
+        } else if (name.empty() || name.size() > kMaxJobName) {
+            tell(s, {"A job name has 1 to 50 characters"});
+        } else if (readable_xyz(s, name + ".xyz")) {
+            read_zentol_def(s);
+            take_job(s, name, "Opened " + name);
+            return;
+        }
+        files::change_dir(home);
+    }
+    files::change_dir(home);
+}
+
+void open_recent_job(Session& s, int k) {
+    if (k < 1 || k > kRecentJobs) return;
+    write_job_files(s);
+    std::string entry(text::trim(s.job.mru[k]));
+    if (entry.size() <= 2) return;
+    auto [dir, name] = split_job_path(entry);
+    if (!std::filesystem::is_directory(dir)) {
+        tell(s, {("The folder " + dir + " is no longer there").c_str()});
+        return;
+    }
+    const std::string home = files::current_dir();
+    files::change_dir(dir);
+    if (!readable_xyz(s, name + ".xyz")) {
+        files::change_dir(home);
+        return;
+    }
+    take_job(s, name, "Zentol " + name);
+}
+
+void ptest_in_scratch(Session& s) {
+    if (s.job.name == "ptest") return;
+    write_job_files(s);
+    files::make_dirs(s.job.scratch_dir);
+    files::change_dir(s.job.scratch_dir);
+    files::remove("ptest.ins");
+    take_job(s, "ptest", "Ptest in " + s.job.scratch_dir);
+}
+
+void show_current_job(Session& s) {
+    s.tk.WMessageBox(kButtonsOk, MessageIcon::Information, 1, files::current_dir() + "/" + s.job.name,
+                     "Current Job is ..");
+}
+
+namespace {
+
+enum class Target { Cancelled, Refused, Chosen };
+
+// Asks for the new directory and name; the directories of a typed path are
+// made. On Chosen the current directory is the target's.
+Target choose_target(Session& s, const std::string& home, std::string& name) {
+    std::string path = home + "/" + s.job.name + ".xyz";
+    if (!s.tk.select_file(20001, 2, path, "Find the Directory -and Give the New Jobname")) return Target::Cancelled;
+    auto [dir, chosen] = split_job_path(path);
+    if (library_count(dir) > 0 && s.flags.user_level < 3) {
+        tell(s, {"You are attempting to save into the Library", "Choose a folder outside the Library path"});
+        return Target::Refused;
+    }
+    if (!files::make_dirs(dir) || !files::change_dir(dir)) {
+        tell(s, {("Cannot make the folder " + dir).c_str()});
+        return Target::Refused;
+    }
+    name = chosen.size() > kMaxJobName ? chosen.substr(0, 20) : chosen;
+    return name.empty() ? Target::Refused : Target::Chosen;
+}
+
+void copy_job_files(const std::string& from_dir, const std::string& from, const std::string& to) {
+    for (const char* ext : {".key", ".xyz", ".lst", ".pun"}) files::remove(to + ext);
+    for (const char* ext : {".key", ".xyz", ".lst", ".ino"}) {
+        std::string source = from_dir + "/" + from + ext;
+        if (files::exists(source)) files::copy(source, to + ext);
+    }
+}
+
+}  // namespace
+
+void save_job_as(Session& s) {
+    if (s.store.natoms < 1) return;
+    write_job_files(s);
+    const std::string home = files::current_dir();
+    std::string name;
+    while (true) {
+        Target t = choose_target(s, home, name);
+        if (t != Target::Chosen) {
+            files::change_dir(home);
+            return;
+        }
+        std::error_code ec;
+        if (std::filesystem::equivalent(files::current_dir(), home, ec) && name == s.job.name) return;
+        if (!files::exists(name + ".xyz")) break;
+        if (s.flags.user_level < 2) {
+            tell(s, {(name + " job exists").c_str(), "Choose another name"});
+            files::change_dir(home);
+            continue;
+        }
+        if (!ask_yes_no(s, name + " job exists\rOverwrite ?")) {
+            files::change_dir(home);
+            return;
+        }
+        break;
+    }
+    copy_job_files(home, s.job.name, name);
+    write_dir_file(s, "DIR.DEF", files::current_dir());
+    s.job.name = name;
+    remember_job(s);
+    show_job_name(s);
+    close_job_log(s);
+    open_job_log(s, false, (text::FreeRecord() << "Job Saved as " + name).str());
+}
+
+std::optional<long> version_in(const std::string& content) {
+    std::size_t start = 0;
+    while (start < content.size()) {
+        std::size_t end = content.find('\n', start);
+        if (end == std::string::npos) end = content.size();
+        std::string line = content.substr(start, end - start);
+        if (line.rfind("version", 0) == 0) {
+            auto v = text::read_ints(text::sanitise_text(line.substr(7)), 1);
+            if (v && !v->empty()) return static_cast<long>((*v)[0]);
+            return std::nullopt;
+        }
+        start = end + 1;
+    }
+    return std::nullopt;
+}
+
+void check_for_updates(Session& s) {
+    files::remove("brevan_ver.txt");
+    std::string endpoint(text::trim(s.engines.get("update_url")));
+    if (endpoint.empty()) {
+        tell(s, {"No update address is configured.",
+                 ("Set \"update_url\" in " + cfg_path(s, "engines.def")).c_str()});
+        return;
+    }
+    while (!endpoint.empty() && endpoint.back() == '/') endpoint.pop_back();
+    s.tk.WindowOutStatusBar(9, "Checking for updates");
+    auto body = s.tk.http_get(endpoint + "/brevan_ver.txt", 5000);
+    if (!body) {
+        s.tk.WindowOutStatusBar(9, "No answer from the update server");
+        return;
+    }
+    auto version = version_in(*body);
+    if (!version) {
+        s.tk.WindowOutStatusBar(9, "The update server's answer holds no version");
+        return;
+    }
+    if (*version > kProgramVersion) {
+        if (ask_yes_no(s, "A Newer Version of Zentol is Available\rDo you want to download the latest version?")) {
+            open_document(s, cfg_path(s, "dload2.htm"));
+            s.tk.wait_hundredths(300);
+            s.flags.exit_requested = true;
+        }
+        return;
+    }
+    tell(s, {"You have the Latest Version of Zentol"});
+}
+
+}  // namespace zentol

@@ -1,0 +1,133 @@
+// The display loop driven by scripted messages.
+#include "session/display_loop.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "display/view.h"
+#include "session/startup.h"
+#include "support/test_support.h"
+#include "toolkit/files.h"
+
+using namespace zentol;
+using namespace zentol::testing;
+namespace fs = std::filesystem;
+
+namespace {
+
+void run_on_water(TestSession& t, const std::string& script) {
+    write_file(t.s.inst.cfgset + "/dir1.def", t.scratch() + "\n");
+    fs::copy_file(test_data("water.xyz"), t.scratch() + "/water.xyz", fs::copy_options::overwrite_existing);
+    t.tk.load_script(script);
+    run_program(t.s, {"zentol", "water", "1"});
+}
+
+std::string repeat(const std::string& line, int n) {
+    std::string out;
+    for (int i = 0; i < n; ++i) out += line + "\n";
+    return out;
+}
+
+}  // namespace
+
+TEST(DisplayLoop, ZoomStaysWithinItsLimits) {
+    TestSession up;
+    run_on_water(up, repeat("menu 40039", 30));
+    EXPECT_FLOAT_EQ(up.s.flags.zoom, 3.8f);
+    TestSession down;
+    run_on_water(down, repeat("menu 40041", 12));
+    EXPECT_FLOAT_EQ(down.s.flags.zoom, 0.2f);
+    TestSession reset;
+    run_on_water(reset, "menu 40039\nmenu 40042\n");
+    EXPECT_FLOAT_EQ(reset.s.flags.zoom, 1.0f);
+}
+
+TEST(DisplayLoop, KeysAndDragsTurnTheMoleculeAndTheCloseSavesWhatIsSeen) {
+    // Water lies in the yz plane; 45 steps of 2 degrees about y turn it by 90
+    // degrees, so the saved molecule lies in the xy plane.
+    TestSession keys;
+    run_on_water(keys, repeat("key 260", 45));
+    auto lines = *files::read_lines(keys.scratch() + "/water.xyz");
+    double z_of_h = std::stod(lines[2].substr(35, 12));
+    double x_of_h = std::stod(lines[2].substr(12, 11));
+    EXPECT_NEAR(z_of_h, 0.0, 1e-3);
+    EXPECT_GT(std::fabs(x_of_h), 0.1);
+
+    // The same turn by a drag to the right; moves only count while the button is down.
+    TestSession drag;
+    std::string script = "move 0.9 0.5\npress 0.1 0.5\n";
+    for (int i = 1; i <= 45; ++i) script += "move " + std::to_string(0.1 + i * 0.01) + " 0.5\n";
+    script += "move 0.55 0.5\nrelease 0.55 0.5\nmove 0.1 0.1\n";   // a move without change turns nothing
+    run_on_water(drag, script);
+    EXPECT_EQ(*files::read_lines(drag.scratch() + "/water.xyz"), lines);
+    bool rotating = false;
+    for (const auto& [field, text] : drag.tk.status_writes()) rotating |= field == 10 && text == "Rotating";
+    EXPECT_TRUE(rotating);
+    EXPECT_FALSE(drag.s.flags.mouse_rotating);
+    EXPECT_EQ(drag.s.flags.sphere_slices, 32);
+}
+
+TEST(DisplayLoop, RedrawKeyAndStepMenu) {
+    TestSession t;
+    run_on_water(t, "menu 40011\nkey r\nkey R\n");
+    EXPECT_FLOAT_EQ(t.s.flags.rot_step, 5.0f);
+    EXPECT_GE(t.renderer.frames, 3);
+}
+
+TEST(DisplayLoop, MissingSiblingIsToldAndTheSessionGoesOn) {
+    TestSession t;
+    run_on_water(t, "menu 40040\nmenu 40065\nmenu 40039\n");
+    ASSERT_EQ(t.tk.message_boxes().size(), 2u);
+    EXPECT_EQ(t.tk.message_boxes()[0].substr(0, 27), "Zentol-9 is not installed.\r");
+    EXPECT_FLOAT_EQ(t.s.flags.zoom, 1.1f);   // the session went on
+    EXPECT_FALSE(t.s.flags.switch_to_sibling);
+
+    TestSession u;   // an installed sibling is started at exit with the job
+    std::string fake = u.s.inst.bin + "/zentol9";
+    write_file(fake, "#!/bin/sh\necho \"$@\" > " + u.scratch() + "/handed.txt\n");
+    fs::permissions(fake, fs::perms::owner_all);
+    u.s.engines.values["zentol9"] = fake;
+    run_on_water(u, "menu 40040\nmenu 40039\n");
+    EXPECT_TRUE(u.s.flags.switch_to_sibling);
+    EXPECT_FLOAT_EQ(u.s.flags.zoom, 1.0f);   // the loop ended at once
+    for (int i = 0; i < 100 && !file_present(u.scratch() + "/handed.txt"); ++i) usleep(20000);
+    EXPECT_EQ(read_file(u.scratch() + "/handed.txt"), "water 1 MX\n");
+}
+
+TEST(View, PickingAndDragRules) {
+    TestSession t;
+    Store& st = t.s.store;
+    st.disp_natoms = 3;
+    st.screen_x[1] = 0.5f, st.screen_y[1] = 0.5f;
+    st.screen_x[2] = 0.5f, st.screen_y[2] = 0.5f;   // the same point: the lower number wins
+    st.screen_x[3] = 0.7f, st.screen_y[3] = 0.5f;
+    t.s.view.pick_tolerance = pick_tolerance_for(st.disp_natoms);
+    bool found = false;
+    EXPECT_EQ(nearest_atom(t.s, 0.51f, 0.5f, found), 1);
+    EXPECT_TRUE(found);
+    nearest_atom(t.s, 0.75f, 0.5f, found);   // exactly at the tolerance: not picked
+    EXPECT_FALSE(found);
+    EXPECT_FLOAT_EQ(pick_tolerance_for(9), 0.05f);
+    EXPECT_FLOAT_EQ(pick_tolerance_for(10), 0.02f);
+    EXPECT_FLOAT_EQ(pick_tolerance_for(20), 0.01f);
+    EXPECT_EQ(drag_key(0.5f, 0.5f, 0.6f, 0.55f), kKeyYPlus);
+    EXPECT_EQ(drag_key(0.5f, 0.5f, 0.4f, 0.5f), kKeyYMinus);
+    EXPECT_EQ(drag_key(0.5f, 0.5f, 0.6f, 0.6f), kKeyXMinus);   // a tie counts as vertical
+    EXPECT_EQ(drag_key(0.5f, 0.5f, 0.5f, 0.4f), kKeyXPlus);
+    EXPECT_EQ(drag_key(0.5f, 0.5f, 0.5f, 0.5f), 0);
+}
+
+TEST(View, RotateLoopEndsOnKeyOrAfterADrag) {
+    TestSession t;
+    t.tk.load_script("key 65\n");
+    rotate_loop(t.s);
+    EXPECT_EQ(t.tk.status(10), " ");
+    t.tk.load_script("press 0.2 0.2\nmove 0.3 0.2\nrelease 0.3 0.2\nkey 65\n");
+    rotate_loop(t.s);
+    EXPECT_EQ(t.tk.pending_messages(), 1u);   // left at the release
+    EXPECT_EQ(t.s.flags.view_action, 0);
+}

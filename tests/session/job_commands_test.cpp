@@ -1,0 +1,185 @@
+// The job commands of the display loop, run as scripted sessions.
+#include "session/job_commands.h"
+
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <thread>
+
+#include "session/config.h"
+#include "session/startup.h"
+#include "support/test_support.h"
+#include "toolkit/files.h"
+
+using namespace zentol;
+using namespace zentol::testing;
+namespace fs = std::filesystem;
+
+namespace {
+
+// Starts a session on water in the scratch directory and runs the script.
+void run_on_water(TestSession& t, const std::string& script, int level = 1) {
+    write_file(t.s.inst.cfgset + "/dir1.def", t.scratch() + "\n");
+    write_file(t.s.inst.cfgset + "/zentol.def",
+               t.s.inst.default_library + "\n" + t.scratch() + "\n" + std::to_string(level) + "\n");
+    fs::copy_file(test_data("water.xyz"), t.scratch() + "/water.xyz", fs::copy_options::overwrite_existing);
+    t.tk.load_script(script);
+    run_program(t.s, {"zentol", "water", "1"});
+}
+
+bool said(const TestSession& t, const std::string& text) {
+    for (const auto& m : t.tk.message_boxes())
+        if (m.find(text) != std::string::npos) return true;
+    return false;
+}
+
+// Serves one canned HTTP answer on a loopback port.
+class OneShotServer {
+public:
+    explicit OneShotServer(std::string answer) {
+        fd_ = socket(AF_INET, SOCK_STREAM, 0);
+        sockaddr_in a{};
+        a.sin_family = AF_INET;
+        a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        bind(fd_, reinterpret_cast<sockaddr*>(&a), sizeof a);
+        socklen_t len = sizeof a;
+        getsockname(fd_, reinterpret_cast<sockaddr*>(&a), &len);
+        port_ = ntohs(a.sin_port);
+        listen(fd_, 1);
+        thread_ = std::thread([this, answer] {
+            int c = accept(fd_, nullptr, nullptr);
+            if (c < 0) return;
+            char buf[2048];
+            (void)recv(c, buf, sizeof buf, 0);
+            (void)send(c, answer.data(), answer.size(), MSG_NOSIGNAL);
+            close(c);
+        });
+    }
+    ~OneShotServer() {
+        shutdown(fd_, SHUT_RDWR);
+        close(fd_);
+        thread_.join();
+    }
+    std::string url() const { return "http://127.0.0.1:" + std::to_string(port_); }
+
+private:
+    int fd_ = -1;
+    int port_ = 0;
+    std::thread thread_;
+};
+
+}  // namespace
+
+TEST(JobCommands, SaveAsMakesNestedFoldersAndCopiesTheJob) {
+    TestSession t;
+    std::string target = t.dir / "work/projects/new/deeper/Wet.xyz";
+    run_on_water(t, "menu 40007\nfile " + target + "\n");
+    std::string dir = t.dir / "work/projects/new/deeper";
+    EXPECT_EQ(t.s.job.name, "Wet");
+    EXPECT_TRUE(file_present(dir + "/Wet.xyz"));
+    EXPECT_TRUE(file_present(dir + "/Wet.key"));
+    EXPECT_EQ(read_file(dir + "/Wet.geo"), " Job Saved as Wet\n");
+    EXPECT_EQ(read_file(t.s.inst.cfgset + "/DIR.DEF"), t.scratch() + "\n");   // the exit writes scratch
+    EXPECT_EQ(files::read_lines(t.s.inst.cfgset + "/mrul.def")->front(), dir + "/Wet.xyz");
+    EXPECT_TRUE(file_present(t.scratch() + "/water.xyz"));   // the old job stays
+}
+
+TEST(JobCommands, SaveAsRefusesTheLibraryAndExistingNamesByLevel) {
+    TestSession t;
+    std::string lib = t.dir / "work/Library/x.xyz";
+    run_on_water(t, "menu 40007\nfile " + lib + "\n");
+    EXPECT_TRUE(said(t, "You are attempting to save into the Library"));
+    EXPECT_FALSE(fs::exists(t.dir / "work/Library/x.xyz"));
+
+    TestSession u;
+    std::string other = u.scratch() + "/other.xyz";
+    write_file(other, read_file(test_data("water.xyz")));
+    run_on_water(u, "menu 40007\nfile " + other + "\nfile cancel\n");   // Entry: choose another
+    EXPECT_TRUE(said(u, "other job exists\rChoose another name"));
+    EXPECT_EQ(u.s.job.name, "water");
+
+    TestSession v;
+    write_file(v.scratch() + "/other.xyz", "keep\n");
+    run_on_water(v, "menu 40007\nfile " + v.scratch() + "/other.xyz\nmsgbox no\n", 2);   // Advanced: asked
+    EXPECT_TRUE(said(v, "other job exists\rOverwrite ?"));
+    EXPECT_EQ(read_file(v.scratch() + "/other.xyz"), "keep\n");
+}
+
+TEST(JobCommands, OpenRefusesLibraryInsOnlyAndDamagedJobsAndKeepsTheCurrentOne) {
+    TestSession t;
+    std::string lib = t.dir / "work/mylibrary2";
+    fs::create_directories(lib);
+    fs::copy_file(test_data("water.xyz"), lib + "/lw.xyz");
+    write_file(t.scratch() + "/cryst.ins", "TITL\n");
+    write_file(t.scratch() + "/bad.xyz", "   3 bad\n garbage\n");
+    fs::create_directories(t.dir / "elsewhere");
+    fs::copy_file(test_data("water.xyz"), t.dir / "elsewhere/wet.xyz");
+    run_on_water(t, "menu 40005\nfile " + lib + "/lw.xyz\nfile " + t.scratch() + "/cryst.xyz\nfile " +
+                        t.scratch() + "/bad.xyz\nfile cancel\nmenu 40005\nfile " + t.dir / "elsewhere/wet.xyz" + "\n");
+    EXPECT_TRUE(said(t, "Zentol will not open files in the Library"));
+    EXPECT_TRUE(said(t, "Current jobname INS file exists Choose a different Job"));
+    EXPECT_TRUE(said(t, "Input jobname.xyz file error"));
+    EXPECT_EQ(read_file(t.scratch() + "/bad.xyz"), "   3 bad\n garbage\n");
+    EXPECT_EQ(t.s.job.name, "wet");
+    EXPECT_EQ(files::current_dir(), t.dir / "elsewhere");
+    EXPECT_EQ(read_file(t.dir / "elsewhere/wet.geo"), " Opened wet\n");
+    EXPECT_TRUE(file_present(t.scratch() + "/water.xyz"));
+}
+
+TEST(JobCommands, RecentJobsAndPtest) {
+    TestSession t;
+    std::string dir = t.dir / "elsewhere";
+    fs::create_directories(dir);
+    fs::copy_file(test_data("water.xyz"), dir + "/wet.xyz");
+    files::write_lines(t.s.inst.cfgset + "/mrul.def", {dir + "/wet.xyz", "/gone/away/x.xyz"});
+    // After start the list is water, wet, gone: item 2 opens wet, then item 3
+    // (gone: wet, water, gone) says its folder is not there; ptest comes back.
+    run_on_water(t, "menu 40068\nmenu 40069\nmenu 40012\n");
+    EXPECT_TRUE(said(t, "The folder /gone/away is no longer there"));
+    EXPECT_EQ(t.s.job.name, "ptest");
+    EXPECT_EQ(files::current_dir(), t.scratch());
+    EXPECT_TRUE(file_present(dir + "/wet.geo"));
+    auto mru = *files::read_lines(t.s.inst.cfgset + "/mrul.def");
+    EXPECT_EQ(mru[0], t.scratch() + "/ptest.xyz");
+    EXPECT_EQ(mru[1], dir + "/wet.xyz");
+}
+
+TEST(JobCommands, UpdateCheck) {
+    EXPECT_EQ(version_in("name x\nversion 6001070\n"), 6001070);
+    EXPECT_EQ(version_in("version\x01 12"), 12);
+    EXPECT_FALSE(version_in("no version here"));
+    EXPECT_FALSE(version_in("version abc"));
+
+    TestSession t;   // no address configured: said, never waited for
+    run_on_water(t, "menu 40032\n");
+    EXPECT_TRUE(said(t, "No update address is configured."));
+
+    OneShotServer newer("HTTP/1.0 200 OK\r\n\r\nZentol\nversion 6001070\n");
+    TestSession u;
+    u.s.engines.values["update_url"] = newer.url() + "/";
+    run_on_water(u, "menu 40032\nmsgbox no\n");
+    EXPECT_TRUE(said(u, "A Newer Version of Zentol is Available"));
+
+    OneShotServer same("HTTP/1.0 200 OK\r\n\r\nversion 6001060\n");
+    TestSession v;
+    v.s.engines.values["update_url"] = same.url();
+    run_on_water(v, "menu 40032\n");
+    EXPECT_TRUE(said(v, "You have the Latest Version of Zentol"));
+
+    OneShotServer garbage("HTTP/1.0 404 Not Found\r\n\r\nversion 9999999\n");
+    TestSession w;
+    w.s.engines.values["update_url"] = garbage.url();
+    run_on_water(w, "menu 40032\n");
+    EXPECT_TRUE(w.tk.message_boxes().empty());
+    bool noted = false;
+    for (const auto& [field, text] : w.tk.status_writes()) noted |= text == "No answer from the update server";
+    EXPECT_TRUE(noted);
+
+    TestSession down;   // nothing listens there
+    down.s.engines.values["update_url"] = "http://127.0.0.1:9";
+    run_on_water(down, "menu 40032\n");
+    EXPECT_TRUE(down.tk.message_boxes().empty());
+}
