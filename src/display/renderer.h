@@ -2,6 +2,10 @@
 // is drawn belongs to the renderer.
 #pragma once
 
+#include <optional>
+
+#include "display/image.h"
+
 namespace zentol {
 
 struct Session;
@@ -11,9 +15,12 @@ public:
     virtual ~Renderer() = default;
     virtual void init_gl_state() {}
     virtual void draw(const Session& session) = 0;
+    // The scene drawn off-screen at this size, for hard copy.
+    virtual std::optional<Image> render_image(const Session& session, int width, int height);
 };
 
 // Draws nothing; counts the frames asked for (headless sessions and tests).
+// Its off-screen pictures are the background colour.
 class NullRenderer : public Renderer {
 public:
     void draw(const Session&) override { ++frames; }

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "display/colours.h"
+#include "display/hard_copy.h"
 #include "display/view.h"
 #include "session/config.h"
 #include "session/job_commands.h"
@@ -184,6 +185,7 @@ bool dispatch(Session& s, const Event& e) {
         case 45: edit_log(s); break;
         case 52: mode_not_here(s, "ICONC mode"); break;
         case 60: redraw_screen(s); break;
+        case 64: hard_copy(s); break;
         case 65: return hand_over_to(s, "orbview", "Orbview", s.flags.run_orbview_at_exit);
         case 78: open_document(s, help_page(s, "units.html")); break;
         case 80: write_zmatrix_input(s); break;

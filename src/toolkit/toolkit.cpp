@@ -3,12 +3,22 @@
 #include <fstream>
 #include <sstream>
 
+#include "text/fixed_format.h"
+#include "toolkit/files.h"
 #include "toolkit/http.h"
 
 namespace zentol {
 
 std::optional<std::string> Toolkit::http_get(const std::string& url, int timeout_ms) {
     return http::get(url, timeout_ms);
+}
+
+bool Toolkit::save_image(const Image& image, const std::string& path, int) {
+    std::string low = text::lower_case(path);
+    auto ends = [&](const char* e) { return low.size() >= 4 && low.compare(low.size() - 4, 4, e) == 0; };
+    if (ends(".pcx")) return files::write_atomic(path, encode_pcx(image));
+    if (ends(".bmp")) return files::write_atomic(path, encode_bmp(image));
+    return false;
 }
 
 std::string filter_string(int filter_id) {

@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "display/image.h"
 #include "toolkit/dialog_model.h"
 
 namespace zentol {
@@ -90,6 +91,10 @@ public:
     // HTTP GET of a small text file; nullopt when it fails or takes longer
     // than the limit.
     virtual std::optional<std::string> http_get(const std::string& url, int timeout_ms);
+    // Writes a picture; the format follows the name's ending (.pcx and .bmp
+    // here, .png and .jpg where the toolkit has image writers). quality is
+    // for JPEG, -1 for the writer's default.
+    virtual bool save_image(const Image& image, const std::string& path, int quality);
 
     // Where the descriptions are read from: <ui_dir>/dialogs/<id>.dlg,
     // <ui_dir>/menus/<id>.menu and <ui_dir>/menus/<id>.toolbar.
