@@ -7,6 +7,7 @@
 
 #include "session/config.h"
 #include "session/jobs.h"
+#include "session/openers.h"
 #include "session/session.h"
 #include "session/startup.h"
 #include "structure_files/geo_log.h"
@@ -23,14 +24,10 @@ const char* const kWorkingFiles[] = {"ZENTOL.BAT", "ZENTOL.INP", "ZENTOL.LOG", "
                                      "MOL_AL.LST", "input",      "fort.22",    "symmetrz.out", "icona.dat",
                                      "iconv.dat",  "idhed.dat",  "pppele.dat"};
 
-// A configured sibling program, or "" when it is not installed.
-std::string sibling(const Session& s, const std::string& key) {
-    std::string path = s.engines.get(key);
-    return (!path.empty() && files::exists(path)) ? path : "";
-}
-
+// A sibling that is not installed is simply not started here; the command
+// that asked for it has said so already.
 void start_sibling(Session& s, const std::string& key, std::vector<std::string> args) {
-    std::string program = sibling(s, key);
+    std::string program = configured_program(s, key);
     if (!program.empty()) s.tk.IOsExecute(program, args);
 }
 
