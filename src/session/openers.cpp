@@ -47,7 +47,7 @@ void tell_missing(Session& s, const std::string& what, const std::string& key) {
 
 void open_document(Session& s, const std::string& path) {
     std::string opener = configured_program(s, "opener");
-    if (opener.empty()) return tell_missing(s, "No program to open documents", "opener");
+    if (opener.empty()) return tell_missing(s, "A program to open documents", "opener");
     if (!files::exists(path)) {
         s.tk.WMessageBox(kButtonsOk, MessageIcon::Exclamation, 1, "Cannot find " + path, "Zentol");
         return;

@@ -1,0 +1,77 @@
+// Commands that hand work to configured programs: the editor, ZMATGEN and
+// the document opener, each replaced here by a small script.
+#include "session/openers.h"
+
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "session/startup.h"
+#include "support/test_support.h"
+#include "toolkit/files.h"
+
+using namespace zentol;
+using namespace zentol::testing;
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string fake_program(TestSession& t, const std::string& name, const std::string& body) {
+    std::string path = t.s.inst.bin + "/" + name;
+    write_file(path, "#!/bin/sh\n" + body + "\n");
+    fs::permissions(path, fs::perms::owner_all);
+    return path;
+}
+
+void run_on_water(TestSession& t, const std::string& script) {
+    write_file(t.s.inst.cfgset + "/dir1.def", t.scratch() + "\n");
+    fs::copy_file(test_data("water.xyz"), t.scratch() + "/water.xyz", fs::copy_options::overwrite_existing);
+    t.tk.load_script(script);
+    run_program(t.s, {"zentol", "water", "1"});
+}
+
+}  // namespace
+
+TEST(Openers, EditorBlocksAndTheLogGoesOnAfterIt) {
+    TestSession t;
+    t.s.engines.values["editor"] = fake_program(t, "ed", "sleep 0.2; echo ' edited by hand' >> \"$1\"");
+    run_on_water(t, "menu 40045\n");
+    EXPECT_EQ(read_file(t.scratch() + "/water.geo"), " Zentol water\n edited by hand\n");
+
+    TestSession own;   // no editor configured: the toolkit's own
+    run_on_water(own, "menu 40045\n");
+    bool shown = false;
+    for (const auto& line : own.tk.transcript()) shown |= line == "editor: " + own.scratch() + "/water.geo";
+    EXPECT_TRUE(shown);
+}
+
+TEST(Openers, ZmatrixInputWithAndWithoutHydrogens) {
+    TestSession t;
+    t.s.engines.values["zmatgen"] = fake_program(t, "zmatgen", "cat zmatgen.fhz >> seen.txt");
+    run_on_water(t, "menu 40080\nmsgbox no\nmenu 40080\nmsgbox yes\n");
+    auto seen = *files::read_lines(t.scratch() + "/seen.txt");
+    ASSERT_EQ(seen.size(), 2u + 4u);
+    EXPECT_EQ(seen[0], "water");
+    EXPECT_EQ(seen[1].substr(0, 4), "O   ");
+    EXPECT_EQ(seen[2], "water");
+    EXPECT_EQ(seen[5].substr(0, 4), "H   ");
+    EXPECT_FALSE(file_present(t.scratch() + "/zmatgen.fhz"));
+
+    TestSession missing;
+    run_on_water(missing, "menu 40080\n");
+    ASSERT_EQ(missing.tk.message_boxes().size(), 1u);
+    EXPECT_EQ(missing.tk.message_boxes()[0].substr(0, 24), "ZMATGEN is not installed");
+}
+
+TEST(Openers, DocumentsOpenWithTheConfiguredOpener) {
+    TestSession t;
+    t.s.engines.values["opener"] = fake_program(t, "open", "echo \"$1\" > " + t.scratch() + "/opened.txt");
+    run_on_water(t, "menu 40083\n");
+    for (int i = 0; i < 100 && !file_present(t.scratch() + "/opened.txt"); ++i) usleep(20000);
+    EXPECT_EQ(read_file(t.scratch() + "/opened.txt"), t.s.inst.data_dir + "/help/periodic-table.html\n");
+    t.s.engines.values["opener"] = "/no/such/opener";
+    open_document(t.s, "x.html");
+    EXPECT_EQ(t.tk.message_boxes().back().substr(0, 46), "A program to open documents is not installed.\r");
+}
