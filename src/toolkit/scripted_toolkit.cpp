@@ -239,26 +239,24 @@ int ScriptedToolkit::WMessageBox(int buttons, MessageIcon, int, const std::strin
     return answer;
 }
 
-bool ScriptedToolkit::select_file(int, int, std::string& path, const std::string& title) {
+bool ScriptedToolkit::take_chooser_answer(std::deque<std::optional<std::string>>& queue, const std::string& kind,
+                                          std::string& path, const std::string& title) {
     std::optional<std::string> answer;
-    bool scripted = !file_answers_.empty();
-    if (scripted) answer = file_answers_.front(), file_answers_.pop_front();
-    note("file chooser \"" + title + "\": " +
+    bool scripted = !queue.empty();
+    if (scripted) answer = queue.front(), queue.pop_front();
+    note(kind + " chooser \"" + title + "\": " +
          (answer ? *answer : scripted ? "cancelled" : "cancelled (no answer in the script)"));
     last_button_ = answer ? 1 : 0;
     if (answer) path = *answer;
     return answer.has_value();
 }
 
+bool ScriptedToolkit::select_file(int, int, std::string& path, const std::string& title) {
+    return take_chooser_answer(file_answers_, "file", path, title);
+}
+
 bool ScriptedToolkit::WSelectDir(std::string& path, const std::string& title) {
-    std::optional<std::string> answer;
-    bool scripted = !dir_answers_.empty();
-    if (scripted) answer = dir_answers_.front(), dir_answers_.pop_front();
-    note("folder chooser \"" + title + "\": " +
-         (answer ? *answer : scripted ? "cancelled" : "cancelled (no answer in the script)"));
-    last_button_ = answer ? 1 : 0;
-    if (answer) path = *answer;
-    return answer.has_value();
+    return take_chooser_answer(dir_answers_, "folder", path, title);
 }
 
 void ScriptedToolkit::IOsCommand(const std::string& command, bool wait) {

@@ -76,6 +76,8 @@ protected:
 private:
     void note(const std::string& line) { transcript_.push_back(line); }
     std::optional<Message> parse_message(const std::vector<std::string>& words);
+    bool take_chooser_answer(std::deque<std::optional<std::string>>& queue, const std::string& kind,
+                             std::string& path, const std::string& title);
 
     std::deque<std::pair<Message, int>> messages_;   // message, atom to locate (0 none)
     std::deque<DialogAnswer> dialog_answers_;
