@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "display/colours.h"
+#include "engines/runner.h"
 #include "display/hard_copy.h"
 #include "display/view.h"
 #include "session/config.h"
@@ -13,7 +14,6 @@
 #include "session/store_ops.h"
 #include "structure_files/geo_log.h"
 #include "structure_files/ins_file.h"
-#include "toolkit/process.h"
 #include "text/fixed_format.h"
 #include "toolkit/files.h"
 #include "toolkit/toolkit.h"
@@ -135,7 +135,7 @@ void write_zmatrix_input(Session& s) {
                         text::format_f(r[kZ], 12, 6));
     }
     files::write_lines("zmatgen.fhz", lines);
-    s.tk.IOsCommand(process::shell_quote(zmatgen), true);
+    run_blocking(s, shell_line(zmatgen, {}));
     files::remove("zmatgen.fhz");
 }
 

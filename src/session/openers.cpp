@@ -4,11 +4,11 @@
 
 #include <cstdlib>
 
+#include "engines/runner.h"
 #include "session/config.h"
 #include "session/session.h"
 #include "text/fixed_format.h"
 #include "toolkit/files.h"
-#include "toolkit/process.h"
 #include "toolkit/toolkit.h"
 
 namespace zentol {
@@ -52,7 +52,7 @@ void open_document(Session& s, const std::string& path) {
         s.tk.WMessageBox(kButtonsOk, MessageIcon::Exclamation, 1, "Cannot find " + path, "Zentol");
         return;
     }
-    s.tk.IOsCommand(process::shell_quote(opener) + " " + process::shell_quote(path), false);
+    run_detached(s, shell_line(opener, {path}));
 }
 
 std::string help_page(const Session& s, const std::string& name) { return s.inst.data_dir + "/help/" + name; }
@@ -60,7 +60,7 @@ std::string help_page(const Session& s, const std::string& name) { return s.inst
 void open_terminal(Session& s) {
     std::string terminal = configured_program(s, "terminal");
     if (terminal.empty()) return tell_missing(s, "A terminal", "terminal");
-    s.tk.IOsCommand(process::shell_quote(terminal), false);
+    run_detached(s, shell_line(terminal, {}));
 }
 
 void edit_file(Session& s, const std::string& path) {
@@ -69,7 +69,7 @@ void edit_file(Session& s, const std::string& path) {
         s.tk.edit_text_file(path);
         return;
     }
-    s.tk.IOsCommand(process::shell_quote(editor) + " " + process::shell_quote(path), true);
+    run_blocking(s, shell_line(editor, {path}));
 }
 
 bool sibling_installed(const Session& s, const std::string& key) { return !configured_program(s, key).empty(); }
