@@ -193,7 +193,7 @@ bool dispatch(Session& s, const Event& e) {
         case 83: open_document(s, help_page(s, "periodic-table.html")); break;
         case 84: mode_not_here(s, "MultiWFN"); break;
         case 85: mode_not_here(s, "ORCA mode"); break;
-        case 86: open_terminal(s); break;
+        case 86: open_command_window(s, ""); break;
         default:
             if (c >= 67 && c <= 76) open_recent_job(s, c - 66);
             break;

@@ -57,11 +57,6 @@ void open_document(Session& s, const std::string& path) {
 
 std::string help_page(const Session& s, const std::string& name) { return s.inst.data_dir + "/help/" + name; }
 
-void open_terminal(Session& s) {
-    std::string terminal = configured_program(s, "terminal");
-    if (terminal.empty()) return tell_missing(s, "A terminal", "terminal");
-    run_detached(s, shell_line(terminal, {}));
-}
 
 void edit_file(Session& s, const std::string& path) {
     std::string editor = configured_program(s, "editor");

@@ -19,9 +19,6 @@ void open_document(Session& s, const std::string& path);
 // A shipped help page: <data>/help/<name>.
 std::string help_page(const Session& s, const std::string& name);
 
-// A terminal in the job directory, not waiting.
-void open_terminal(Session& s);
-
 // Edits a file: the configured editor, blocking until it is closed, or the
 // toolkit's own editor.
 void edit_file(Session& s, const std::string& path);
