@@ -74,7 +74,7 @@ void open_existing_job(Session& s) {
     const std::string home = files::current_dir();
     std::string path = home + "/" + s.job.name + ".xyz";
     while (true) {
-        if (!s.tk.select_file(20001, 8, path, "Find the XYZ Input File") || !ends_with_xyz(path)) break;
+        if (!s.tk.select_file(20001, kChooseExisting, path, "Find the XYZ Input File") || !ends_with_xyz(path)) break;
         auto [dir, name] = split_job_path(path);
         if (!files::change_dir(dir)) break;
         int status = job_status(s, name);
@@ -137,7 +137,7 @@ enum class Target { Cancelled, Refused, Chosen };
 // made. On Chosen the current directory is the target's.
 Target choose_target(Session& s, const std::string& home, std::string& name) {
     std::string path = home + "/" + s.job.name + ".xyz";
-    if (!s.tk.select_file(20001, 2, path, "Find the Directory -and Give the New Jobname")) return Target::Cancelled;
+    if (!s.tk.select_file(20001, kChooseNew, path, "Find the Directory -and Give the New Jobname")) return Target::Cancelled;
     auto [dir, chosen] = split_job_path(path);
     if (library_count(dir) > 0 && s.flags.user_level < 3) {
         tell(s, {"You are attempting to save into the Library", "Choose a folder outside the Library path"});

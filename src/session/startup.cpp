@@ -139,7 +139,7 @@ bool check_job(Session& s) {
         if (choose) {
             std::string path = files::current_dir() + "/" + s.job.name + ".xyz";
             while (true) {
-                if (!s.tk.select_file(20001, 8, path, "Find the XYZ Input File")) {
+                if (!s.tk.select_file(20001, kChooseExisting, path, "Find the XYZ Input File")) {
                     s.job.name = "ptest";
                     return false;
                 }

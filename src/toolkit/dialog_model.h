@@ -28,6 +28,7 @@ struct DialogDesc {
     int id = 0;
     std::string title;
     std::vector<int> pages;            // a tab dialog lists the dialogs it holds
+    std::map<int, std::string> page_titles;
     std::vector<FieldDesc> fields;
     std::map<int, int> checks;
     std::map<int, std::pair<double, double>> ranges;

@@ -46,6 +46,7 @@ DialogDesc read_desc(const std::string& ui_dir, int id) {
 void merge_pages(DialogDesc& desc, const std::string& ui_dir) {
     for (int page : desc.pages) {
         DialogDesc p = read_desc(ui_dir, page);
+        desc.page_titles[page] = p.title.empty() ? "Page " + std::to_string(page) : p.title;
         for (auto& f : p.fields) {
             if (f.kind == FieldKind::Button) continue;
             f.page = page;

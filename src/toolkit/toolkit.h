@@ -27,6 +27,11 @@ struct Message {
 
 enum class MessageIcon { None, Information, Question, Exclamation, Stop };
 
+// File chooser modes: an existing file, or a new name (whose folders may
+// not exist yet).
+inline constexpr int kChooseExisting = 8;
+inline constexpr int kChooseNew = 2;
+
 inline constexpr int kButtonsOk = 0;
 inline constexpr int kButtonsYesNo = 3;
 

@@ -1,6 +1,7 @@
 #include "toolkit/qt/dialog_window.h"
 
 #include <algorithm>
+#include <map>
 
 #include <QButtonGroup>
 #include <QCheckBox>
@@ -14,6 +15,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSlider>
+#include <QTabWidget>
 #include <QVBoxLayout>
 
 namespace zentol {
@@ -47,10 +49,24 @@ DialogWindow::DialogWindow(DialogModel& model, int type, QWidget* parent)
     auto* buttons = new QHBoxLayout;
     buttons->addStretch(1);
     outer->addLayout(form);
+    // A tab dialog shows each page's fields on a tab of its own.
+    std::map<int, QFormLayout*> forms{{0, form}};
+    if (!desc.pages.empty()) {
+        auto* tabs = new QTabWidget;
+        tabs->setObjectName("tabs");
+        for (int page : desc.pages) {
+            auto* w = new QWidget;
+            forms[page] = new QFormLayout(w);
+            auto title = desc.page_titles.find(page);
+            tabs->addTab(w, qs(title == desc.page_titles.end() ? std::to_string(page) : title->second));
+        }
+        outer->addWidget(tabs);
+    }
     outer->addLayout(buttons);
     bool has_buttons = false;
     for (const FieldDesc& f : desc.fields) {
-        add_field(f, form, buttons);
+        auto target = forms.find(f.page);
+        add_field(f, target == forms.end() ? form : target->second, buttons);
         has_buttons = has_buttons || f.kind == FieldKind::Button;
     }
     if (!has_buttons && type == 1) {

@@ -86,11 +86,14 @@ QStringList qt_name_filters(const std::string& filter) {
 }
 
 // Only opening an existing file is asked for; the mode is not needed.
-bool QtToolkit::select_file(int filter_id, int /*mode*/, std::string& path, const std::string& title) {
+bool QtToolkit::select_file(int filter_id, int mode, std::string& path, const std::string& title) {
     QFileDialog dialog(parent_widget(), qs(title));
     dialog.setOption(QFileDialog::DontUseNativeDialog);
-    dialog.setAcceptMode(QFileDialog::AcceptOpen);
-    dialog.setFileMode(QFileDialog::ExistingFile);
+    // Choosing a new name may also name folders that are still to be made.
+    bool new_name = mode == kChooseNew;
+    dialog.setAcceptMode(new_name ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+    dialog.setFileMode(new_name ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+    if (new_name) dialog.setOption(QFileDialog::DontConfirmOverwrite);
     dialog.setNameFilters(qt_name_filters(filter_string(filter_id)));
     start_at(dialog, path);
     bool ok = run_chooser(dialog, path);

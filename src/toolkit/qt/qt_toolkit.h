@@ -53,6 +53,10 @@ public:
     void IOsCommand(const std::string& command, bool wait) override;
     void IOsExecute(const std::string& program, const std::vector<std::string>& args) override;
     void wait_hundredths(int n) override;
+    void edit_text_file(const std::string& path) override;
+    void show_text(const std::string& title, const std::string& text) override;
+    bool save_image(const Image& image, const std::string& path, int quality) override;
+    std::optional<std::string> http_get(const std::string& url, int timeout_ms) override;
 
     // For the program and the tests.
     MainWindow* main_window() const { return window_; }   // nullptr when closed
