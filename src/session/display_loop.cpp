@@ -5,10 +5,12 @@
 #include "display/colours.h"
 #include "engines/runner.h"
 #include "display/hard_copy.h"
+#include "display/renderer.h"
 #include "display/view.h"
 #include "session/config.h"
 #include "session/job_commands.h"
 #include "session/openers.h"
+#include "session/setup_dialog.h"
 #include "session/jobs.h"
 #include "session/session.h"
 #include "session/store_ops.h"
@@ -139,6 +141,19 @@ void write_zmatrix_input(Session& s) {
     files::remove("zmatgen.fhz");
 }
 
+// Setup, then the new colours and sizes on the screen.
+void setup(Session& s) {
+    SetupResult r = run_setup(s);
+    if (!r.confirmed) return;
+    if (r.palette_changed) {
+        load_colour_map(s);
+        save_and_reload(s);
+    }
+    recolour_atoms(s);
+    s.renderer.init_gl_state();
+    draw_scene(s);
+}
+
 // Modes that have their own loop; until one is there its command only says so.
 void mode_not_here(Session& s, const char* name) {
     s.tk.WindowOutStatusBar(9, std::string(name) + " is not available in this version");
@@ -163,6 +178,7 @@ bool dispatch(Session& s, const Event& e) {
         case kCommandExit: close_path(s); return false;
         case 2: open_document(s, help_page(s, "tutorial.html")); break;
         case 3: mode_not_here(s, "Build mode"); break;
+        case 4: setup(s); break;
         case 5: open_existing_job(s); break;
         case 6: open_document(s, help_page(s, "zentol.html")); break;
         case 7: save_job_as(s); break;

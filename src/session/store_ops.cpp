@@ -8,6 +8,7 @@
 #include "display/renderer.h"
 #include "display/view.h"
 #include "session/session.h"
+#include "session/setup_dialog.h"
 #include "structure_files/emphasis_file.h"
 #include "structure_files/ins_file.h"
 #include "structure_files/xyz_file.h"
@@ -147,7 +148,8 @@ void prepare_display(Session& s) {
     collect_elements(st);
     load_colour_map(s);
     load_element_colours(s);
-    if (!s.opt.colour_by_molecule) assign_element_colours(st);
+    // Charge colours, when asked for, last through every round trip.
+    if (!s.opt.colour_by_molecule) recolour_atoms(s);
 }
 
 void project_atoms(Session& s) {

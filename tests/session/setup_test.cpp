@@ -1,0 +1,82 @@
+// Setup: the display and Tinker pages of dialog 106, answered from scripts.
+#include "session/setup_dialog.h"
+
+#include <gtest/gtest.h>
+
+#include "display/colours.h"
+#include "support/test_support.h"
+#include "toolkit/files.h"
+
+using namespace zentol;
+using namespace zentol::testing;
+
+namespace {
+
+void two_carbons(Store& st, float distance) {
+    st.natoms = 2;
+    st.atom_label[1] = make_label("C1");
+    st.atom_label[2] = make_label("C2");
+    st.atom_rec[1] = {0, 0, 0, 0.76f, 0, 0};
+    st.atom_rec[2] = {distance, 0, 0, 0.76f, 0, 0};
+}
+
+}  // namespace
+
+TEST(Setup, AnswersGoToTheOptionsByTheirRules) {
+    TestSession t;
+    t.s.job.name = "s";
+    two_carbons(t.s.store, 1.54f);
+    t.tk.load_script(
+        "dialog 106 ok 1014=40 1078=0.5 1071=0 1021=e 1011=s 1055=1 1052=1 1067=0.5 1101=3\n"
+        "dialog 106 ok 1011=x 1071=250 1022=0\n"
+        "dialog 106 cancel 1014=90\n");
+    SetupResult r = run_setup(t.s);
+    EXPECT_TRUE(r.confirmed);
+    EXPECT_TRUE(r.palette_changed);
+    EXPECT_FLOAT_EQ(t.s.opt.atom_size, 0.4f);
+    EXPECT_FLOAT_EQ(t.s.opt.label_size, 0.1f);         // shown five times larger
+    EXPECT_FLOAT_EQ(t.s.opt.view_distance, 100.0f);    // 0 becomes 100
+    EXPECT_FLOAT_EQ(t.s.tinker.tk_qualifier, 'e');     // lower case kept
+    EXPECT_FLOAT_EQ(t.s.tinker.tk_curve, 2.0f);        // the letter raised first
+    EXPECT_FLOAT_EQ(t.s.tinker.tk_min_rms, 0.5f);
+    EXPECT_FLOAT_EQ(t.s.tinker.tk_auto_cycles, 3.0f);
+    EXPECT_EQ(t.s.opt.palette_choice, 2);
+    EXPECT_TRUE(t.s.opt.keep_dyn_files);               // the box was offered ticked
+    EXPECT_EQ(t.s.flags.user_level, 2);
+    EXPECT_EQ(t.tk.status(7), "Adv");
+    EXPECT_EQ(files::read_lines(t.s.inst.cfgset + "/zentol.def")->at(2), "           2");
+    EXPECT_EQ(t.s.store.nbonds, 1);                     // bonds found again by distance
+
+    run_setup(t.s);
+    EXPECT_FLOAT_EQ(t.s.tinker.tk_curve, 2.0f);        // another letter keeps the old curve
+    EXPECT_FLOAT_EQ(t.s.opt.view_distance, 100.0f);    // above 100 becomes 100
+    EXPECT_FALSE(t.s.opt.keep_dyn_files);
+
+    EXPECT_FALSE(run_setup(t.s).confirmed);            // Cancel changes nothing
+    EXPECT_FLOAT_EQ(t.s.opt.atom_size, 0.4f);
+}
+
+TEST(Setup, ColouringByMoleculeLeavesTheBondsAlone) {
+    TestSession t;
+    two_carbons(t.s.store, 5.0f);
+    t.s.store.nbr(1, 1) = 2, t.s.store.conn_count(1) = 1;
+    t.tk.load_script("dialog 106 ok 1031=1\n");
+    run_setup(t.s);
+    EXPECT_EQ(t.s.store.conn_count(1), 1);
+}
+
+TEST(Setup, ChargeColoursNeedOneChargePerAtom) {
+    TestSession t;
+    t.s.job.name = "q";
+    two_carbons(t.s.store, 1.54f);
+    load_colour_map(t.s);
+    t.s.opt.charge_colours = t.s.opt.charge_labels = true;
+    write_file("q_chg.log", "#Mopac charges\nC1   -0.25\nC2    0.5\n");
+    recolour_atoms(t.s);
+    EXPECT_FLOAT_EQ(t.s.store.atom_colour[1], 16.0f + 8.0f);
+    EXPECT_FLOAT_EQ(t.s.store.atom_charge[2], 0.5f);
+    write_file("q_chg.log", "#Mopac charges\nC1   -0.5\n");   // one line too few
+    recolour_atoms(t.s);
+    EXPECT_FALSE(t.s.opt.charge_colours);
+    EXPECT_FALSE(t.s.opt.charge_labels);
+}
