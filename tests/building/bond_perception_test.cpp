@@ -6,20 +6,10 @@
 #include <string>
 
 #include "session/store_ops.h"
+#include "support/test_support.h"
 
 using namespace zentol;
-
-namespace {
-
-void two_carbons(Store& st, float distance) {
-    st.natoms = 2;
-    st.atom_label[1] = make_label("C1");
-    st.atom_label[2] = make_label("C2");
-    st.atom_rec[1] = {0, 0, 0, 0.76f, 0, 0};
-    st.atom_rec[2] = {distance, 0, 0, 0.76f, 0, 0};
-}
-
-}  // namespace
+using zentol::testing::two_carbons;
 
 TEST(BondPerception, DistanceRuleAndTheEighthSlot) {
     Store st;

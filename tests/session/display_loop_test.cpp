@@ -19,12 +19,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-void run_on_water(TestSession& t, const std::string& script) {
-    write_file(t.s.inst.cfgset + "/dir1.def", t.scratch() + "\n");
-    fs::copy_file(test_data("water.xyz"), t.scratch() + "/water.xyz", fs::copy_options::overwrite_existing);
-    t.tk.load_script(script);
-    run_program(t.s, {"zentol", "water", "1"});
-}
 
 std::string repeat(const std::string& line, int n) {
     std::string out;

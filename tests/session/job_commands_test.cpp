@@ -20,15 +20,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Starts a session on water in the scratch directory and runs the script.
-void run_on_water(TestSession& t, const std::string& script, int level = 1) {
-    write_file(t.s.inst.cfgset + "/dir1.def", t.scratch() + "\n");
-    write_file(t.s.inst.cfgset + "/zentol.def",
-               t.s.inst.default_library + "\n" + t.scratch() + "\n" + std::to_string(level) + "\n");
-    fs::copy_file(test_data("water.xyz"), t.scratch() + "/water.xyz", fs::copy_options::overwrite_existing);
-    t.tk.load_script(script);
-    run_program(t.s, {"zentol", "water", "1"});
-}
 
 bool said(const TestSession& t, const std::string& text) {
     for (const auto& m : t.tk.message_boxes())

@@ -10,18 +10,6 @@
 using namespace zentol;
 using namespace zentol::testing;
 
-namespace {
-
-void two_carbons(Store& st, float distance) {
-    st.natoms = 2;
-    st.atom_label[1] = make_label("C1");
-    st.atom_label[2] = make_label("C2");
-    st.atom_rec[1] = {0, 0, 0, 0.76f, 0, 0};
-    st.atom_rec[2] = {distance, 0, 0, 0.76f, 0, 0};
-}
-
-}  // namespace
-
 TEST(Setup, AnswersGoToTheOptionsByTheirRules) {
     TestSession t;
     t.s.job.name = "s";

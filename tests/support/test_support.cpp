@@ -8,6 +8,7 @@
 #include <sstream>
 
 #include "session/config.h"
+#include "session/startup.h"
 
 namespace zentol::testing {
 
@@ -32,6 +33,24 @@ TestSession::TestSession() : s(tk, renderer) {
     s.job.scratch_dir = s.inst.default_scratch;
     s.job.library_dir = s.inst.default_library;
     std::filesystem::current_path(s.inst.default_scratch);
+}
+
+void run_on_water(TestSession& t, const std::string& script, int level) {
+    write_file(t.s.inst.cfgset + "/dir1.def", t.scratch() + "\n");
+    write_file(t.s.inst.cfgset + "/zentol.def",
+               t.s.inst.default_library + "\n" + t.scratch() + "\n" + std::to_string(level) + "\n");
+    std::filesystem::copy_file(test_data("water.xyz"), t.scratch() + "/water.xyz",
+                               std::filesystem::copy_options::overwrite_existing);
+    t.tk.load_script(script);
+    run_program(t.s, {"zentol", "water", "1"});
+}
+
+void two_carbons(Store& st, float distance) {
+    st.natoms = 2;
+    st.atom_label[1] = make_label("C1");
+    st.atom_label[2] = make_label("C2");
+    st.atom_rec[1] = {0, 0, 0, 0.76f, 0, 0};
+    st.atom_rec[2] = {distance, 0, 0, 0.76f, 0, 0};
 }
 
 std::string read_file(const std::string& path) {

@@ -38,6 +38,13 @@ struct TestSession {
     std::string scratch() const { return s.inst.default_scratch; }
 };
 
+// Starts a whole session on tests/data/water.xyz copied into the scratch
+// directory (instance 1, the given level) and runs the script to its end.
+void run_on_water(TestSession& t, const std::string& script, int level = 1);
+
+// Two carbon atoms on the x axis, the given distance apart.
+void two_carbons(Store& st, float distance);
+
 std::string read_file(const std::string& path);
 void write_file(const std::string& path, const std::string& content);
 bool file_present(const std::string& path);
