@@ -17,6 +17,7 @@
 #ifndef ZENTOL_NO_QT
 #include <QApplication>
 
+#include "toolkit/qt/qt_renderer.h"
 #include "toolkit/qt/qt_toolkit.h"
 #endif
 
@@ -90,7 +91,7 @@ int main(int argc, char** argv) {
 #else
     QApplication app(argc, argv);
     zentol::QtToolkit tk;
-    zentol::NullRenderer renderer;
+    zentol::QtRenderer renderer(tk);
     zentol::Session s(tk, renderer);
     prepare_session(s, tk);
     return zentol::run_program(s, a.words);

@@ -5,6 +5,9 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPalette>
+#include <QVBoxLayout>
+
+#include "toolkit/qt/gl_surface.h"
 
 namespace zentol {
 
@@ -57,8 +60,37 @@ ViewWidget::ViewWidget(MessageSink sink, QWidget* parent) : QWidget(parent), sin
     p.setColor(QPalette::Window, Qt::black);
     setPalette(p);
     setMinimumSize(1, 1);
+
+    surface_ = new GlSurface(this);
+    QWidget* container = QWidget::createWindowContainer(surface_, this);
+    container->setObjectName("gl_container");
+    container->setFocusPolicy(Qt::NoFocus);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(container);
+    connect(surface_, &GlSurface::exposed, this, [this] { sink_(Message{MessageType::Expose, 0, 0, 0}); });
 }
 
+void ViewWidget::show_scene(const Scene* scene) {
+    scene_ = scene;
+    if (!surface_) return;
+    surface_->set_scene(scene);
+    if (scene) surface_->render(scene);
+}
+
+GlSurface* ViewWidget::surface() const { return surface_.data(); }
+
+QImage ViewWidget::grab_frame() { return surface_ ? surface_->grab(scene_) : QImage(); }
+
+void ViewWidget::finish() {
+    if (surface_) surface_->finish();
+}
+
+QString ViewWidget::gl_error() const { return surface_ ? surface_->error() : QString("no surface"); }
+
+// Qt paints the widget when it is shown or resized (the GL window over it
+// draws itself); the logic hears of it. Its own frames go to the GL window
+// alone and cause no paint here.
 void ViewWidget::paintEvent(QPaintEvent* event) {
     QWidget::paintEvent(event);
     sink_(Message{MessageType::Expose, 0, 0, 0});

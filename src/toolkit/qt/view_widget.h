@@ -1,10 +1,12 @@
-// The molecule view: the central area of the main window. For now it is a
-// plain widget with a black background that turns its mouse, key, paint and
-// resize events into messages; drawing will move here with OpenGL.
+// The molecule view: the central area of the main window. It shows the
+// scenes the renderer hands it in an OpenGL window that fills it, and turns
+// its mouse, key, expose and resize events into messages.
 #pragma once
 
 #include <functional>
 
+#include <QImage>
+#include <QPointer>
 #include <QWidget>
 
 #include "toolkit/toolkit.h"
@@ -12,6 +14,9 @@
 class QString;
 
 namespace zentol {
+
+struct Scene;
+class GlSurface;
 
 using MessageSink = std::function<void(const Message&)>;
 
@@ -29,6 +34,21 @@ class ViewWidget : public QWidget {
 public:
     explicit ViewWidget(MessageSink sink, QWidget* parent = nullptr);
 
+    // Shows this scene now: drawn and swapped to the screen before
+    // returning, when the view is on the screen; else it is drawn when the
+    // view comes up. The scene must outlive the view or be replaced
+    // (nullptr: forget it). The logic's own frames are never reported back
+    // as Expose messages: it would draw again, and again.
+    void show_scene(const Scene* scene);
+    // The current scene drawn off-screen at the view's size by the view's
+    // own context: the picture on the screen, for tests.
+    QImage grab_frame();
+    // Waits until the GL work of the frames shown so far is done.
+    void finish();
+    // Why the view cannot draw (no usable OpenGL), or empty.
+    QString gl_error() const;
+    GlSurface* surface() const;
+
 protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
@@ -43,6 +63,8 @@ private:
     Message mouse_message(MessageType type, int button, const QPointF& pos) const;
 
     MessageSink sink_;
+    QPointer<GlSurface> surface_;   // owned by its container, a child of this widget
+    const Scene* scene_ = nullptr;
 };
 
 }  // namespace zentol

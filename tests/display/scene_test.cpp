@@ -1,0 +1,292 @@
+#include "display/scene.h"
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "session/session.h"
+#include "support/test_support.h"
+
+using namespace zentol;
+using namespace zentol::testing;
+
+namespace {
+
+struct AtomSpec {
+    const char* label;
+    float x, y, z, w;
+    float colour;
+};
+
+// Puts atoms straight into the display copy, disp_scale 1.
+void put_atoms(Session& s, std::initializer_list<AtomSpec> atoms) {
+    Store& st = s.store;
+    int i = 0;
+    for (const AtomSpec& a : atoms) {
+        ++i;
+        st.disp_label[i] = make_label(a.label);
+        st.disp_x[i] = a.x;
+        st.disp_y[i] = a.y;
+        st.disp_z[i] = a.z;
+        st.disp_w[i] = a.w;
+        st.atom_colour[i] = a.colour;
+    }
+    st.natoms = st.disp_natoms = i;
+    st.disp_scale = 1.0f;
+}
+
+void put_bonds(Session& s, std::initializer_list<std::pair<int, int>> bonds) {
+    Store& st = s.store;
+    int k = 0;
+    for (auto [a, b] : bonds) {
+        ++k;
+        st.bond_a[k] = a;
+        st.bond_b[k] = b;
+    }
+    st.nbonds = k;
+}
+
+std::string text_of(const SceneLabel& l) { return std::string(l.text, static_cast<std::size_t>(l.length)); }
+
+class SceneTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        s.palette.r[1] = 0.25f;
+        s.palette.g[1] = 0.5f;
+        s.palette.b[1] = 0.75f;
+        // Three atoms in a row, C-O-H, all bonds in the xy plane (dz = 0).
+        put_atoms(s, {{"C1  ", 0, 0, 0, 0.77f, 3}, {"O2  ", 1, 0, 0, 0.73f, 5.6f}, {"H23A", 1, 1, 0, 0.37f, 4}});
+        put_bonds(s, {{1, 2}, {2, 3}});
+    }
+    Scene build(const BondMarks& marks = {}) {
+        Scene scene;
+        build_scene(s, marks, scene);
+        return scene;
+    }
+
+    TestSession t;
+    Session& s = t.s;
+};
+
+}  // namespace
+
+TEST_F(SceneTest, AtomsAreZoomedShadedSpheresInTheirPaletteColours) {
+    s.flags.zoom = 2.0f;
+    s.store.disp_scale = 0.5f;
+    s.opt.atom_size = 0.4f;
+    Scene scene = build();
+    ASSERT_EQ(scene.spheres.size(), 3u);
+    const SceneSphere& o = scene.spheres[1];
+    EXPECT_FLOAT_EQ(o.x, 2.0f);   // positions times zoom; disp_scale is already in them
+    EXPECT_FLOAT_EQ(o.y, 0.0f);
+    EXPECT_FLOAT_EQ(o.radius, 0.73f * 1.4f * 0.5f * 0.4f * 2.0f);
+    EXPECT_EQ(o.colour, 6);   // 5.6 rounds
+    EXPECT_EQ(scene.spheres[0].colour, 3);
+    EXPECT_FLOAT_EQ(o.alpha, 1.0f);
+    EXPECT_EQ(scene.background, (std::array<float, 3>{0.25f, 0.5f, 0.75f}));
+    EXPECT_EQ(scene.rgb(1), scene.background);
+    EXPECT_EQ(scene.slices, 32);
+    EXPECT_TRUE(scene.labels.empty());   // labels are off by default
+
+    // Picked atoms take the highlight entry, but only within pick_count.
+    s.view.pick_list[1] = 3;
+    s.view.pick_list[2] = 1;
+    s.view.pick_count = 1;
+    scene = build();
+    EXPECT_EQ(scene.spheres[2].colour, kHighlightEntry);
+    EXPECT_EQ(scene.spheres[0].colour, 3);
+}
+
+TEST_F(SceneTest, DummyAtomsAreInvisibleButTheirBondsAreDrawn) {
+    s.store.disp_label[2] = make_label("Dum2");
+    s.opt.labels_on = true;
+    Scene scene = build();
+    ASSERT_EQ(scene.spheres.size(), 2u);
+    EXPECT_FLOAT_EQ(scene.spheres[1].x, 1.0f);   // the H, not the dummy
+    EXPECT_FLOAT_EQ(scene.spheres[1].y, 1.0f);
+    ASSERT_EQ(scene.labels.size(), 2u);
+    EXPECT_EQ(text_of(scene.labels[1]), "H23A");
+    EXPECT_EQ(scene.sticks.size(), 4u);
+}
+
+TEST_F(SceneTest, BondsAreTwoHalvesColouredAfterTheirAtoms) {
+    s.flags.zoom = 2.0f;
+    s.opt.bond_width = 0.5f;
+    s.store.disp_scale = 0.8f;
+    Scene scene = build();
+    EXPECT_FLOAT_EQ(scene.stick_radius, 0.5f * 0.3f * 0.8f * 2.0f);
+    ASSERT_EQ(scene.sticks.size(), 4u);   // both bonds lie flat (dz = 0) and are drawn
+    const SceneStick& first = scene.sticks[0];
+    const SceneStick& second = scene.sticks[1];
+    EXPECT_FLOAT_EQ(first.x0, 0.0f);
+    EXPECT_FLOAT_EQ(first.x1, 1.0f);   // the middle, zoomed
+    EXPECT_FLOAT_EQ(second.x0, 1.0f);
+    EXPECT_FLOAT_EQ(second.x1, 2.0f);
+    EXPECT_EQ(first.colour, 3);
+    EXPECT_EQ(second.colour, 6);
+    EXPECT_FLOAT_EQ(first.alpha, 1.0f);
+    EXPECT_EQ(scene.sticks[3].colour, 4);
+
+    s.opt.hide_bonds = true;
+    EXPECT_TRUE(build().sticks.empty());
+}
+
+TEST_F(SceneTest, PickedAndStoredBondsTakeTheirEntries) {
+    s.view.pick_list[1] = 1;
+    s.view.pick_list[2] = 2;
+    s.view.pick_count = 2;
+    // Picked ends alone do not colour a bond: only while marks count.
+    EXPECT_EQ(build().sticks[0].colour, 3);
+    BondMarks marks;
+    marks.count = 1;
+    Scene scene = build(marks);
+    EXPECT_EQ(scene.sticks[0].colour, kHighlightEntry);
+    EXPECT_EQ(scene.sticks[1].colour, kHighlightEntry);
+    EXPECT_EQ(scene.sticks[2].colour, 6);   // O-H: H is not picked
+
+    // The stored bond shown wins over the pick highlight.
+    marks.kind = 1;
+    marks.first_low = 1;
+    marks.first_high = 2;
+    scene = build(marks);
+    EXPECT_EQ(scene.sticks[0].colour, kStoredBondEntry);
+    EXPECT_EQ(scene.sticks[1].colour, kStoredBondEntry);
+    marks.kind = 2;   // now the second stored bond is the one shown
+    marks.second_low = 2;
+    marks.second_high = 3;
+    scene = build(marks);
+    EXPECT_EQ(scene.sticks[0].colour, kHighlightEntry);
+    EXPECT_EQ(scene.sticks[2].colour, kStoredBondEntry);
+    EXPECT_EQ(scene.sticks[3].colour, kStoredBondEntry);
+}
+
+TEST_F(SceneTest, EmphasisShrinksAndFadesTheOtherAtomsAndTheirBonds) {
+    s.opt.deemphasis_alpha = 0.25f;
+    s.opt.atom_size = 0.5f;
+    s.store.atom_emph[1] = 1.0f;
+    Scene scene = build();
+    EXPECT_FLOAT_EQ(scene.spheres[1].alpha, 1.0f);   // no emphasis in force: atom_emph is not read
+    s.store.emphasis_count = 1;
+    scene = build();
+    EXPECT_FLOAT_EQ(scene.spheres[0].alpha, 1.0f);
+    EXPECT_FLOAT_EQ(scene.spheres[0].radius, 0.77f * 1.4f * 0.5f);
+    EXPECT_FLOAT_EQ(scene.spheres[1].alpha, 0.25f);
+    EXPECT_FLOAT_EQ(scene.spheres[1].radius, 0.73f * 1.4f * 0.1f);
+    EXPECT_FLOAT_EQ(scene.sticks[0].alpha, 1.0f);    // C-O: one end emphasised
+    EXPECT_FLOAT_EQ(scene.sticks[1].alpha, 1.0f);
+    EXPECT_FLOAT_EQ(scene.sticks[2].alpha, 0.25f);   // O-H: neither
+    EXPECT_FLOAT_EQ(scene.sticks[3].alpha, 0.25f);
+}
+
+TEST_F(SceneTest, FastDrawingAndDraggingShowLessAndThinner) {
+    s.store.emphasis_count = 1;   // nothing emphasised: fast bonds are opaque all the same
+    s.opt.deemphasis_alpha = 0.5f;
+    s.flags.sphere_slices = s.flags.sphere_stacks = kFastSlices;
+    Scene scene = build();
+    EXPECT_EQ(scene.slices, 8);
+    EXPECT_EQ(scene.spheres.size(), 3u);
+    ASSERT_EQ(scene.sticks.size(), 2u);   // one whole stick a bond in the bond colour
+    EXPECT_EQ(scene.sticks[1].colour, kFastBondEntry);
+    EXPECT_FLOAT_EQ(scene.sticks[1].x0, 1.0f);
+    EXPECT_FLOAT_EQ(scene.sticks[1].y1, 1.0f);
+    EXPECT_FLOAT_EQ(scene.sticks[1].alpha, 1.0f);
+
+    const float radius = scene.stick_radius;
+    s.flags.mouse_rotating = true;
+    s.opt.labels_on = true;
+    scene = build();
+    EXPECT_TRUE(scene.spheres.empty());
+    EXPECT_TRUE(scene.labels.empty());
+    EXPECT_EQ(scene.sticks.size(), 2u);
+    EXPECT_FLOAT_EQ(scene.stick_radius, radius * 0.3f);
+
+    // Without bonds a drag keeps the atoms on the screen.
+    s.store.nbonds = 0;
+    scene = build();
+    EXPECT_EQ(scene.spheres.size(), 3u);
+    EXPECT_TRUE(scene.sticks.empty());
+}
+
+TEST_F(SceneTest, HiddenAtomsLeaveTheBondsAlone) {
+    s.store.hide_atoms = true;
+    s.opt.labels_on = true;
+    Scene scene = build();
+    EXPECT_TRUE(scene.spheres.empty());
+    EXPECT_TRUE(scene.labels.empty());
+    EXPECT_EQ(scene.sticks.size(), 4u);
+}
+
+TEST_F(SceneTest, LabelsAreCutAtTrailingBlanksAndPlacedBesideTheAtom) {
+    EXPECT_EQ(label_length(make_label("C1  ")), 2);
+    EXPECT_EQ(label_length(make_label("Fe")), 2);
+    EXPECT_EQ(label_length(make_label("H23A")), 4);
+    EXPECT_EQ(label_length(make_label("    ")), 1);
+
+    s.opt.labels_on = true;
+    s.opt.label_offset = 0.05f;
+    s.opt.label_size = 0.3f;
+    s.flags.zoom = 2.0f;
+    Scene scene = build();
+    ASSERT_EQ(scene.labels.size(), 3u);
+    EXPECT_EQ(text_of(scene.labels[0]), "C1");
+    EXPECT_EQ(text_of(scene.labels[2]), "H23A");
+    const SceneLabel& h = scene.labels[2];
+    EXPECT_FLOAT_EQ(h.x, 2.05f);   // zoomed position, offset not zoomed
+    EXPECT_FLOAT_EQ(h.y, 2.05f);
+    EXPECT_FLOAT_EQ(h.z, 0.7f);
+    EXPECT_FLOAT_EQ(scene.label_scale, 0.3f);
+    EXPECT_EQ(scene.label_colour, (std::array<float, 3>{0, 0, 0}));   // black on map 1
+    s.opt.palette_choice = 2;
+    EXPECT_EQ(build().label_colour, (std::array<float, 3>{1, 1, 1}));
+}
+
+TEST_F(SceneTest, ChargeLabelsShowThreeDecimals) {
+    auto charge = [](float q) {
+        char text[8];
+        return std::string(text, static_cast<std::size_t>(charge_text(q, text)));
+    };
+    EXPECT_EQ(charge(-0.123f), "-0.123");
+    EXPECT_EQ(charge(0.123f), "0.123");
+    EXPECT_EQ(charge(0.0f), "0.000");
+    EXPECT_EQ(charge(12.5f), "*****");   // too wide for its field
+    EXPECT_EQ(charge(-12.5f), "******");
+
+    s.opt.labels_on = true;
+    s.opt.charge_labels = true;
+    s.store.atom_charge[1] = -0.123f;
+    s.store.atom_charge[2] = 0.123f;
+    Scene scene = build();
+    ASSERT_EQ(scene.labels.size(), 3u);
+    EXPECT_EQ(text_of(scene.labels[0]), "-0.123");
+    EXPECT_EQ(text_of(scene.labels[1]), "0.123");
+}
+
+TEST_F(SceneTest, TheLargestMoleculeIsBuiltWithoutGrowingTheScene) {
+    Store& st = s.store;
+    st.natoms = st.disp_natoms = kMaxAtoms;
+    for (int i = 1; i <= kMaxAtoms; ++i) {
+        st.disp_label[i] = make_label("C");
+        st.disp_x[i] = static_cast<float>(i % 50) * 0.04f - 1.0f;
+        st.disp_y[i] = static_cast<float>(i / 50) * 0.04f - 1.0f;
+        st.disp_w[i] = 0.77f;
+        st.atom_colour[i] = 3;
+    }
+    st.nbonds = kMaxBonds;
+    for (int k = 1; k <= kMaxBonds; ++k) {
+        st.bond_a[k] = 1 + k % (kMaxAtoms - 1);
+        st.bond_b[k] = st.bond_a[k] + 1;
+    }
+    s.opt.labels_on = true;
+    Scene scene;
+    const auto* spheres = scene.spheres.data();
+    const auto* sticks = scene.sticks.data();
+    const auto* labels = scene.labels.data();
+    build_scene(s, scene);
+    build_scene(s, scene);   // a second frame replaces the first
+    EXPECT_EQ(scene.spheres.size(), std::size_t(kMaxAtoms));
+    EXPECT_EQ(scene.sticks.size(), std::size_t(2 * kMaxBonds));
+    EXPECT_EQ(scene.labels.size(), std::size_t(kMaxAtoms));
+    EXPECT_EQ(scene.spheres.data(), spheres);
+    EXPECT_EQ(scene.sticks.data(), sticks);
+    EXPECT_EQ(scene.labels.data(), labels);
+}

@@ -1,0 +1,278 @@
+// The real window drawing a small job through the Qt renderer, checked by
+// its pixels. The QApplication comes from the environment of
+// qt_toolkit_test.cpp.
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+
+#include <QApplication>
+#include <QImage>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QOpenGLContext>
+#include <QScreen>
+#include <gtest/gtest.h>
+
+#include "display/projection.h"
+#include "session/config.h"
+#include "session/session.h"
+#include "session/store_ops.h"
+#include "structure_files/xyz_file.h"
+#include "support/test_support.h"
+#include "toolkit/qt/gl_surface.h"
+#include "toolkit/qt/main_window.h"
+#include "toolkit/qt/qt_renderer.h"
+#include "toolkit/qt/qt_toolkit.h"
+
+namespace zentol {
+namespace {
+
+using testing::TempDir;
+using testing::write_file;
+
+// C in the middle with O to the right, N to the left, H above and S right
+// behind it, farther from the eye.
+const char* const kFixture =
+    "     5 fix\n"
+    "     1  C      0.000000    0.000000    0.000000     1     2     3     4     5\n"
+    "     2  O      1.500000    0.000000    0.000000     6     1\n"
+    "     3  N     -1.500000    0.000000    0.000000     8     1\n"
+    "     4  H      0.000000    1.200000    0.000000     5     1\n"
+    "     5  S      0.000000    0.000000   -1.800000    15     1\n";
+
+struct Rgb {
+    int r, g, b;
+};
+
+Rgb pixel(const QImage& image, int x, int y) {
+    QColor c = image.pixelColor(std::clamp(x, 0, image.width() - 1), std::clamp(y, 0, image.height() - 1));
+    return {c.red(), c.green(), c.blue()};
+}
+
+::testing::AssertionResult close_to(Rgb got, Rgb want, int tolerance) {
+    if (std::abs(got.r - want.r) <= tolerance && std::abs(got.g - want.g) <= tolerance &&
+        std::abs(got.b - want.b) <= tolerance)
+        return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << "got (" << got.r << "," << got.g << "," << got.b << "), want (" << want.r
+                                         << "," << want.g << "," << want.b << ") within " << tolerance;
+}
+
+class GlViewTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        QOpenGLContext probe;
+        if (!probe.create()) GTEST_SKIP() << "no OpenGL on this display (run under xvfb-run)";
+        s.inst = installation_at(dir / "inst", dir / "work", ZENTOL_DATA_DIR);
+        prepare_installation(s.inst);
+        tk.set_ui_dir(s.inst.data_dir + "/ui");
+        tk.window_open(800, 600, "Zentol GL test");
+        settle();
+        const std::string job_dir = dir / "job";
+        write_file(job_dir + "/fix.xyz", kFixture);
+        std::filesystem::current_path(job_dir);
+        s.job.name = "fix";
+        element_lookup(s.store, &tk, "", kLookupConfirmAll);   // no radius questions
+        int status = 0;
+        read_job_xyz(s, status);
+        ASSERT_EQ(status, kXyzRead);
+        prepare_display(s);
+        save_and_reload(s);
+        ASSERT_EQ(s.store.nbonds, 4);
+        drain();
+    }
+    void TearDown() override { tk.close_all(); }
+
+    void settle() { tk.wait_hundredths(5); }
+    void drain() {
+        settle();
+        while (tk.pending_messages()) tk.next_message();
+    }
+    ViewWidget* view() { return tk.main_window()->view(); }
+    QImage frame() { return view()->grab_frame(); }
+    // What the window really shows.
+    QImage screen() {
+        GlSurface* w = view()->surface();
+        return w->screen()->grabWindow(w->winId()).toImage();
+    }
+    static int differing_pixels(const QImage& a, const QImage& b, int tolerance) {
+        int n = 0;
+        for (int y = 0; y < a.height(); ++y)
+            for (int x = 0; x < a.width(); ++x) n += !close_to(pixel(a, x, y), pixel(b, x, y), tolerance);
+        return n;
+    }
+
+    // Where atom i stands in a picture of this size by the projection the
+    // logic picks with (fractions of the view, y from the bottom).
+    QPoint at(int i, const QSize& size) const {
+        return {static_cast<int>(s.store.screen_x[i] * size.width()),
+                static_cast<int>((1.0f - s.store.screen_y[i]) * size.height())};
+    }
+    Rgb palette(int entry) const {
+        return {static_cast<int>(std::lround(s.palette.r[entry] * 255)),
+                static_cast<int>(std::lround(s.palette.g[entry] * 255)),
+                static_cast<int>(std::lround(s.palette.b[entry] * 255))};
+    }
+    // The colour of atom i's sphere where its centre projects, drawn in
+    // this palette entry: ambient 0.2 + 0.1, the diffuse share and the
+    // highlight of the light from (1,1,1), the surface there facing the eye.
+    Rgb lit(int i, int entry) const {
+        const double z = kEyeDistance - s.store.disp_z[i] * s.flags.zoom;
+        const double x = -s.store.disp_x[i] * s.flags.zoom, y = -s.store.disp_y[i] * s.flags.zoom;
+        const double n = std::sqrt(x * x + y * y + z * z);
+        const double diffuse = (x + y + z) / n / std::sqrt(3.0);
+        const double h[3] = {0.32505758, 0.32505758, 0.88807383};
+        const double highlight = 255 * std::pow((x * h[0] + y * h[1] + z * h[2]) / n, 50);
+        Rgb c = palette(entry);
+        auto channel = [&](int v) { return std::min(255, static_cast<int>(v * (0.3 + diffuse) + highlight)); };
+        return {channel(c.r), channel(c.g), channel(c.b)};
+    }
+    Rgb lit(int i) const { return lit(i, colour_of(i)); }
+    int colour_of(int atom) const { return static_cast<int>(std::lround(s.store.atom_colour[atom])); }
+    // Pixels far darker than the background within a box.
+    static int dark_pixels(const QImage& image, QRect box) {
+        int n = 0;
+        for (int y = box.top(); y <= box.bottom(); ++y)
+            for (int x = box.left(); x <= box.right(); ++x) n += qGray(image.pixel(x, y)) < 100;
+        return n;
+    }
+
+    TempDir dir;
+    QtToolkit tk;
+    QtRenderer renderer{tk};
+    Session s{tk, renderer};
+};
+
+TEST_F(GlViewTest, AtomsShowInTheirLitColoursOnTheBackground) {
+    ASSERT_TRUE(view()->gl_error().isEmpty()) << view()->gl_error().toStdString();
+    QImage image = frame();
+    ASSERT_EQ(image.size(), view()->size() * view()->devicePixelRatio());
+    EXPECT_TRUE(close_to(pixel(image, 0, 0), palette(1), 1));
+    EXPECT_TRUE(close_to(pixel(image, image.width() - 1, image.height() - 1), palette(1), 1));
+    for (int i = 1; i <= 4; ++i) {
+        SCOPED_TRACE("atom " + std::to_string(i));
+        EXPECT_TRUE(close_to(pixel(image, at(i, image.size()).x(), at(i, image.size()).y()), lit(i), 8));
+    }
+    // S is hidden behind C in the middle (the depth test works), but its
+    // larger sphere rims it.
+    EXPECT_NE(colour_of(5), colour_of(1));
+    QPoint c = at(1, image.size());
+    QPoint sulfur = at(5, image.size());
+    EXPECT_LE(std::abs(c.x() - sulfur.x()), 1);
+    bool rim = false;
+    for (int d = 0; d < 60 && !rim; ++d) {
+        Rgb p = pixel(image, c.x() + d, c.y() - d);   // up and right, where no bond runs
+        rim = p.r > p.b + 60 && p.g > p.b + 60;      // yellow
+    }
+    EXPECT_TRUE(rim);
+
+    // The same picture is on the screen.
+    QImage shown = screen();
+    ASSERT_EQ(shown.size(), image.size());
+    EXPECT_EQ(differing_pixels(shown, image, 2), 0);
+}
+
+TEST_F(GlViewTest, OwnDrawsAreNotReportedAsExposure) {
+    // Draws in quick succession, as a rotation makes them.
+    for (int k = 0; k < 10; ++k) draw_scene(s);
+    settle();
+    EXPECT_EQ(tk.pending_messages(), 0u);   // else expose -> draw -> expose would never end
+
+    tk.main_window()->hide();
+    settle();
+    tk.main_window()->show();
+    settle();
+    bool exposed = false;
+    while (tk.pending_messages()) exposed = exposed || tk.next_message().type == MessageType::Expose;
+    EXPECT_TRUE(exposed);
+    // The picture came back by itself, before the logic drew again.
+    EXPECT_EQ(differing_pixels(screen(), frame(), 2), 0);
+}
+
+TEST_F(GlViewTest, ClicksAndKeysOnTheGlWindowReachTheLogic) {
+    GlSurface* w = view()->surface();
+    ASSERT_EQ(w->size(), view()->size());   // the window covers the view exactly
+    const QPointF at(w->width() / 4.0, w->height() / 2.0);
+    QMouseEvent press(QEvent::MouseButtonPress, at, w->mapToGlobal(at), Qt::RightButton, Qt::RightButton,
+                      Qt::NoModifier);
+    QCoreApplication::sendEvent(w, &press);
+    QKeyEvent key(QEvent::KeyPress, Qt::Key_Up, Qt::NoModifier);
+    QCoreApplication::sendEvent(w, &key);
+    ASSERT_EQ(tk.pending_messages(), 2u);
+    Message m = tk.next_message();
+    EXPECT_EQ(m.type, MessageType::MouseDown);
+    EXPECT_EQ(m.value, 2);
+    EXPECT_NEAR(m.fx, 0.25, 1e-3);
+    EXPECT_NEAR(m.fy, 0.5, 1e-3);
+    m = tk.next_message();
+    EXPECT_EQ(m.type, MessageType::Key);
+    EXPECT_EQ(m.value, 264);
+}
+
+TEST_F(GlViewTest, PicksDragsAndLabelsChangeThePicture) {
+    const QPoint o = at(2, frame().size());
+    s.view.pick_list[1] = 2;
+    s.view.pick_count = 1;
+    draw_scene(s);
+    EXPECT_TRUE(close_to(pixel(frame(), o.x(), o.y()), lit(2, 16), 8));
+    s.view.pick_count = 0;
+
+    // While dragging only thin sticks are left: above O's centre, off its
+    // bond, is background.
+    const int above = o.y() - 6;
+    draw_scene(s);
+    EXPECT_FALSE(close_to(pixel(frame(), o.x(), above), palette(1), 30));
+    s.flags.mouse_rotating = true;
+    draw_scene(s);
+    EXPECT_TRUE(close_to(pixel(frame(), o.x(), above), palette(1), 1));
+    s.flags.mouse_rotating = false;
+
+    // Black labels up and to the right of each atom.
+    auto p = project_point(s.store.disp_x[4] + s.opt.label_offset, s.store.disp_y[4] + s.opt.label_offset,
+                           s.store.disp_z[4] + 0.7, Viewport{});
+    QSize size = frame().size();
+    QRect box(static_cast<int>(p.first * size.width()), static_cast<int>((1 - p.second) * size.height()) - 30, 30, 30);
+    draw_scene(s);
+    const int without = dark_pixels(frame(), box);
+    s.opt.labels_on = true;
+    draw_scene(s);
+    EXPECT_GT(dark_pixels(frame(), box), without + 20);
+}
+
+TEST_F(GlViewTest, TheViewStretchesWithTheWindow) {
+    tk.main_window()->resize(1000, 560);
+    settle();
+    project_atoms(s);
+    draw_scene(s);
+    QImage image = frame();
+    EXPECT_EQ(image.width(), tk.window_size(1));
+    for (int i = 1; i <= 4; ++i)
+        EXPECT_TRUE(close_to(pixel(image, at(i, image.size()).x(), at(i, image.size()).y()), lit(i), 8)) << i;
+}
+
+TEST_F(GlViewTest, PicturesForHardCopyAnySizeAndTiled) {
+    QImage whole = renderer.render_qimage(s, 640, 480);
+    ASSERT_EQ(whole.size(), QSize(640, 480));
+    EXPECT_TRUE(close_to(pixel(whole, 0, 0), palette(1), 1));
+    for (int i = 1; i <= 4; ++i)
+        EXPECT_TRUE(close_to(pixel(whole, at(i, whole.size()).x(), at(i, whole.size()).y()), lit(i), 8))
+            << "atom " << i;
+
+    // Drawn in pieces of 100 x 100 the picture is the same.
+    renderer.set_tile_limit(100);
+    QImage tiled = renderer.render_qimage(s, 640, 480);
+    renderer.set_tile_limit(0);
+    ASSERT_EQ(tiled.size(), whole.size());
+    EXPECT_LE(differing_pixels(tiled, whole, 3), 20);
+
+    auto big = renderer.render_image(s, 5120, 3840);
+    ASSERT_TRUE(big.has_value());
+    EXPECT_EQ(big->width, 5120);
+    EXPECT_EQ(big->height, 3840);
+    ASSERT_EQ(big->rgb.size(), 5120u * 3840u * 3u);
+    QPoint c = at(2, QSize(5120, 3840));
+    const std::size_t k = (static_cast<std::size_t>(c.y()) * 5120 + c.x()) * 3;
+    EXPECT_TRUE(close_to({big->rgb[k], big->rgb[k + 1], big->rgb[k + 2]}, lit(2), 8));
+}
+
+}  // namespace
+}  // namespace zentol
