@@ -9,23 +9,11 @@
 #include <vector>
 
 #include "session/molecule_store.h"
+#include "session/session.h"
 
 namespace zentol {
 
-struct Session;
-
-// The picked-atom highlighting of bonds and the two stored bonds of the
-// bond and dihedral commands. kind 1 shows the first stored bond, 2 the
-// second; count above 0 colours a bond between two picked atoms.
-struct BondMarks {
-    int count = 0;
-    int kind = 0;
-    int first_low = 0, first_high = 0;
-    int second_low = 0, second_high = 0;
-};
-
-// The marks of the running session. The session keeps none yet, so this is
-// "nothing marked" until it does.
+// The marks of the running session.
 BondMarks session_bond_marks(const Session& s);
 
 inline constexpr int kHighlightEntry = 16;    // picked atoms and bonds between them

@@ -130,12 +130,23 @@ struct Job {
     std::string log_path;           // the open .geo log; empty when closed
 };
 
+// Up to two stored bonds of the bond and dihedral commands: kind 1 shows
+// the first, 2 the second; a count above 0 colours a bond between two
+// picked atoms.
+struct BondMarks {
+    int count = 0;
+    int kind = 0;
+    int first_low = 0, first_high = 0;
+    int second_low = 0, second_high = 0;
+};
+
 // The view state the draw and the picking share.
 struct ViewState {
     float pick_tolerance = 0.05f;   // set by every draw
     float last_x = 0, last_y = 0;   // pointer position of the drag so far
     int pick_list[5] = {0, 0, 0, 0, 0};
     int pick_count = 0;
+    BondMarks marks;
 };
 
 struct Session {
