@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "comb_molecule.h"
 #include "display/renderer.h"
 #include "session/config.h"
 #include "session/session.h"
@@ -15,33 +16,6 @@
 #include "toolkit/scripted_toolkit.h"
 
 namespace {
-
-// A 2500-atom carbon comb, 10 x 10 x 25 at 1.54 Angstrom: chains along x,
-// joined along y and z at their first atom, about one bond per atom as in a
-// real molecule.
-void build_lattice(zentol::Store& st) {
-    using namespace zentol;
-    const int nx = 10, ny = 10, nz = 25;
-    auto index = [&](int x, int y, int z) { return 1 + x + nx * (y + ny * z); };
-    st.natoms = nx * ny * nz;
-    for (int z = 0; z < nz; ++z)
-        for (int y = 0; y < ny; ++y)
-            for (int x = 0; x < nx; ++x) {
-                int i = index(x, y, z);
-                st.atom_label[i] = make_label("C" + std::to_string(i));
-                st.atom_rec[i] = {1.54f * x, 1.54f * y, 1.54f * z, 0.76f, 0, 0};
-                st.conn_type(i) = 1;
-                int n = 0;
-                auto link = [&](int j) { st.nbr(i, ++n) = j; };
-                if (x > 0) link(index(x - 1, y, z));
-                if (x < nx - 1) link(index(x + 1, y, z));
-                if (x == 0 && y > 0) link(index(x, y - 1, z));
-                if (x == 0 && y < ny - 1) link(index(x, y + 1, z));
-                if (x == 0 && y == 0 && z > 0) link(index(x, y, z - 1));
-                if (x == 0 && y == 0 && z < nz - 1) link(index(x, y, z + 1));
-                st.conn_count(i) = n;
-            }
-}
 
 void BM_SaveAndReload2500(benchmark::State& state) {
     namespace fs = std::filesystem;
@@ -54,7 +28,7 @@ void BM_SaveAndReload2500(benchmark::State& state) {
     fs::current_path(s.inst.default_scratch);
     s.job.name = "lattice";
     zentol::element_lookup(s.store, nullptr, "", zentol::kLookupConfirmAll);
-    build_lattice(s.store);
+    zentol::bench_molecules::build_comb(s.store, 2500, 10, 10, 25);
     for (auto _ : state) {
         zentol::save_and_reload(s);
         benchmark::DoNotOptimize(s.store.nbonds);
