@@ -5,6 +5,7 @@
 #include "session/display_loop.h"
 #include "session/session.h"
 #include "session/store_ops.h"
+#include "text/fixed_format.h"
 #include "toolkit/toolkit.h"
 
 namespace zentol {
@@ -73,6 +74,7 @@ namespace {
 
 void begin_drag(Session& s, const Event& e) {
     s.flags.mouse_rotating = true;
+    s.view.turned = false;
     s.tk.message_enable(MessageType::MouseMove, true);
     s.view.last_x = e.x;
     s.view.last_y = e.y;
@@ -104,8 +106,22 @@ bool drag_rotation(Session& s, const Event& e) {
     int key = drag_key(s.view.last_x, s.view.last_y, e.x, e.y);
     s.view.last_x = e.x;
     s.view.last_y = e.y;
-    if (key) rotate_by_key(s, key);
+    if (key) {
+        s.view.turned = true;
+        rotate_by_key(s, key);
+    }
     return true;
+}
+
+int pick_atom(Session& s, float x, float y) {
+    project_atoms(s);
+    bool found = false;
+    int atom = nearest_atom(s, x, y, found);
+    s.view.pick_count = found ? 1 : 0;
+    s.view.pick_list[1] = found ? atom : 0;
+    s.tk.WindowOutStatusBar(9, found ? std::string(text::trim_right(label_text(s.store.atom_label[atom]))) : " ");
+    draw_scene(s);
+    return found ? atom : 0;
 }
 
 void rotate_loop(Session& s) {

@@ -41,6 +41,10 @@ int nearest_atom(const Session& s, float x, float y, bool& found);
 // the release ends it. Returns true when the event was part of a drag.
 bool drag_rotation(Session& s, const Event& e);
 
+// Picks the atom under (x, y), if any, highlights it and shows its label in
+// status field 9 (a blank when none); returns it or 0.
+int pick_atom(Session& s, float x, float y);
+
 // The rotation loop of Build and the engine modes: a press, drag and
 // release rotate and leave; Esc, close or a command/key leave at once.
 void rotate_loop(Session& s);

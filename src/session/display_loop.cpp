@@ -221,17 +221,24 @@ bool dispatch(Session& s, const Event& e) {
 
 void display_loop(Session& s) {
     loop_start(s);
+    bool keep_message = false;   // a picked atom's label stays until the next event
     while (s.flags.session_running > 0) {
         if (!s.flags.mouse_rotating) s.tk.WindowOutStatusBar(10, "Display Idle");
         show_job_name(s);
-        s.tk.WindowOutStatusBar(9, short_directory(files::current_dir()));
+        if (!keep_message) s.tk.WindowOutStatusBar(9, short_directory(files::current_dir()));
+        keep_message = false;
         Event e = read_event(s);
         if (e.key == 'R' || e.key == 'r') {
             draw_scene(s);
             continue;
         }
         s.flags.sphere_slices = s.flags.sphere_stacks = 32;
-        if (drag_rotation(s, e)) continue;
+        bool click = e.command == kCommandRelease && s.flags.mouse_rotating && !s.view.turned;
+        if (drag_rotation(s, e)) {
+            // A press and release that turned nothing is a click: it picks.
+            if (click) keep_message = pick_atom(s, e.x, e.y) > 0;
+            continue;
+        }
         if (e.key && rotate_by_key(s, e.key)) continue;
         s.flags.view_action = 0;
         Event command = e;

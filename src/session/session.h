@@ -144,6 +144,7 @@ struct BondMarks {
 struct ViewState {
     float pick_tolerance = 0.05f;   // set by every draw
     float last_x = 0, last_y = 0;   // pointer position of the drag so far
+    bool turned = false;            // the drag since the press turned the molecule
     int pick_list[5] = {0, 0, 0, 0, 0};
     int pick_count = 0;
     BondMarks marks;

@@ -125,3 +125,17 @@ TEST(View, RotateLoopEndsOnKeyOrAfterADrag) {
     EXPECT_EQ(t.tk.pending_messages(), 1u);   // left at the release
     EXPECT_EQ(t.s.flags.view_action, 0);
 }
+
+TEST(DisplayLoop, AClickPicksTheAtomUnderThePointer) {
+    TestSession t;
+    run_on_water(t, "press atom 2\nrelease atom 2\n");
+    EXPECT_EQ(t.s.view.pick_count, 1);
+    EXPECT_EQ(t.s.view.pick_list[1], 2);
+    bool shown = false;
+    for (const auto& [field, text] : t.tk.status_writes()) shown |= field == 9 && text == "H";
+    EXPECT_TRUE(shown);
+
+    TestSession miss;   // a click on empty space picks nothing
+    run_on_water(miss, "press 0.02 0.02\nrelease 0.02 0.02\n");
+    EXPECT_EQ(miss.s.view.pick_count, 0);
+}

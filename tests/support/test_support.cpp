@@ -30,6 +30,10 @@ TestSession::TestSession() : s(tk, renderer) {
     prepare_installation(s.inst);
     s.engines = read_engines_def(s.inst);
     tk.set_ui_dir(s.inst.data_dir + "/ui");
+    tk.set_atom_locator([this](int atom) -> std::optional<std::pair<float, float>> {
+        if (atom < 1 || atom > s.store.disp_natoms) return std::nullopt;
+        return std::make_pair(s.store.screen_x[atom], s.store.screen_y[atom]);
+    });
     s.job.scratch_dir = s.inst.default_scratch;
     s.job.library_dir = s.inst.default_library;
     std::filesystem::current_path(s.inst.default_scratch);
