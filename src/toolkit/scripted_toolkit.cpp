@@ -222,6 +222,10 @@ int ScriptedToolkit::show_dialog(DialogModel& dialog, int type) {
     return 0;
 }
 
+void ScriptedToolkit::close_plot() {
+    note("plot window \"" + plot().title + "\" closed with " + std::to_string(plot().items.size()) + " items");
+}
+
 int ScriptedToolkit::WMessageBox(int buttons, MessageIcon, int, const std::string& text, const std::string&) {
     message_boxes_.push_back(text);
     int answer = 1;

@@ -72,6 +72,7 @@ public:
 
 protected:
     int show_dialog(DialogModel& dialog, int type) override;
+    void close_plot() override;
 
 private:
     void note(const std::string& line) { transcript_.push_back(line); }

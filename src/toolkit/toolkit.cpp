@@ -21,6 +21,45 @@ bool Toolkit::save_image(const Image& image, const std::string& path, int) {
     return false;
 }
 
+void Toolkit::WindowOpenChild(const std::string& title, int width, int height) {
+    plot_ = Plot{};
+    plot_.title = title;
+    plot_.width = width;
+    plot_.height = height;
+    child_open_ = true;
+    show_plot(plot_);
+}
+
+void Toolkit::WindowCloseChild() {
+    if (child_open_) close_plot();
+    child_open_ = false;
+}
+
+void Toolkit::IGrUnits(double left, double bottom, double right, double top) {
+    plot_.left = left, plot_.bottom = bottom, plot_.right = right, plot_.top = top;
+    if (child_open_) show_plot(plot_);
+}
+
+void Toolkit::IGrColourN(int n) { plot_.colour = n; }
+
+void Toolkit::IGrMoveTo(double x, double y) { plot_.pen_x = x, plot_.pen_y = y; }
+
+void Toolkit::IGrLineTo(double x, double y) {
+    plot_.items.push_back({PlotItem::Line, plot_.pen_x, plot_.pen_y, x, y, plot_.colour, ""});
+    IGrMoveTo(x, y);
+    if (child_open_) show_plot(plot_);
+}
+
+void Toolkit::IGrCircle(double x, double y, double radius) {
+    plot_.items.push_back({PlotItem::Circle, x, y, radius, 0, plot_.colour, ""});
+    if (child_open_) show_plot(plot_);
+}
+
+void Toolkit::IGrCharOut(double x, double y, const std::string& text) {
+    plot_.items.push_back({PlotItem::Text, x, y, 0, 0, plot_.colour, text});
+    if (child_open_) show_plot(plot_);
+}
+
 std::string filter_string(int filter_id) {
     if (filter_id == 20001) return "Zentol file .XYZ|*.XYZ|";
     return "All files|*|";

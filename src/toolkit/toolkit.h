@@ -11,6 +11,7 @@
 
 #include "display/image.h"
 #include "toolkit/dialog_model.h"
+#include "toolkit/plot.h"
 
 namespace zentol {
 
@@ -101,6 +102,19 @@ public:
     // for JPEG, -1 for the writer's default.
     virtual bool save_image(const Image& image, const std::string& path, int quality);
 
+    // The second window for plots and its 2-D calls, in the units set by
+    // IGrUnits (y upwards).
+    void WindowOpenChild(const std::string& title, int width, int height);
+    void WindowCloseChild();
+    bool child_open() const { return child_open_; }
+    const Plot& plot() const { return plot_; }
+    void IGrUnits(double left, double bottom, double right, double top);
+    void IGrColourN(int n);
+    void IGrMoveTo(double x, double y);
+    void IGrLineTo(double x, double y);
+    void IGrCircle(double x, double y, double radius);
+    void IGrCharOut(double x, double y, const std::string& text);
+
     // Where the descriptions are read from: <ui_dir>/dialogs/<id>.dlg,
     // <ui_dir>/menus/<id>.menu and <ui_dir>/menus/<id>.toolbar.
     void set_ui_dir(std::string dir) { ui_dir_ = std::move(dir); }
@@ -111,11 +125,16 @@ protected:
     // type 1.
     virtual int show_dialog(DialogModel& dialog, int type) = 0;
     virtual void hide_dialog(int id) { (void)id; }
+    // The plot window is shown, changed or closed.
+    virtual void show_plot(const Plot& plot) { (void)plot; }
+    virtual void close_plot() {}
     DialogModel* selected();
     int last_button_ = 0;
 
 private:
     std::string ui_dir_;
+    Plot plot_;
+    bool child_open_ = false;
     std::map<int, std::unique_ptr<DialogModel>> loaded_;
     int selected_ = 0;
 };

@@ -152,3 +152,27 @@ TEST(Process, HostileWordsStayOneWord) {
     EXPECT_FALSE(file_present("pwned"));
     EXPECT_FALSE(process::spawn(dir.path() + "/no-such-program", {}));
 }
+
+TEST(PlotWindow, CallsBuildThePictureInUserUnits) {
+    ScriptedToolkit tk;
+    tk.WindowOpenChild("water IR spectrum", 700, 500);
+    tk.IGrUnits(0, 0, 14, 10.5);
+    tk.IGrColourN(24);
+    tk.IGrMoveTo(1, 1);
+    tk.IGrLineTo(13, 1);
+    tk.IGrLineTo(13, 9);
+    tk.IGrCircle(7, 5, 0.5);
+    tk.IGrCharOut(1, 10, "Wavenumber 1/cm");
+    const Plot& p = tk.plot();
+    ASSERT_EQ(p.items.size(), 4u);
+    EXPECT_DOUBLE_EQ(p.items[1].x1, 13);   // the second line starts where the first ended
+    EXPECT_DOUBLE_EQ(p.items[1].y1, 1);
+    EXPECT_EQ(p.items[0].colour, 24);
+    EXPECT_DOUBLE_EQ(p.right, 14);
+    tk.WindowCloseChild();
+    EXPECT_FALSE(tk.child_open());
+    EXPECT_EQ(tk.transcript().back(), "plot window \"water IR spectrum\" closed with 4 items");
+    EXPECT_EQ(colour_number(208), (std::array<std::uint8_t, 3>{0, 0, 0}));
+    EXPECT_EQ(colour_number(24), (std::array<std::uint8_t, 3>{255, 0, 0}));
+    EXPECT_EQ(colour_number(152), (std::array<std::uint8_t, 3>{255, 0, 255}));
+}

@@ -15,6 +15,7 @@
 #include "toolkit/qt/dialog_window.h"
 #include "toolkit/qt/main_window.h"
 #include "toolkit/qt/message_queue.h"
+#include "toolkit/qt/plot_window.h"
 #include "toolkit/toolkit.h"
 
 class QWidget;
@@ -64,6 +65,7 @@ public:
     QString status_text(int field) const;
     // The open non-modal dialog with this number, or nullptr.
     DialogWindow* dialog_window(int id) const;
+    PlotWindow* plot_window() const { return plot_window_; }
     // Queues a message as if a widget had sent it.
     void post(const Message& m) { queue_.post(m); }
     std::size_t pending_messages() const { return queue_.size(); }
@@ -71,6 +73,8 @@ public:
 protected:
     int show_dialog(DialogModel& dialog, int type) override;
     void hide_dialog(int id) override;
+    void show_plot(const Plot& plot) override;
+    void close_plot() override;
 
 private:
     QWidget* parent_widget() const;
@@ -79,6 +83,7 @@ private:
     MessageQueue queue_;
     QPointer<MainWindow> window_;
     std::map<int, QPointer<DialogWindow>> modeless_;
+    QPointer<PlotWindow> plot_window_;
 };
 
 }  // namespace zentol

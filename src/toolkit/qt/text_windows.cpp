@@ -1,5 +1,5 @@
-// The toolkit's own text editor and text viewer, picture writing through
-// Qt's image writers, and the update fetch through Qt Network.
+// The toolkit's own text editor and text viewer, the plot window, picture
+// writing through Qt's image writers, and the update fetch through Qt Network.
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QEventLoop>
@@ -73,6 +73,19 @@ void QtToolkit::show_text(const std::string& title, const std::string& text) {
     layout->addWidget(buttons);
     QObject::connect(buttons, &QDialogButtonBox::rejected, &dialog, &QDialog::reject);
     dialog.exec();
+}
+
+void QtToolkit::show_plot(const Plot& plot) {
+    if (!plot_window_) {
+        plot_window_ = new PlotWindow(plot, main_window());
+        plot_window_->show();
+    }
+    plot_window_->refresh();
+}
+
+void QtToolkit::close_plot() {
+    if (plot_window_) plot_window_->close();
+    delete plot_window_;
 }
 
 bool QtToolkit::save_image(const Image& image, const std::string& path, int quality) {

@@ -134,3 +134,27 @@ TEST(QtWindows, UpdateFetchReadsAnAnswerAndGivesUpOnSilence) {
 
 }  // namespace
 }  // namespace zentol
+
+namespace zentol {
+namespace {
+
+TEST(QtWindows, PlotWindowPaintsInUserUnits) {
+    QtToolkit tk;
+    tk.WindowOpenChild("plot", 200, 100);
+    tk.IGrUnits(0, 0, 2, 1);
+    tk.IGrColourN(24);   // red
+    tk.IGrMoveTo(0, 0.5);
+    tk.IGrLineTo(2, 0.5);
+    ASSERT_NE(tk.plot_window(), nullptr);
+    QImage shot = tk.plot_window()->grab().toImage();
+    ASSERT_EQ(shot.size(), QSize(200, 100));
+    QColor on = shot.pixelColor(100, 50), off = shot.pixelColor(100, 20);
+    EXPECT_GT(on.red(), 200);
+    EXPECT_GT(on.red() - on.green(), 100);   // red, softened by the smoothing of the line
+    EXPECT_EQ(off, QColor(Qt::white));
+    tk.WindowCloseChild();
+    EXPECT_EQ(tk.plot_window(), nullptr);
+}
+
+}  // namespace
+}  // namespace zentol
