@@ -7,6 +7,7 @@
 
 #include "session/session.h"
 #include "text/fixed_format.h"
+#include "toolkit/plot.h"
 
 namespace zentol {
 
@@ -16,6 +17,7 @@ Scene::Scene() {
     spheres.reserve(kAtomRows);
     sticks.reserve(2 * kMaxBonds);
     labels.reserve(kAtomRows);
+    circles.reserve(5);
 }
 
 int label_length(const Label& label) {
@@ -118,6 +120,17 @@ void add_bonds(const Session& s, const BondMarks& marks, const Frame& f, Scene& 
     }
 }
 
+void add_circles(const Session& s, const Frame& f, Scene& out) {
+    const auto c = colour_number(kPickCircleColour);
+    const std::array<float, 3> rgb{c[0] / 255.0f, c[1] / 255.0f, c[2] / 255.0f};
+    for (int k = 1; k <= std::clamp(s.view.circle_count, 0, 4); ++k) {
+        const int a = s.view.circle_list[k];
+        if (a < 1 || a > std::min(f.st.disp_natoms, kAtomRows)) continue;
+        out.circles.push_back(
+            {f.st.disp_x[a] * f.zoom, f.st.disp_y[a] * f.zoom, f.st.disp_z[a] * f.zoom, kPickCircleRadius, rgb});
+    }
+}
+
 }  // namespace
 
 void build_scene(const Session& s, Scene& out) { build_scene(s, session_bond_marks(s), out); }
@@ -135,6 +148,7 @@ void build_scene(const Session& s, const BondMarks& marks, Scene& out) {
     out.spheres.clear();
     out.sticks.clear();
     out.labels.clear();
+    out.circles.clear();
 
     const Frame f{st, s.flags.zoom, st.emphasis_count > 0};
     out.stick_radius = s.opt.bond_width * 0.3f * st.disp_scale * f.zoom;
@@ -147,6 +161,7 @@ void build_scene(const Session& s, const BondMarks& marks, Scene& out) {
     }
     if (atoms) add_atoms(s, f, out);
     if (!s.opt.hide_bonds && st.nbonds > 0) add_bonds(s, marks, f, out);
+    add_circles(s, f, out);
 }
 
 }  // namespace zentol

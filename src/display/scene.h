@@ -44,6 +44,17 @@ struct SceneLabel {
     int length;
 };
 
+// A 2-D ring around a picked atom: its centre is the projected point, its
+// radius a fraction of the viewport width, drawn over everything else.
+struct SceneCircle {
+    float x, y, z;
+    float radius;     // of the viewport width
+    std::array<float, 3> rgb;
+};
+
+inline constexpr int kPickCircleColour = 152;    // toolkit colour number
+inline constexpr float kPickCircleRadius = 0.01f;
+
 struct Scene {
     Scene();   // sized once for the largest molecule; building never allocates
 
@@ -57,6 +68,7 @@ struct Scene {
     std::vector<SceneSphere> spheres;   // in atom order
     std::vector<SceneStick> sticks;     // bond order; two halves a bond unless fast
     std::vector<SceneLabel> labels;
+    std::vector<SceneCircle> circles;
 
     std::array<float, 3> rgb(int entry) const {
         return palette[static_cast<std::size_t>(entry >= 0 && entry <= 48 ? entry : 0)];

@@ -124,6 +124,22 @@ int pick_atom(Session& s, float x, float y) {
     return found ? atom : 0;
 }
 
+void show_pick_circle(Session& s, int atom) {
+    ViewState& v = s.view;
+    if (v.circle_count >= 4) {
+        for (int k = 1; k < 4; ++k) v.circle_list[k] = v.circle_list[k + 1];
+        v.circle_count = 3;
+    }
+    v.circle_list[++v.circle_count] = atom;
+    draw_scene(s);
+}
+
+void clear_pick_circles(Session& s) {
+    if (s.view.circle_count == 0) return;
+    s.view.circle_count = 0;
+    draw_scene(s);
+}
+
 void rotate_loop(Session& s) {
     s.tk.WindowOutStatusBar(10, "Rotating");
     while (true) {

@@ -45,6 +45,11 @@ bool drag_rotation(Session& s, const Event& e);
 // status field 9 (a blank when none); returns it or 0.
 int pick_atom(Session& s, float x, float y);
 
+// The 2-D pick circle around an atom, kept (at most four) until
+// clear_pick_circles; both redraw.
+void show_pick_circle(Session& s, int atom);
+void clear_pick_circles(Session& s);
+
 // The rotation loop of Build and the engine modes: a press, drag and
 // release rotate and leave; Esc, close or a command/key leave at once.
 void rotate_loop(Session& s);

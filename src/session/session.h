@@ -147,6 +147,9 @@ struct ViewState {
     bool turned = false;            // the drag since the press turned the molecule
     int pick_list[5] = {0, 0, 0, 0, 0};
     int pick_count = 0;
+    // Atoms that carry a pick circle until the command that picked them ends.
+    int circle_list[5] = {0, 0, 0, 0, 0};
+    int circle_count = 0;
     BondMarks marks;
 };
 

@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include "display/view.h"
 #include "session/session.h"
+#include "toolkit/plot.h"
 #include "support/test_support.h"
 
 using namespace zentol;
@@ -289,4 +291,25 @@ TEST_F(SceneTest, TheLargestMoleculeIsBuiltWithoutGrowingTheScene) {
     EXPECT_EQ(scene.spheres.data(), spheres);
     EXPECT_EQ(scene.sticks.data(), sticks);
     EXPECT_EQ(scene.labels.data(), labels);
+}
+
+TEST_F(SceneTest, PickCirclesFollowTheirAtomsInMagenta) {
+    s.flags.zoom = 2.0f;
+    show_pick_circle(s, 2);
+    show_pick_circle(s, 9);   // no such atom: kept, never drawn
+    Scene scene = build();
+    ASSERT_EQ(scene.circles.size(), 1u);
+    EXPECT_FLOAT_EQ(scene.circles[0].x, s.store.disp_x[2] * 2.0f);
+    EXPECT_FLOAT_EQ(scene.circles[0].radius, 0.01f);
+    const auto magenta = colour_number(152);
+    EXPECT_GT(magenta[0], 200);
+    EXPECT_LT(magenta[1], 60);
+    EXPECT_FLOAT_EQ(scene.circles[0].rgb[0], magenta[0] / 255.0f);
+    EXPECT_FLOAT_EQ(scene.circles[0].rgb[1], magenta[1] / 255.0f);
+    // A fifth circle pushes out the oldest.
+    for (int a : {1, 1, 3}) show_pick_circle(s, a);
+    EXPECT_EQ(s.view.circle_count, 4);
+    EXPECT_EQ(s.view.circle_list[1], 9);
+    clear_pick_circles(s);
+    EXPECT_TRUE(build().circles.empty());
 }

@@ -22,6 +22,8 @@ constexpr int kSphereFloats = 8;    // centre, radius, rgba
 constexpr int kStickFloats = 10;    // from, to, rgba
 constexpr int kGlyphFloats = 11;    // pen position, box, atlas box
 constexpr int kMaxLabelChars = 7;
+constexpr int kCircleFloats = 7;    // centre, radius over the width, rgb
+constexpr int kMaxCircles = 4;
 
 constexpr int kAtlasEm = 64;        // pixels an em in the glyph atlas
 constexpr int kAtlasWidth = 1024;
@@ -207,6 +209,38 @@ void main() {
 }
 )";
 
+// The pick circle: a ring one and a half pixels wide around the projected
+// centre, drawn over the picture without depth.
+const char* const kCircleVertex = R"(
+layout(location = 0) in vec2 a_corner;
+layout(location = 1) in vec4 a_circle;
+layout(location = 2) in vec3 a_colour;
+uniform vec2 u_pixels;   // viewport size
+out vec2 v_offset;       // from the centre, in pixels
+flat out float v_radius;
+flat out vec3 v_colour;
+void main() {
+    vec3 e = (u_view * vec4(a_circle.xyz, 1.0)).xyz;
+    vec2 ndc = u_proj.xy * e.xy / -e.z + u_proj.zw;
+    v_radius = a_circle.w * u_pixels.x;
+    v_offset = (a_corner * 2.0 - 1.0) * (v_radius + 2.0);
+    gl_Position = vec4(ndc + v_offset * 2.0 / u_pixels, 0.0, 1.0);
+    v_colour = a_colour;
+}
+)";
+
+const char* const kCircleFragment = R"(
+in vec2 v_offset;
+flat in float v_radius;
+flat in vec3 v_colour;
+out vec4 o_colour;
+void main() {
+    float a = 1.0 - clamp(abs(length(v_offset) - v_radius) - 0.25, 0.0, 1.0);
+    if (a <= 0.0) discard;
+    o_colour = vec4(v_colour, a);
+}
+)";
+
 }  // namespace
 
 ScenePainter::ScenePainter() {
@@ -231,7 +265,8 @@ bool ScenePainter::build_programs() {
         return true;
     };
     return make(sphere_prog_, kSphereVertex, kSphereFragment) && make(stick_prog_, kStickVertex, kStickFragment) &&
-           make(text_prog_, kTextVertex, kTextFragment);
+           make(text_prog_, kTextVertex, kTextFragment) &&
+           make(circle_prog_, kCircleVertex, kCircleFragment);
 }
 
 void ScenePainter::build_atlas() {
@@ -343,6 +378,7 @@ bool ScenePainter::initialize() {
     make_vao(sphere_vao_, sphere_buf_, std::size_t(kAtomRows) * kSphereFloats, {4, 4});
     make_vao(stick_vao_, stick_buf_, std::size_t(2 * kMaxBonds) * kStickFloats, {3, 3, 4});
     make_vao(text_vao_, text_buf_, std::size_t(kAtomRows) * kMaxLabelChars * kGlyphFloats, {3, 4, 4});
+    make_vao(circle_vao_, circle_buf_, std::size_t(kMaxCircles) * kCircleFloats, {4, 3});
     glBindBuffer(GL_ARRAY_BUFFER, 0);
     build_atlas();
     ready_ = true;
@@ -354,11 +390,13 @@ void ScenePainter::release() {
     glDeleteVertexArrays(1, &sphere_vao_);
     glDeleteVertexArrays(1, &stick_vao_);
     glDeleteVertexArrays(1, &text_vao_);
-    for (unsigned* b : {&quad_, &sphere_buf_, &stick_buf_, &text_buf_}) glDeleteBuffers(1, b);
+    glDeleteVertexArrays(1, &circle_vao_);
+    for (unsigned* b : {&quad_, &sphere_buf_, &stick_buf_, &text_buf_, &circle_buf_}) glDeleteBuffers(1, b);
     glDeleteTextures(1, &atlas_);
     sphere_prog_.reset();
     stick_prog_.reset();
     text_prog_.reset();
+    circle_prog_.reset();
     ready_ = false;
 }
 
@@ -454,6 +492,24 @@ void ScenePainter::draw_labels(const Scene& scene, int width, int height, const 
     glBindTexture(GL_TEXTURE_2D, 0);
 }
 
+void ScenePainter::draw_circles(const Scene& scene, int width, int height) {
+    if (scene.circles.empty()) return;
+    data_.clear();
+    const std::size_t n = std::min<std::size_t>(scene.circles.size(), kMaxCircles);
+    for (std::size_t k = 0; k < n; ++k) {
+        const SceneCircle& c = scene.circles[k];
+        data_.insert(data_.end(), {c.x, c.y, c.z, c.radius, c.rgb[0], c.rgb[1], c.rgb[2]});
+    }
+    upload(circle_buf_, data_);
+    circle_prog_->bind();
+    set_camera(*circle_prog_, width, height, nullptr);
+    circle_prog_->setUniformValue("u_pixels", float(std::max(width, 1)), float(std::max(height, 1)));
+    glDisable(GL_DEPTH_TEST);
+    glBindVertexArray(circle_vao_);
+    glDrawArraysInstanced(GL_TRIANGLE_STRIP, 0, 4, static_cast<GLsizei>(n));
+    glBindVertexArray(0);
+}
+
 void ScenePainter::clear(float r, float g, float b, int width, int height) {
     glViewport(0, 0, width, height);
     glDisable(GL_SCISSOR_TEST);
@@ -477,6 +533,8 @@ void ScenePainter::paint(const Scene& scene, int width, int height, const Tile* 
     draw_spheres(scene, width, height, tile);
     draw_sticks(scene, width, height, tile);
     draw_labels(scene, width, height, tile);
+    // Pick feedback belongs to the window, not to a hard copy.
+    if (!tile) draw_circles(scene, width, height);
     glUseProgram(0);   // leaves no program bound for whoever draws next
     glDisable(GL_BLEND);
     glDisable(GL_DEPTH_TEST);

@@ -68,14 +68,15 @@ private:
     void draw_spheres(const Scene& scene, int width, int height, const Tile* tile);
     void draw_sticks(const Scene& scene, int width, int height, const Tile* tile);
     void draw_labels(const Scene& scene, int width, int height, const Tile* tile);
+    void draw_circles(const Scene& scene, int width, int height);
     void upload(unsigned buffer, const std::vector<float>& data);
 
     bool ready_ = false;
     QString error_;
-    std::unique_ptr<QOpenGLShaderProgram> sphere_prog_, stick_prog_, text_prog_;
+    std::unique_ptr<QOpenGLShaderProgram> sphere_prog_, stick_prog_, text_prog_, circle_prog_;
     unsigned quad_ = 0;                                   // the four corners of a unit square
-    unsigned sphere_vao_ = 0, stick_vao_ = 0, text_vao_ = 0;
-    unsigned sphere_buf_ = 0, stick_buf_ = 0, text_buf_ = 0;
+    unsigned sphere_vao_ = 0, stick_vao_ = 0, text_vao_ = 0, circle_vao_ = 0;
+    unsigned sphere_buf_ = 0, stick_buf_ = 0, text_buf_ = 0, circle_buf_ = 0;
     unsigned atlas_ = 0;
     Glyph glyphs_[96] = {};                               // ASCII 32..126, index c - 32
     std::vector<float> data_;                             // instance data of one draw, sized once

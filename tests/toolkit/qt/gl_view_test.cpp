@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include "display/projection.h"
+#include "display/view.h"
 #include "session/config.h"
 #include "session/session.h"
 #include "session/store_ops.h"
@@ -272,6 +273,28 @@ TEST_F(GlViewTest, PicturesForHardCopyAnySizeAndTiled) {
     QPoint c = at(2, QSize(5120, 3840));
     const std::size_t k = (static_cast<std::size_t>(c.y()) * 5120 + c.x()) * 3;
     EXPECT_TRUE(close_to({big->rgb[k], big->rgb[k + 1], big->rgb[k + 2]}, lit(2), 8));
+}
+
+TEST_F(GlViewTest, APickCircleRingsThePickedAtom) {
+    auto magenta_near = [&](const QImage& image, int atom) {
+        const QPoint c = at(atom, image.size());
+        const int r = static_cast<int>(0.01 * image.width());
+        int hits = 0;
+        for (int dx : {-r - 1, -r, -r + 1, r - 1, r, r + 1}) {
+            const Rgb p = pixel(image, c.x() + dx, c.y());
+            hits += p.r > 180 && p.b > 180 && p.g < 90;
+        }
+        return hits;
+    };
+    EXPECT_EQ(magenta_near(frame(), 2), 0);
+    show_pick_circle(s, 2);
+    drain();
+    QImage image = frame();
+    EXPECT_GE(magenta_near(image, 2), 2);   // both sides of the ring
+    EXPECT_EQ(magenta_near(image, 3), 0);
+    clear_pick_circles(s);
+    drain();
+    EXPECT_EQ(magenta_near(frame(), 2), 0);
 }
 
 }  // namespace
