@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "building/bond_perception.h"
+#include "building/connectivity.h"
 #include "display/colours.h"
 #include "session/config.h"
 #include "session/session.h"
@@ -115,7 +115,7 @@ SetupResult run_setup(Session& s) {
     r.palette_changed = s.opt.palette_choice != old_palette;
     s.tk.WindowOutStatusBar(7, level_name(s.flags.user_level));
     write_user_level(s);
-    if (!s.opt.colour_by_molecule) perceive_bonds_by_distance(s.store, &s.tk, s.opt.cov_tolerance);
+    if (!s.opt.colour_by_molecule) perceive_bonds(s.store, &s.tk, s.opt.cov_tolerance);
     return r;
 }
 

@@ -1,0 +1,166 @@
+#include "building/connectivity.h"
+
+#include <cmath>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "session/store_ops.h"
+#include "support/test_support.h"
+
+using namespace zentol;
+using zentol::testing::two_carbons;
+
+namespace {
+
+Store confirmed_store() {
+    Store st;
+    element_lookup(st, nullptr, "", kLookupConfirmAll);
+    return st;
+}
+
+// Bonds as the plain rule finds them, pair by pair in order.
+void perceive_pairwise(Store& st, float tolerance) {
+    for (int c = kConnFirstNbr; c <= kConnMark; ++c)
+        for (int i = 1; i <= st.natoms; ++i) st.conn[c][i] = 0;
+    for (int i = 1; i <= st.natoms; ++i)
+        for (int j = i + 1; j <= st.natoms; ++j) {
+            const float dx = st.atom_rec[i][kX] - st.atom_rec[j][kX];
+            const float dy = st.atom_rec[i][kY] - st.atom_rec[j][kY];
+            const float dz = st.atom_rec[i][kZ] - st.atom_rec[j][kZ];
+            if (std::sqrt(dx * dx + dy * dy + dz * dz) >= covalent_radius(st, nullptr, i) +
+                                                               covalent_radius(st, nullptr, j) + tolerance)
+                continue;
+            for (auto [a, b] : {std::pair{i, j}, std::pair{j, i}}) {
+                const int n = ++st.conn_count(a);
+                if (n <= kMaxNeighbours) st.nbr(a, n) = b;
+            }
+        }
+}
+
+// A chain a-b-c-d plus a ring of three (5,6,7) and a lone atom 8.
+Store small_graph() {
+    Store st = confirmed_store();
+    st.natoms = 8;
+    auto link = [&](int a, int b) {
+        add_neighbour(st, a, b);
+        add_neighbour(st, b, a);
+    };
+    link(1, 2);
+    link(2, 3);
+    link(3, 4);
+    link(5, 6);
+    link(6, 7);
+    link(7, 5);
+    return st;
+}
+
+}  // namespace
+
+TEST(Connectivity, SymbolsRadiiAndTypes) {
+    Store st = confirmed_store();
+    EXPECT_FLOAT_EQ(element_lookup(st, nullptr, "C12 ", kLookupRadius), 0.76f);
+    EXPECT_FLOAT_EQ(element_lookup(st, nullptr, "Cl  ", kLookupRadius), element_lookup(st, nullptr, "CL", 0));
+    EXPECT_NE(element_lookup(st, nullptr, "Cl  ", kLookupRadius), 0.76f);
+    EXPECT_FLOAT_EQ(element_lookup(st, nullptr, "Q   ", kLookupRadius), 0.77f);
+    EXPECT_FLOAT_EQ(element_lookup(st, nullptr, "Zz  ", kLookupRadius), 0.74f);
+    EXPECT_EQ(atom_type_of(st, "Q   "), 1);
+    EXPECT_EQ(atom_type_of(st, "Cn  "), 240);
+    EXPECT_EQ(atom_type_of(st, "C1  "), 1);
+    EXPECT_EQ(atom_type_of(st, "Zz  "), 1);
+    EXPECT_EQ(atom_type_of(st, "H   "), 5);
+    EXPECT_EQ(label_text(normalise_symbol("CL1")), "Cl1 ");
+    EXPECT_EQ(label_text(normalise_symbol("fe")), "Fe  ");
+    EXPECT_EQ(label_text(normalise_symbol("BX1")), "BX1 ");
+    EXPECT_EQ(label_text(normalise_symbol("CEN1")), "CEN1");
+    EXPECT_TRUE(is_hydrogen(make_label("D2")));
+    EXPECT_FALSE(is_hydrogen(make_label("C")));
+}
+
+TEST(Connectivity, DistanceRuleAndTheEighthSlot) {
+    Store st = confirmed_store();
+    two_carbons(st, 1.76f);   // 0.76 + 0.76 + 0.25 = 1.77
+    perceive_bonds(st, nullptr, 0.25f);
+    EXPECT_EQ(st.nbonds, 1);
+    two_carbons(st, 1.77f);
+    perceive_bonds(st, nullptr, 0.25f);
+    EXPECT_EQ(st.nbonds, 0);
+    // Ten hydrogens around a carbon: all counted, the eight first stored.
+    st.natoms = 11;
+    st.atom_rec[1] = {0, 0, 0, 0, 0, 0};
+    for (int i = 2; i <= 11; ++i) {
+        st.atom_label[i] = make_label("H" + std::to_string(i));
+        const float a = static_cast<float>(i) * 0.6f;
+        st.atom_rec[i] = {std::cos(a), std::sin(a), static_cast<float>(i % 3) * 0.1f, 0.0f, 0.0f, 0.0f};
+    }
+    perceive_bonds(st, nullptr, 0.05f);
+    EXPECT_EQ(st.conn_count(1), 10);
+    EXPECT_EQ(st.nbr(1, 8), 9);
+}
+
+TEST(Connectivity, TheGridFindsWhatEveryPairWouldFind) {
+    std::mt19937 rng(7);
+    const char* symbols[] = {"C", "H", "O", "N", "Fe", "Cl"};
+    for (int round = 0; round < 20; ++round) {
+        Store grid = confirmed_store();
+        const int n = 50 + round * 40;
+        // Dense clumps and one far outlier make uneven cells.
+        std::uniform_real_distribution<float> pos(0.0f, 4.0f + round);
+        for (int i = 1; i <= n; ++i) {
+            grid.atom_label[i] = make_label(symbols[rng() % 6]);
+            grid.atom_rec[i] = {pos(rng), pos(rng), pos(rng), 0, 0, 0};
+        }
+        if (round % 2) grid.atom_rec[n] = {500.0f, -300.0f, 2.0f, 0, 0, 0};
+        grid.natoms = n;
+        Store pairs = grid;
+        perceive_bonds(grid, nullptr, 0.25f);
+        perceive_pairwise(pairs, 0.25f);
+        for (int i = 1; i <= n; ++i) {
+            ASSERT_EQ(grid.conn_count(i), pairs.conn_count(i)) << "round " << round << " atom " << i;
+            for (int k = 1; k <= kMaxNeighbours; ++k) ASSERT_EQ(grid.nbr(i, k), pairs.nbr(i, k));
+        }
+    }
+}
+
+TEST(Connectivity, WalksFindFragmentsMoleculesAndRings) {
+    Store st = small_graph();
+    mark_fragment(st, 1);
+    for (int i = 1; i <= 4; ++i) EXPECT_TRUE(is_marked(st, i)) << i;
+    for (int i = 5; i <= 8; ++i) EXPECT_FALSE(is_marked(st, i)) << i;
+
+    number_molecules(st);
+    const float expected[] = {0, 1, 1, 1, 1, 2, 2, 2, 3};
+    for (int i = 1; i <= 8; ++i) EXPECT_EQ(st.atom_rec[i][kMolecule], expected[i]) << i;
+    number_molecules(st);   // atom 1 numbered already: numbering goes on above the largest
+    EXPECT_EQ(st.atom_rec[1][kMolecule], 4.0f);
+    EXPECT_EQ(st.atom_rec[8][kMolecule], 6.0f);
+
+    EXPECT_EQ(test_bond(st, 1, 3), kNotAdjacent);
+    EXPECT_EQ(test_bond(st, 5, 6), kRingBond);
+    EXPECT_EQ(test_bond(st, 2, 3), kChainBond);
+    EXPECT_TRUE(is_marked(st, 3));
+    EXPECT_TRUE(is_marked(st, 4));
+    EXPECT_FALSE(is_marked(st, 2));
+    EXPECT_FALSE(is_marked(st, 1));
+    EXPECT_TRUE(has_neighbour(st, 2, 3));   // the rows come back
+    EXPECT_TRUE(has_neighbour(st, 3, 2));
+}
+
+TEST(Connectivity, RemovingAnAtomRenumbersAndPacksTheRows) {
+    Store st = small_graph();
+    for (int i = 1; i <= 8; ++i) st.atom_label[i] = make_label("A" + std::to_string(i));
+    remove_atom(st, 2);   // the chain breaks: 1 | 2-3 (were 3-4)
+    EXPECT_EQ(st.natoms, 7);
+    EXPECT_EQ(label_text(st.atom_label[2]), "A3  ");
+    EXPECT_EQ(st.conn_count(1), 0);
+    EXPECT_EQ(st.nbr(1, 1), 0);
+    EXPECT_EQ(st.conn_count(2), 1);
+    EXPECT_EQ(st.nbr(2, 1), 3);
+    EXPECT_EQ(st.nbr(2, 2), 0);
+    EXPECT_EQ(st.nbr(4, 1), 5);   // the ring moved down one
+    EXPECT_EQ(st.nbr(4, 2), 6);
+    EXPECT_EQ(st.conn_count(7), 0);
+    EXPECT_EQ(st.nbr(8, 1), 0);   // the old last row is empty
+}
