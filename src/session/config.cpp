@@ -84,11 +84,33 @@ std::string zentol_def_text(const std::string& library, const std::string& scrat
     return library + "\n" + scratch + "\n" + text::format_i(level, 4) + "\n";
 }
 
+static void read_zentol_lines(Session& s, const std::string& path,
+                              const std::optional<std::vector<std::string>>& lines);
+
+void install_library(const std::string& shipped, const std::string& library_dir) {
+    std::error_code ec;
+    for (auto it = std::filesystem::recursive_directory_iterator(shipped, ec);
+         !ec && it != std::filesystem::recursive_directory_iterator(); it.increment(ec)) {
+        if (!it->is_regular_file(ec)) continue;
+        const std::string relative = std::filesystem::relative(it->path(), shipped, ec).generic_string();
+        const std::string target = library_dir + "/" + relative;
+        if (files::exists(target)) continue;
+        files::make_dirs(std::filesystem::path(target).parent_path().string());
+        files::copy(it->path().string(), target);
+    }
+}
+
 void read_zentol_def(Session& s) {
     std::string path = cfg_path(s, "zentol.def");
     auto lines = files::read_lines(path);
     s.job.library_dir = s.inst.default_library;
     s.job.scratch_dir = s.inst.default_scratch;
+    read_zentol_lines(s, path, lines);
+    install_library(s.inst.data_dir + "/library", s.job.library_dir);
+}
+
+static void read_zentol_lines(Session& s, const std::string& path,
+                              const std::optional<std::vector<std::string>>& lines) {
     if (!lines) {
         s.flags.user_level = 0;   // treated as Entry; field 7 stays empty
         files::write_atomic(path, zentol_def_text(s.job.library_dir, s.job.scratch_dir, 1));

@@ -29,6 +29,8 @@ std::string cfg_path(const Session& s, const std::string& name);   // <cfgset>/<
 // can't be read or is short is rewritten with what was read (defaults where
 // the file was missing).
 void read_zentol_def(Session& s);
+// Copies the shipped library molecules that the library directory lacks.
+void install_library(const std::string& shipped, const std::string& library_dir);
 void write_user_level(Session& s);
 std::string zentol_def_text(const std::string& library, const std::string& scratch, int level);
 

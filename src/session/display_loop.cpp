@@ -17,6 +17,7 @@
 #include "structure_files/geo_log.h"
 #include "structure_files/ins_file.h"
 #include "text/fixed_format.h"
+#include "building/build_mode.h"
 #include "toolkit/files.h"
 #include "toolkit/toolkit.h"
 
@@ -34,8 +35,8 @@ Event read_event(Session& s) {
             if (m.value == 41019) e.command = 19;
             if (m.value == 40019 || m.value == 40036) e.command = 0;
             break;
-        case MessageType::MouseDown: e.command = kCommandPress; break;
-        case MessageType::MouseUp: e.command = kCommandRelease; break;
+        case MessageType::MouseDown: e.command = kCommandPress; e.button = m.value; break;
+        case MessageType::MouseUp: e.command = kCommandRelease; e.button = m.value; break;
         case MessageType::MouseMove: e.moved = true; break;
         case MessageType::Resize: e.state = 1; break;
         case MessageType::Expose: e.state = 2; break;
@@ -177,7 +178,14 @@ bool dispatch(Session& s, const Event& e) {
         case kCommandClose:
         case kCommandExit: close_path(s); return false;
         case 2: open_document(s, help_page(s, "tutorial.html")); break;
-        case 3: mode_not_here(s, "Build mode"); break;
+        case 3:
+            build_mode(s);
+            if (s.build.close_requested) {
+                close_path(s);
+                return false;
+            }
+            loop_start(s);
+            break;
         case 4: setup(s); break;
         case 5: open_existing_job(s); break;
         case 6: open_document(s, help_page(s, "zentol.html")); break;

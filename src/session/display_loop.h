@@ -12,6 +12,7 @@ struct Event {
     float x = 0, y = 0; // view fractions of a mouse event, y from the bottom
     int command = 0;    // menu/tool id - 40000, 311 press, 411 release, 500 close
     bool moved = false; // a mouse move
+    int button = 0;     // mouse button of a press or release: 1 left, 3 right
 };
 
 inline constexpr int kCommandPress = 311;

@@ -153,6 +153,17 @@ struct ViewState {
     BondMarks marks;
 };
 
+// What Build mode keeps between its turns and between its visits.
+struct BuildState {
+    Label current_element{'C', ' ', ' ', ' '};   // offered in the Build dialog
+    float last_geometry = 6.0f;                   // the last geometry choice
+    bool molecule_empty = false;
+    bool add_mol_used = false;                    // since Build was entered
+    bool close_requested = false;
+    int extra_conn_count = 0;                     // bonds made by Mk.Conn, at most 9
+    int extra_conn[10][2] = {};
+};
+
 struct Session {
     Session(Toolkit& toolkit, Renderer& renderer) : tk(toolkit), renderer(renderer) {}
 
@@ -166,6 +177,7 @@ struct Session {
     StartWords words;
     Job job;
     ViewState view;
+    BuildState build;
     Toolkit& tk;
     Renderer& renderer;
 };

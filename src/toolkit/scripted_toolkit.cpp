@@ -73,13 +73,19 @@ std::optional<Message> ScriptedToolkit::parse_message(const std::vector<std::str
         auto id = text::read_i(w[1]);
         if (id && *id > 0) return Message{MessageType::Menu, static_cast<int>(*id), 0, 0};
     }
-    static const std::pair<const char*, MessageType> mouse[] = {
-        {"press", MessageType::MouseDown}, {"release", MessageType::MouseUp}, {"move", MessageType::MouseMove}};
-    for (const auto& [name, type] : mouse) {
+    struct Mouse {
+        const char* name;
+        MessageType type;
+        int button;
+    };
+    static const Mouse mouse[] = {{"press", MessageType::MouseDown, 1},   {"release", MessageType::MouseUp, 1},
+                                  {"press3", MessageType::MouseDown, 3},  {"release3", MessageType::MouseUp, 3},
+                                  {"move", MessageType::MouseMove, 1}};
+    for (const auto& [name, type, button] : mouse) {
         if (w[0] != name || w.size() != 3) continue;
-        if (w[1] == "atom") return Message{type, 1, 0, 0};   // located when delivered
+        if (w[1] == "atom") return Message{type, button, 0, 0};   // located when delivered
         auto fx = fraction(w[1]), fy = fraction(w[2]);
-        if (fx && fy) return Message{type, 1, *fx, *fy};
+        if (fx && fy) return Message{type, button, *fx, *fy};
     }
     return std::nullopt;
 }

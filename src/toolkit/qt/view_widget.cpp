@@ -17,8 +17,8 @@ namespace {
 int button_number(Qt::MouseButton b) {
     switch (b) {
         case Qt::LeftButton: return 1;
-        case Qt::RightButton: return 2;
-        case Qt::MiddleButton: return 3;
+        case Qt::RightButton: return 3;   // the right button is button 3 to every loop
+        case Qt::MiddleButton: return 2;
         default: return 0;
     }
 }

@@ -201,7 +201,7 @@ TEST_F(GlViewTest, ClicksAndKeysOnTheGlWindowReachTheLogic) {
     ASSERT_EQ(tk.pending_messages(), 2u);
     Message m = tk.next_message();
     EXPECT_EQ(m.type, MessageType::MouseDown);
-    EXPECT_EQ(m.value, 2);
+    EXPECT_EQ(m.value, 3);   // the right button
     EXPECT_NEAR(m.fx, 0.25, 1e-3);
     EXPECT_NEAR(m.fy, 0.5, 1e-3);
     m = tk.next_message();
