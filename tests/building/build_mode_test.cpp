@@ -3,6 +3,7 @@
 #include "building/build_mode.h"
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 
 #include <gtest/gtest.h>
@@ -121,4 +122,38 @@ TEST(BuildMode, AnIsolatedAtomAndACutBetweenStrangers) {
     EXPECT_GT(t.s.store.atom_rec[6][kX], t.s.store.atom_rec[1][kX] + 2.0f);
     ASSERT_EQ(t.tk.message_boxes().size(), 1u);
     EXPECT_NE(t.tk.message_boxes()[0].find("Atoms not Adjacent"), std::string::npos);
+}
+
+TEST(BuildMode, SubstituentsComeFromTheInstalledLibrary) {
+    TestSession t;
+    // Phenyl on a hydrogen of ethane: 8 - 1 + 12 - 1 atoms, one new C-C bond.
+    run_ptest(t, std::string(kEthane) + "press atom 4\ndialog 102 ok 1061=1\nmenu 40056\nclose\n");
+    const Store& st = t.s.store;
+    ASSERT_EQ(st.natoms, 18);
+    EXPECT_EQ(st.nbonds, 18);   // 17 tree bonds and the ring's closure
+    int aromatic = 0;
+    for (int i = 1; i <= st.natoms; ++i) aromatic += st.conn_type(i) == 50;
+    EXPECT_EQ(aromatic, 6);
+    // The ring carbon now bonded to the ethyl carbon sits a C-C bond away.
+    int ring_carbon = 0;
+    for (int k = 1; k <= st.conn_count(1); ++k)
+        if (st.conn_type(st.nbr(1, k)) == 50) ring_carbon = st.nbr(1, k);
+    ASSERT_GT(ring_carbon, 0);
+    const auto& a = st.atom_rec[1];
+    const auto& b = st.atom_rec[ring_carbon];
+    const float d = std::sqrt((a[0] - b[0]) * (a[0] - b[0]) + (a[1] - b[1]) * (a[1] - b[1]) + (a[2] - b[2]) * (a[2] - b[2]));
+    EXPECT_NEAR(d, 1.52f, 1e-3);
+    // Turned into place: no two unbonded atoms on top of each other.
+    for (int i = 1; i <= st.natoms; ++i)
+        for (int j = i + 1; j <= st.natoms; ++j) {
+            if (has_neighbour(st, i, j)) continue;
+            float s = 0;
+            for (int c = 0; c < 3; ++c) s += (st.atom_rec[i][c] - st.atom_rec[j][c]) * (st.atom_rec[i][c] - st.atom_rec[j][c]);
+            EXPECT_GT(std::sqrt(s), 1.4f) << i << " " << j;
+        }
+
+    // On an empty molecule the substituent's molecule comes as it stands.
+    TestSession empty;
+    run_ptest(empty, "key B\ndialog 102 ok 1061=1\nmenu 40056\nclose\n");
+    EXPECT_EQ(empty.s.store.natoms, 12);
 }
