@@ -17,6 +17,7 @@
 #include "structure_files/geo_log.h"
 #include "structure_files/ins_file.h"
 #include "text/fixed_format.h"
+#include "analysis/unique_names.h"
 #include "building/build_mode.h"
 #include "toolkit/files.h"
 #include "toolkit/toolkit.h"
@@ -205,7 +206,7 @@ bool dispatch(Session& s, const Event& e) {
         case 40: return hand_over_to(s, "zentol9", "Zentol-9", s.flags.switch_to_sibling);
         case 41: set_zoom(s, s.flags.zoom - 0.1f); break;
         case 42: set_zoom(s, 1.0f); break;
-        case 44: mode_not_here(s, "UniqueNames"); break;
+        case 44: make_unique_names(s); break;
         case 45: edit_log(s); break;
         case 52: mode_not_here(s, "ICONC mode"); break;
         case 60: redraw_screen(s); break;
@@ -260,6 +261,8 @@ void display_loop(Session& s) {
         } else if (!dispatch(s, command)) {
             return;
         }
+        // Commands that answer in field 9 leave their answer standing.
+        keep_message = command.command == 44 || command.command == 31 || command.command == 29;
         if (s.flags.exit_requested) {
             close_path(s);
             return;
