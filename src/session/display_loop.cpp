@@ -17,6 +17,7 @@
 #include "structure_files/geo_log.h"
 #include "structure_files/ins_file.h"
 #include "text/fixed_format.h"
+#include "analysis/point_group_command.h"
 #include "analysis/unique_names.h"
 #include "building/build_mode.h"
 #include "toolkit/files.h"
@@ -199,8 +200,8 @@ bool dispatch(Session& s, const Event& e) {
         case 14: mode_not_here(s, "Mopac mode"); break;
         case 15: mode_not_here(s, "Firefly mode"); break;
         case 26: show_current_job(s); break;
-        case 29: mode_not_here(s, "Alignment"); break;
-        case 31: mode_not_here(s, "Point group"); break;
+        case 29: align_to_symmetry(s); break;
+        case 31: point_group_command(s); break;
         case 32: check_for_updates(s); break;
         case 39: set_zoom(s, s.flags.zoom + 0.1f); break;
         case 40: return hand_over_to(s, "zentol9", "Zentol-9", s.flags.switch_to_sibling);

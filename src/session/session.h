@@ -112,7 +112,8 @@ struct Flags {
     bool iconc_available = false;
     int os_version = 0;
     int hardcopy_counter = 1;
-    bool xyz_damaged = false;       // the job's .xyz could not be read: leave its files alone
+    bool xyz_damaged = false;
+    bool symmetry_found = false;    // the last Point Group found more than C1       // the job's .xyz could not be read: leave its files alone
 };
 
 // How this instance was started.

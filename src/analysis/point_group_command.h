@@ -1,0 +1,28 @@
+// The Point Group and Align commands: the point-group program is run on the
+// job's SYMMOL.INP and mol_al.lst, its answer read back, and the symmetrised
+// coordinates taken over on request.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace zentol {
+
+struct Session;
+
+// The answer line of SYMMOL.OUT: the group in its first seven characters,
+// the deviation behind them (absolute, above 0.91 shown as 0.9).
+struct PointGroupAnswer {
+    std::string group;
+    double deviation = 0;
+};
+std::optional<PointGroupAnswer> read_point_group_answer(const std::vector<std::string>& lines);
+
+// "Point Group = D6h     0.0012"
+std::string point_group_text(const PointGroupAnswer& a);
+
+void point_group_command(Session& s);   // command 31
+void align_to_symmetry(Session& s);     // command 29
+
+}  // namespace zentol

@@ -1,0 +1,77 @@
+// The Point Group and Align commands against a stand-in point-group program
+// that answers with fixed files.
+#include "analysis/point_group_command.h"
+
+#include <cmath>
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+#include "support/test_support.h"
+#include "toolkit/files.h"
+
+using namespace zentol;
+using namespace zentol::testing;
+
+namespace {
+
+// Writes the answer files the way the real program does, in the job
+// directory it is run in.
+void install_fake_program(TestSession& t, const std::string& group_line) {
+    const std::string fake = t.dir / "fake_symmol";
+    write_file(fake, "#!/bin/sh\n"
+                     "test -f SYMMOL.INP || exit 1\n"
+                     "printf '  The molecule is aligned\\n' > MOL_AL.TXT\n"
+                     "printf ' \\n" + group_line + "\\nmore\\n' > SYMMOL.OUT\n"
+                     "printf 'listing\\n' > SYMMOL.LST\n"
+                     "printf 'O1      0.0 0.0 0.1\\nH2      0.0 0.8 -0.5\\nH3      0.0 -0.8 -0.5\\n' > SYMMETRZ.OUT\n");
+    std::filesystem::permissions(fake, std::filesystem::perms::owner_all);
+    t.s.engines.values["symmol"] = fake;
+}
+
+}  // namespace
+
+TEST(PointGroup, TheAnswerLineGivesGroupAndDeviation) {
+    auto a = read_point_group_answer({"", "  ", "D6h     -0.0123  extra", "C2v 1"});
+    ASSERT_TRUE(a);
+    EXPECT_EQ(a->group, "D6h    ");
+    EXPECT_DOUBLE_EQ(a->deviation, 0.0123);
+    EXPECT_EQ(point_group_text(*a), "Point Group = D6h      0.0123");
+    EXPECT_DOUBLE_EQ(read_point_group_answer({"C*v     0.95"})->deviation, 0.9);
+    EXPECT_FALSE(read_point_group_answer({"one", ""}));
+}
+
+TEST(PointGroup, TheCommandReportsAndAlignTakesTheSymmetrisedAtoms) {
+    TestSession t;
+    install_fake_program(t, "C2v     0.0300");
+    run_on_water(t, "menu 40031\nmenu 40029\n");
+    const std::string dir = t.scratch();
+    EXPECT_NE(read_file(dir + "/water.geo").find("Point Group = C2v      0.0300"), std::string::npos);
+    for (const char* gone : {"/MOL_AL.TXT", "/SYMMOL.LST", "/SYMMOL.OUT", "/SYMMOL.INP"})
+        EXPECT_FALSE(file_present(dir + gone)) << gone;
+    EXPECT_TRUE(t.s.flags.symmetry_found);
+    // The program's atoms are taken over (the exit keeps them as seen, so
+    // compare shapes): O-H 1.0, H-H 1.6.
+    auto d = [&](int a, int b) {
+        float sum = 0;
+        for (int c = 0; c < 3; ++c) sum += std::pow(t.s.store.atom_rec[a][c] - t.s.store.atom_rec[b][c], 2.0f);
+        return std::sqrt(sum);
+    };
+    EXPECT_NEAR(d(1, 2), 1.0, 1e-4);
+    EXPECT_NEAR(d(2, 3), 1.6, 1e-4);
+    EXPECT_EQ(t.tk.status(9), "View down principal axis/symm op");
+}
+
+TEST(PointGroup, C1LeavesAlignOffAndAMissingProgramIsTold) {
+    TestSession t;
+    install_fake_program(t, "C1      0.0000");
+    run_on_water(t, "menu 40031\nmenu 40029\n");
+    EXPECT_FALSE(t.s.flags.symmetry_found);
+    EXPECT_NE(t.s.store.atom_rec[2][1], 0.0f);   // untouched by Align
+
+    TestSession none;
+    none.s.engines.values["symmol"] = none.dir / "absent";
+    run_on_water(none, "menu 40031\n");
+    ASSERT_EQ(none.tk.message_boxes().size(), 1u);
+    EXPECT_NE(none.tk.message_boxes()[0].find("point-group program"), std::string::npos);
+}
