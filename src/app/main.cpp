@@ -2,6 +2,7 @@
 // zentol path/to/molecule.xyz
 // zentol --headless --script FILE [the same words]   runs with no display and
 //                                                    prints the transcript
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <sstream>
@@ -44,6 +45,9 @@ Arguments parse_arguments(int argc, char** argv) {
 void prepare_session(zentol::Session& s, zentol::Toolkit& tk) {
     s.inst = zentol::locate_installation();
     zentol::prepare_installation(s.inst);
+    std::error_code ec;
+    const auto self = std::filesystem::read_symlink("/proc/self/exe", ec);
+    if (!ec) zentol::install_programs(s.inst, self.parent_path().string());
     s.engines = zentol::read_engines_def(s.inst);
     tk.set_ui_dir(s.inst.data_dir + "/ui");
 }

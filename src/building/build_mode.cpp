@@ -4,8 +4,10 @@
 #include <cmath>
 #include <string>
 
+#include "building/bond_rotation.h"
 #include "building/build_commands.h"
 #include "building/connectivity.h"
+#include "building/geometry.h"
 #include "building/library.h"
 #include "building/placement.h"
 #include "display/view.h"
@@ -127,7 +129,7 @@ bool build_dialog_on(Session& s, BuildSite site) {
 
 // Returns true when Build is to end.
 bool dispatch(Session& s, int command) {
-    static const int kWriteBackFirst[] = {5, 7, 8, 24, 25, 26, 40, 41, 42, 44, 49, 77};
+    static const int kWriteBackFirst[] = {5, 7, 8, 24, 25, 40, 41, 42, 44, 77};
     if (std::find(std::begin(kWriteBackFirst), std::end(kWriteBackFirst), command) != std::end(kWriteBackFirst))
         write_back_view(s);
     switch (command) {
@@ -142,6 +144,11 @@ bool dispatch(Session& s, int command) {
             break;
         case 24: make_connection_command(s); break;
         case 25: remove_connections(s); break;
+        case 26: mark_bond_command(s); break;
+        case 41: bond_rotate(s, kRotateBond); break;
+        case 49:
+            if (geometry_command(s).command == kEndBuild) return true;
+            break;
         case 40: make_bond_command(s); break;
         case 42: delete_bond_command(s); break;
         case 44: delete_molecule_command(s); break;

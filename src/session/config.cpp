@@ -87,6 +87,19 @@ std::string zentol_def_text(const std::string& library, const std::string& scrat
 static void read_zentol_lines(Session& s, const std::string& path,
                               const std::optional<std::vector<std::string>>& lines);
 
+void install_programs(const Installation& inst, const std::string& program_dir) {
+    namespace fs = std::filesystem;
+    // Helper programs built with Zentol, under the names engines.def gives them.
+    static const std::pair<const char*, const char*> kPrograms[] = {{"zentol-symmol", "symmol"}};
+    for (const auto& [built, installed] : kPrograms) {
+        std::error_code ec;
+        const fs::path from = fs::path(program_dir) / built, to = fs::path(inst.bin) / installed;
+        if (!fs::exists(from, ec)) continue;
+        if (fs::exists(to, ec) && fs::last_write_time(to, ec) >= fs::last_write_time(from, ec)) continue;
+        fs::copy_file(from, to, fs::copy_options::overwrite_existing, ec);
+    }
+}
+
 void install_library(const std::string& shipped, const std::string& library_dir) {
     std::error_code ec;
     for (auto it = std::filesystem::recursive_directory_iterator(shipped, ec);

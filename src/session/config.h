@@ -29,6 +29,9 @@ std::string cfg_path(const Session& s, const std::string& name);   // <cfgset>/<
 // can't be read or is short is rewritten with what was read (defaults where
 // the file was missing).
 void read_zentol_def(Session& s);
+// Copies the helper programs built beside the program into bin/ when they
+// are missing there or older.
+void install_programs(const Installation& inst, const std::string& program_dir);
 // Copies the shipped library molecules that the library directory lacks.
 void install_library(const std::string& shipped, const std::string& library_dir);
 void write_user_level(Session& s);
