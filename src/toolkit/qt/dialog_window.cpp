@@ -7,6 +7,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QFormLayout>
+#include <QGridLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -97,8 +98,23 @@ void DialogWindow::add_radio(const FieldDesc& f, QFormLayout* form) {
     if (!group) group = new QButtonGroup(this);
     group->addButton(r);
     r->setChecked(model_.value(f.id).state != 0);
-    form->addRow(r);
     widgets_[f.id] = r;
+    int members = 0;
+    for (const FieldDesc& g : model_.desc().fields) members += g.kind == FieldKind::Radio && g.group == f.group;
+    if (members <= 12) {
+        form->addRow(r);
+        return;
+    }
+    // A long group fills two columns, top to bottom, so the dialog stays low.
+    QGridLayout*& grid = radio_grids_[f.group];
+    if (!grid) {
+        auto* box = new QWidget;
+        grid = new QGridLayout(box);
+        grid->setContentsMargins(0, 0, 0, 0);
+        form->addRow(box);
+    }
+    const int index = radio_counts_[f.group]++, rows = (members + 1) / 2;
+    grid->addWidget(r, index % rows, index / rows);
 }
 
 QWidget* DialogWindow::make_slider(const FieldDesc& f) {

@@ -13,6 +13,7 @@
 
 class QButtonGroup;
 class QFormLayout;
+class QGridLayout;
 class QHBoxLayout;
 
 namespace zentol {
@@ -47,6 +48,8 @@ private:
     DialogModel& model_;
     std::map<int, QWidget*> widgets_;
     std::map<int, QButtonGroup*> groups_;
+    std::map<int, QGridLayout*> radio_grids_;   // long radio groups stand in two columns
+    std::map<int, int> radio_counts_;
 };
 
 }  // namespace zentol
