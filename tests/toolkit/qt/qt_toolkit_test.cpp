@@ -246,8 +246,8 @@ TEST_F(QtToolkitTest, MouseMessagesGiveButtonsAndFractions) {
     mouse(QEvent::MouseButtonRelease, Qt::RightButton, {w, 0});
     mouse(QEvent::MouseButtonPress, Qt::MiddleButton, {w + 50, -5});
     expect_message(next_input(), MessageType::MouseDown, 1, 0.25, 0.5);
-    expect_message(next_input(), MessageType::MouseUp, 2, 1.0, 0.0);
-    expect_message(next_input(), MessageType::MouseDown, 3, 1.0, 0.0);   // outside: held at the edge
+    expect_message(next_input(), MessageType::MouseUp, 3, 1.0, 0.0);   // the right button is button 3
+    expect_message(next_input(), MessageType::MouseDown, 2, 1.0, 0.0);   // outside: held at the edge
 
     mouse(QEvent::MouseMove, Qt::NoButton, {w / 2, h / 2});
     EXPECT_EQ(tk.pending_messages(), 0u);   // moves are off until asked for
