@@ -85,6 +85,11 @@ public:
     AnswerFile& write_answer_line(long long value);
     AnswerFile& write_answer_line(int value) { return write_answer_line(static_cast<long long>(value)); }
     AnswerFile& write_answer_line(double value);
+    // A blank line: one single blank.
+    AnswerFile& write_blank_line() {
+        lines_.emplace_back(" ");
+        return *this;
+    }
     // A number in an Fw.d field, leading blanks stripped.
     AnswerFile& write_answer_line(double value, int w, int d);
 

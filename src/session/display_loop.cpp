@@ -20,6 +20,7 @@
 #include "analysis/point_group_command.h"
 #include "analysis/unique_names.h"
 #include "building/build_mode.h"
+#include "engines/tinker/tinker_mode.h"
 #include "toolkit/files.h"
 #include "toolkit/toolkit.h"
 
@@ -145,17 +146,6 @@ void write_zmatrix_input(Session& s) {
 }
 
 // Setup, then the new colours and sizes on the screen.
-void setup(Session& s) {
-    SetupResult r = run_setup(s);
-    if (!r.confirmed) return;
-    if (r.palette_changed) {
-        load_colour_map(s);
-        save_and_reload(s);
-    }
-    recolour_atoms(s);
-    s.renderer.init_gl_state();
-    draw_scene(s);
-}
 
 // Modes that have their own loop; until one is there its command only says so.
 void mode_not_here(Session& s, const char* name) {
@@ -188,7 +178,7 @@ bool dispatch(Session& s, const Event& e) {
             }
             loop_start(s);
             break;
-        case 4: setup(s); break;
+        case 4: setup_command(s); break;
         case 5: open_existing_job(s); break;
         case 6: open_document(s, help_page(s, "zentol.html")); break;
         case 7: save_job_as(s); break;
@@ -196,7 +186,7 @@ bool dispatch(Session& s, const Event& e) {
         case 10: s.flags.rot_step = 2; break;
         case 11: s.flags.rot_step = 5; break;
         case 12: ptest_in_scratch(s); break;
-        case 13: mode_not_here(s, "Tinker mode"); break;
+        case 13: mode_not_here(s, "Tinker mode"); break;  // TINKER-PENDING
         case 14: mode_not_here(s, "Mopac mode"); break;
         case 15: mode_not_here(s, "Firefly mode"); break;
         case 26: show_current_job(s); break;

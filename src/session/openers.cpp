@@ -13,8 +13,6 @@
 
 namespace zentol {
 
-namespace {
-
 bool runnable(const std::string& path) { return access(path.c_str(), X_OK) == 0 && files::exists(path); }
 
 std::string on_path(const std::string& name) {
@@ -30,8 +28,6 @@ std::string on_path(const std::string& name) {
     }
     return "";
 }
-
-}  // namespace
 
 std::string configured_program(const Session& s, const std::string& key) {
     std::string value(text::trim(s.engines.get(key)));

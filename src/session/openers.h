@@ -23,6 +23,10 @@ std::string help_page(const Session& s, const std::string& name);
 // toolkit's own editor.
 void edit_file(Session& s, const std::string& path);
 
+// An executable file; a bare program name looked up on PATH ("" when absent).
+bool runnable(const std::string& path);
+std::string on_path(const std::string& name);
+
 // A sibling program (zentol9, orbview, ...) that is configured and present.
 bool sibling_installed(const Session& s, const std::string& key);
 void tell_missing(Session& s, const std::string& what, const std::string& key);

@@ -113,7 +113,9 @@ struct Flags {
     int os_version = 0;
     int hardcopy_counter = 1;
     bool xyz_damaged = false;
-    bool symmetry_found = false;    // the last Point Group found more than C1       // the job's .xyz could not be read: leave its files alone
+    bool symmetry_found = false;
+    bool pg_aligned = false;
+    bool quit_requested = false;    // the window was closed inside a mode        // the molecule stands aligned to its point group    // the last Point Group found more than C1       // the job's .xyz could not be read: leave its files alone
 };
 
 // How this instance was started.

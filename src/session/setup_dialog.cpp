@@ -5,8 +5,10 @@
 
 #include "building/connectivity.h"
 #include "display/colours.h"
+#include "display/renderer.h"
 #include "session/config.h"
 #include "session/session.h"
+#include "session/store_ops.h"
 #include "structure_files/geo_log.h"
 #include "text/fixed_format.h"
 #include "toolkit/toolkit.h"
@@ -135,6 +137,18 @@ void recolour_atoms(Session& s) {
     }
     if (s.opt.colour_by_molecule) assign_molecule_colours(st);
     else assign_element_colours(st);
+}
+
+void setup_command(Session& s) {
+    SetupResult r = run_setup(s);
+    if (!r.confirmed) return;
+    if (r.palette_changed) {
+        load_colour_map(s);
+        save_and_reload(s);
+    }
+    recolour_atoms(s);
+    s.renderer.init_gl_state();
+    draw_scene(s);
 }
 
 }  // namespace zentol

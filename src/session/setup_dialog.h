@@ -21,4 +21,8 @@ SetupResult run_setup(Session& s);
 // molecule, or by element. Charge labels take their values from the log.
 void recolour_atoms(Session& s);
 
+// The Setup command of every mode: the dialog, then the colours and the
+// picture brought up to date.
+void setup_command(Session& s);
+
 }  // namespace zentol

@@ -1,0 +1,112 @@
+// What the Tinker programs are told, and what is read from their logs:
+// answer files line by line, and the real Tinker 26.2 logs in both forms.
+#include "engines/tinker/tinker_decks.h"
+
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+#include "engines/tinker/tinker_log.h"
+#include "engines/tinker/tinker_runs.h"
+#include "session/session.h"
+#include "support/test_support.h"
+#include "toolkit/files.h"
+
+using namespace zentol;
+using namespace zentol::testing;
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+Lines log_of(const std::string& program) {
+    return files::read_lines(test_data("tinker/" + program + "/ZENTOL.LOG")).value_or(Lines{});
+}
+
+// The same log without its leading column, as other Tinker builds print it.
+Lines unshifted(Lines lines) {
+    for (auto& l : lines) l = l.empty() ? l : l.substr(1);
+    return lines;
+}
+
+}  // namespace
+
+TEST(TinkerDecks, AnswerFilesInTheProgramsOrder) {
+    EXPECT_EQ(minimize_answers("butane.xyz", 0.01f).lines(), (Lines{"butane.xyz", "9.99999978E-03"}));
+    EXPECT_EQ(analyze_answers("butane.xyz", 'E').lines(), (Lines{"butane.xyz", "E"}));
+    EXPECT_EQ(analyze_answers("ptest.xyz", 'A').lines(), (Lines{"ptest.xyz", "Atest.xyz", "ALL"}));
+    EXPECT_EQ(analyze_answers("ptest.xyz", 'G').lines(), (Lines{"ptest.xyz", "Gtest.xyz"}));
+
+    TinkerSettings t;
+    EXPECT_EQ(dynamic_answers("b.xyz", t).lines(), (Lines{"b.xyz", "3000", "1.00000000", "0.100000001", "1"}));
+    t.tk_dyn_type = 2;
+    EXPECT_EQ(dynamic_answers("b.xyz", t).lines().back(), "300.000000");
+    t.tk_dyn_type = 3;
+    t.tk_curve = 2.5f;   // the pressure shares the cooling curve's cell
+    EXPECT_EQ(dynamic_answers("b.xyz", t).lines().back(), "2.50000000");
+    t.tk_dyn_type = 4;
+    EXPECT_EQ(dynamic_answers("b.xyz", t).lines().size(), 7u);
+
+    TinkerSettings a;
+    a.tk_anneal_cool = 400;
+    EXPECT_EQ(anneal_answers("butane.xyz", a).lines(),
+              (Lines{"butane.xyz", "1000.00000       0.00000000", "0", "400", "L", "1.0000", "0.1000", "0.0000"}));
+    EXPECT_EQ(curve_letter(1.0f), 'L');
+    EXPECT_EQ(curve_letter(2.0f), 'S');
+    EXPECT_EQ(curve_letter(3.0f), 'S');   // the second test wins: E is never given
+
+    EXPECT_EQ(vibrate_answers("butane.xyz", 7.0f).lines(), (Lines{"butane.xyz", "7", "0"}));
+    EXPECT_EQ(spacefill_answers("butane.xyz", 1, 1.4f).lines(), (Lines{"butane.xyz", "1", "Y", "N"}));
+    EXPECT_EQ(spacefill_answers("butane.xyz", 2, 1.4f).lines(), (Lines{"butane.xyz", "2", "1.4", "Y", "N"}));
+    EXPECT_EQ(animate_answers("butane.xyz", 7, 0.3f).lines(), (Lines{"butane.xyz", "7", "0.30", " "}));
+}
+
+TEST(TinkerDecks, TheBatchLineRedirectsTheDialogue) {
+    TestSession t;
+    t.s.engines.values["tinker_dir"] = t.dir.path();
+    write_file(t.dir / "minimize", "#!/bin/sh\n");
+    std::filesystem::permissions(t.dir / "minimize", std::filesystem::perms::owner_all);
+    EXPECT_EQ(tinker_batch(t.s, "minimize"),
+              (Lines{"'" + t.dir.path() + "/minimize' <'ZENTOL.INP' >'ZENTOL.LOG'", " "}));
+    EXPECT_FALSE(tinker_installed(t.s));   // the other six are missing
+}
+
+TEST(TinkerLog, EnergiesReadTheSameWithAndWithoutTheLeadingBlank) {
+    for (bool shift : {true, false}) {
+        SCOPED_TRACE(shift ? "shifted" : "unshifted");
+        const Lines minimize = shift ? log_of("minimize") : unshifted(log_of("minimize"));
+        EXPECT_EQ(log_shift(minimize), shift);
+        EXPECT_DOUBLE_EQ(final_function_value(minimize), 3.0866);
+        const Lines analyze = shift ? log_of("analyze") : unshifted(log_of("analyze"));
+        EXPECT_DOUBLE_EQ(total_potential_energy(analyze).value_or(0), 7.0517);
+    }
+    EXPECT_TRUE(vibrate_succeeded(log_of("vibrate")));
+    EXPECT_FALSE(vibrate_succeeded(log_of("analyze")));
+    EXPECT_FALSE(has_undefined_block(log_of("minimize")));
+
+    Lines low = log_of("minimize");
+    low.back() = " Final Function Value :         -998.0000";
+    for (auto& l : low)
+        if (l.find("Final Function Value") != std::string::npos) l = " Final Function Value :         -998.0000";
+    EXPECT_DOUBLE_EQ(final_function_value(low), -998.0);
+    EXPECT_DOUBLE_EQ(final_function_value(Lines{"", "", " #"}), kNoTinkerEnergy);
+    EXPECT_EQ(energy_status_text(3.0866), "           3.09 kcal/mol");
+    EXPECT_EQ(energy_log_line(3.0866), " Tinker energy =         3.08660 kcal/mol       12.91433 kJ/mol");
+}
+
+TEST(TinkerRuns, AnArchiveIsCutIntoAtMost99FrameFiles) {
+    TempDir dir;
+    std::filesystem::current_path(dir.path());
+    std::string archive;
+    for (int f = 1; f <= 120; ++f)
+        archive += "     1  frame " + std::to_string(f) + "\n     1  C      " + std::to_string(f) +
+                   ".000000    0.000000    0.000000     1\n";
+    write_file("job.arc", archive);
+    EXPECT_EQ(cut_archive("job.arc", "job", 1), 120);
+    const Lines frames = frame_files("job");
+    ASSERT_EQ(frames.size(), 99u);
+    EXPECT_EQ(frames[6], "job.007");
+    EXPECT_EQ(read_file("job.007").substr(0, 15), "     1  frame 7");
+    EXPECT_EQ(read_file("job.099").substr(0, 17), "     1  frame 120");
+    EXPECT_EQ(frame_name("job", 23), "job.023");
+}
