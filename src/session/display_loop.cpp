@@ -17,6 +17,7 @@
 #include "structure_files/geo_log.h"
 #include "structure_files/ins_file.h"
 #include "text/fixed_format.h"
+#include "analysis/lewis_command.h"
 #include "analysis/point_group_command.h"
 #include "analysis/unique_names.h"
 #include "building/build_mode.h"
@@ -205,7 +206,7 @@ bool dispatch(Session& s, const Event& e) {
         case 65: return hand_over_to(s, "orbview", "Orbview", s.flags.run_orbview_at_exit);
         case 78: open_document(s, help_page(s, "units.html")); break;
         case 80: write_zmatrix_input(s); break;
-        case 81: mode_not_here(s, "Lewis analysis"); break;
+        case 81: lewis_command(s); break;
         case 83: open_document(s, help_page(s, "periodic-table.html")); break;
         case 84: mode_not_here(s, "MultiWFN"); break;
         case 85: mode_not_here(s, "ORCA mode"); break;
