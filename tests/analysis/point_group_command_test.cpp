@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "session/startup.h"
 #include "support/test_support.h"
 #include "toolkit/files.h"
 
@@ -74,4 +75,19 @@ TEST(PointGroup, C1LeavesAlignOffAndAMissingProgramIsTold) {
     run_on_water(none, "menu 40031\n");
     ASSERT_EQ(none.tk.message_boxes().size(), 1u);
     EXPECT_NE(none.tk.message_boxes()[0].find("point-group program"), std::string::npos);
+}
+
+TEST(PointGroup, BenzeneIsD6hWithTheRealProgram) {
+    TestSession t;
+    t.s.engines.values["symmol"] = ZENTOL_SYMMOL_PROGRAM;
+    write_file(t.s.inst.cfgset + "/dir1.def", t.scratch() + "\n");
+    std::filesystem::copy_file(std::string(ZENTOL_TEST_DATA) + "/../../examples/benzene.xyz", t.scratch() + "/benzene.xyz");
+    t.tk.load_script("menu 40031\nmenu 40029\n");
+    run_program(t.s, {"zentol", "benzene", "1"});
+    const std::string geo = read_file(t.scratch() + "/benzene.geo");
+    EXPECT_NE(geo.find("Point Group = D6h    "), std::string::npos) << geo;
+    EXPECT_TRUE(t.s.flags.symmetry_found);
+    // Aligned: the ring lies in a plane turned 2 degrees from xy about x.
+    for (int i = 1; i <= 6; ++i)
+        EXPECT_NEAR(t.s.store.atom_rec[i][2] * 0.99939084f - t.s.store.atom_rec[i][1] * 0.0348995f, 0.0f, 1e-3) << i;
 }
