@@ -2,7 +2,7 @@
 # make test  install what is missing, build, run every test (GUI tests under
 #            xvfb-run), then the test programs again under AddressSanitizer+UBSan
 PACKAGES := cmake g++ make ccache libgtest-dev libgmock-dev libbenchmark-dev \
-            qt6-base-dev libqt6opengl6-dev libgl-dev libglu1-mesa-dev libgl1-mesa-dri \
+            qt6-base-dev qt6-charts-dev libqt6opengl6-dev libgl-dev libglu1-mesa-dev libgl1-mesa-dri \
             xvfb xauth mopac
 BUILD := build
 ASAN_BUILD := build-asan

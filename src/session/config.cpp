@@ -39,10 +39,11 @@ Installation locate_installation() {
 std::string default_engines_def(const Installation& inst) {
     const std::string b = inst.bin + "/";
     return "# Engines and helpers: one \"key value\" a line. A bare program name is looked\n"
-           "# up on PATH; an empty value means not installed.\n"
+           "# up on PATH; an empty value means not installed. mopac6 names a Mopac 6\n"
+           "# program (reads INPUT, writes output); mopac2016 the MOPAC of today.\n"
            "tinker_dir " + inst.root + "/exem\n"
            "mm3_params " + inst.root + "/exem/mm3\n"
-           "mopac6 mopac\nmopac2016 mopac\norca orca\nfirefly firefly\niconc iconc\nmultiwfn Multiwfn\n"
+           "mopac6\nmopac2016 mopac\norca orca\nfirefly firefly\niconc iconc\nmultiwfn Multiwfn\n"
            "symmol " + b + "symmol\nzmatgen " + b + "zmatgen\n"
            "zentol9 " + b + "zentol9\norbview " + b + "orbview\ntabview " + b + "tabview\nlauncher " + b + "brevan\n"
            "editor\nterminal x-terminal-emulator\nopener xdg-open\nupdate_url\n";

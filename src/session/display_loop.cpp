@@ -187,7 +187,14 @@ bool dispatch(Session& s, const Event& e) {
         case 10: s.flags.rot_step = 2; break;
         case 11: s.flags.rot_step = 5; break;
         case 12: ptest_in_scratch(s); break;
-        case 13: mode_not_here(s, "Tinker mode"); break;  // TINKER-PENDING
+        case 13:
+            tinker_mode(s);
+            if (s.flags.quit_requested) {
+                close_path(s);
+                return false;
+            }
+            loop_start(s);
+            break;
         case 14: mode_not_here(s, "Mopac mode"); break;
         case 15: mode_not_here(s, "Firefly mode"); break;
         case 26: show_current_job(s); break;

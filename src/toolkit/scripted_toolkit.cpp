@@ -107,9 +107,14 @@ void ScriptedToolkit::add_line(const std::string& raw) {
     if (w[0] == "dialog" && w.size() >= 3) {
         DialogAnswer a;
         auto id = text::read_i(w[1]);
-        if (!id || (w[2] != "ok" && w[2] != "cancel")) throw ScriptError("bad dialog answer: " + line);
+        // "ok", "cancel", or "button:N" for a dialog's other closing buttons.
+        const bool other = w[2].rfind("button:", 0) == 0;
+        auto button = other ? text::read_i(w[2].substr(7)) : std::optional<long long>(1);
+        if (!id || !button || *button < 1 || (!other && w[2] != "ok" && w[2] != "cancel"))
+            throw ScriptError("bad dialog answer: " + line);
         a.id = static_cast<int>(*id);
-        a.ok = w[2] == "ok";
+        a.ok = w[2] != "cancel";
+        a.button = static_cast<int>(*button);
         for (std::size_t k = 3; k < w.size(); ++k) {
             std::size_t eq = w[k].find('=');
             auto field = text::read_i(w[k].substr(0, eq));
@@ -119,6 +124,8 @@ void ScriptedToolkit::add_line(const std::string& raw) {
         dialog_answers_.push_back(std::move(a));
     } else if (w[0] == "msgbox" && w.size() == 2 && (w[1] == "yes" || w[1] == "no" || w[1] == "ok")) {
         box_answers_.push_back(w[1] == "no" ? 0 : 1);
+    } else if (w[0] == "print" && w.size() == 2 && (w[1] == "ok" || w[1] == "cancel")) {
+        print_answers_.push_back(w[1] == "ok");
     } else if ((w[0] == "file" || w[0] == "dir") && w.size() == 2) {
         auto& queue = w[0] == "file" ? file_answers_ : dir_answers_;
         queue.push_back(w[1] == "cancel" ? std::nullopt : std::optional<std::string>(w[1]));
@@ -221,8 +228,9 @@ int ScriptedToolkit::show_dialog(DialogModel& dialog, int type) {
                 note("dialog " + std::to_string(id) + " field " + std::to_string(field) + " refused: " + why);
             }
         }
-        note("dialog " + std::to_string(id) + " answered " + (a.ok ? "OK" : "Cancel"));
-        return a.ok ? 1 : 0;
+        note("dialog " + std::to_string(id) + " answered " +
+             (!a.ok ? "Cancel" : a.button == 1 ? "OK" : "button " + std::to_string(a.button)));
+        return a.ok ? a.button : 0;
     }
     note("dialog " + std::to_string(id) + " cancelled (no answer in the script)");
     return 0;
@@ -230,6 +238,21 @@ int ScriptedToolkit::show_dialog(DialogModel& dialog, int type) {
 
 void ScriptedToolkit::close_plot() {
     note("plot window \"" + plot().title + "\" closed with " + std::to_string(plot().items.size()) + " items");
+}
+
+void ScriptedToolkit::show_chart(const Chart& chart) {
+    chart_ = chart;
+    note("chart \"" + chart.title + "\" with " + std::to_string(chart.points.size()) + " points");
+}
+
+bool ScriptedToolkit::print_chart(const Chart& chart) {
+    const bool scripted = !print_answers_.empty();
+    const bool print = scripted && print_answers_.front();
+    if (scripted) print_answers_.pop_front();
+    if (print) ++charts_printed_;
+    note("print chart \"" + chart.title + "\": " +
+         (print ? "printed" : scripted ? "cancelled" : "cancelled (no answer in the script)"));
+    return print;
 }
 
 int ScriptedToolkit::WMessageBox(int buttons, MessageIcon, int, const std::string& text, const std::string&) {

@@ -18,6 +18,7 @@ namespace zentol {
 struct DialogAnswer {
     int id = 0;
     bool ok = true;
+    int button = 1;                                      // the closing button of an answer that is not Cancel
     std::vector<std::pair<int, std::string>> fields;   // field number, value as typed
 };
 
@@ -58,6 +59,10 @@ public:
     void wait_hundredths(int) override {}
     void edit_text_file(const std::string& path) override { note("editor: " + path); }
     void show_text(const std::string& title, const std::string&) override { note("viewer: " + title); }
+    void show_chart(const Chart& chart) override;
+    // Answered by "print ok" or "print cancel"; cancelled when the script
+    // has no answer, as every chooser is.
+    bool print_chart(const Chart& chart) override;
 
     // What was recorded.
     const std::vector<std::string>& transcript() const { return transcript_; }
@@ -69,6 +74,9 @@ public:
     const std::string& window_title() const { return title_; }
     bool closed() const { return closed_; }
     std::size_t pending_messages() const { return messages_.size(); }
+    // The chart shown last, and how many charts went to the printer.
+    const std::optional<Chart>& last_chart() const { return chart_; }
+    int charts_printed() const { return charts_printed_; }
 
 protected:
     int show_dialog(DialogModel& dialog, int type) override;
@@ -83,6 +91,7 @@ private:
     std::deque<std::pair<Message, int>> messages_;   // message, atom to locate (0 none)
     std::deque<DialogAnswer> dialog_answers_;
     std::deque<int> box_answers_;                    // 1 yes/ok, 0 no
+    std::deque<bool> print_answers_;                 // true print, false cancel
     std::deque<std::optional<std::string>> file_answers_, dir_answers_;
     std::function<std::optional<std::pair<float, float>>(int)> locator_;
 
@@ -91,6 +100,8 @@ private:
     std::vector<std::pair<int, std::string>> status_writes_;
     std::vector<std::string> message_boxes_;
     std::vector<int> dialogs_shown_;
+    std::optional<Chart> chart_;
+    int charts_printed_ = 0;
     std::vector<std::pair<int, std::string>> menu_strings_;
     std::string title_;
     int width_ = 800, height_ = 600;

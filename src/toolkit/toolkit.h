@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "display/image.h"
+#include "toolkit/chart.h"
 #include "toolkit/dialog_model.h"
 #include "toolkit/plot.h"
 
@@ -101,6 +102,16 @@ public:
     // here, .png and .jpg where the toolkit has image writers). quality is
     // for JPEG, -1 for the writer's default.
     virtual bool save_image(const Image& image, const std::string& path, int quality);
+
+    // A chart in a window of its own, which stays up until the next chart
+    // replaces it or the program closes its windows.
+    virtual void show_chart(const Chart& chart) { (void)chart; }
+    // The system print dialog, then the chart on the chosen printer; false
+    // when the dialog was cancelled or nothing could be printed.
+    virtual bool print_chart(const Chart& chart) {
+        (void)chart;
+        return false;
+    }
 
     // The second window for plots and its 2-D calls, in the units set by
     // IGrUnits (y upwards).

@@ -100,6 +100,7 @@ int QtToolkit::window_size(int which) {
 void QtToolkit::close_all() {
     for (auto& [id, dialog] : modeless_) delete dialog.data();
     modeless_.clear();
+    delete chart_window_.data();
     if (window_) {
         window_->allow_close();
         window_->close();

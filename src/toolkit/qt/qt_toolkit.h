@@ -12,6 +12,7 @@
 #include <QString>
 #include <QStringList>
 
+#include "toolkit/qt/chart_window.h"
 #include "toolkit/qt/dialog_window.h"
 #include "toolkit/qt/main_window.h"
 #include "toolkit/qt/message_queue.h"
@@ -58,6 +59,8 @@ public:
     void show_text(const std::string& title, const std::string& text) override;
     bool save_image(const Image& image, const std::string& path, int quality) override;
     std::optional<std::string> http_get(const std::string& url, int timeout_ms) override;
+    void show_chart(const Chart& chart) override;
+    bool print_chart(const Chart& chart) override;
 
     // For the program and the tests.
     MainWindow* main_window() const { return window_; }   // nullptr when closed
@@ -66,6 +69,7 @@ public:
     // The open non-modal dialog with this number, or nullptr.
     DialogWindow* dialog_window(int id) const;
     PlotWindow* plot_window() const { return plot_window_; }
+    ChartWindow* chart_window() const { return chart_window_; }   // nullptr when none is up
     // Queues a message as if a widget had sent it.
     void post(const Message& m) { queue_.post(m); }
     std::size_t pending_messages() const { return queue_.size(); }
@@ -84,6 +88,7 @@ private:
     QPointer<MainWindow> window_;
     std::map<int, QPointer<DialogWindow>> modeless_;
     QPointer<PlotWindow> plot_window_;
+    QPointer<ChartWindow> chart_window_;
 };
 
 }  // namespace zentol

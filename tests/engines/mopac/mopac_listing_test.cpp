@@ -1,0 +1,274 @@
+// The MOPAC listing and graph-file readers on real listings of MOPAC 2016 and
+// of the open-source MOPAC 22, and on Mopac 6 style listings built here.
+#include "engines/mopac/mopac_listing.h"
+
+#include <cmath>
+
+#include <gtest/gtest.h>
+
+#include "support/test_support.h"
+#include "text/fixed_format.h"
+#include "toolkit/files.h"
+
+using namespace zentol;
+using namespace zentol::testing;
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+Lines data(const std::string& name) {
+    auto lines = files::read_lines(test_data("mopac/" + name));
+    EXPECT_TRUE(lines.has_value()) << name;
+    return lines.value_or(Lines{});
+}
+
+Lines without(Lines lines, const std::string& key) {
+    std::erase_if(lines, [&](const std::string& l) { return l.find(key) != std::string::npos; });
+    return lines;
+}
+
+// The listing up to (not including) the first line holding `key`.
+Lines up_to(const Lines& lines, const std::string& key) {
+    Lines out;
+    for (const auto& l : lines) {
+        if (l.find(key) != std::string::npos) break;
+        out.push_back(l);
+    }
+    return out;
+}
+
+// A listing with eigenvalue blocks in either layout: Mopac 6 ("    ROOT NO.",
+// F12.5 behind 8 columns on the third line) or the open-source MOPAC
+// ("   Root No.", F10.3 behind 12 columns on the fourth line); then charges
+// and the Mopac 6 geometry (3F10.4 behind 30 columns).
+Lines listing_with_blocks(const std::vector<double>& e, bool mopac6, std::size_t per_block) {
+    Lines l{"     SCF FIELD WAS ACHIEVED", "          TOTAL ENERGY            =       -348.12345 EV",
+            "          NO. OF FILLED LEVELS    =          2", "                EIGENVECTORS"};
+    for (std::size_t first = 0; first < e.size(); first += per_block) {
+        std::string roots = mopac6 ? "    ROOT NO." : "   Root No.", values = text::blanks(mopac6 ? 8 : 12);
+        for (std::size_t k = first; k < std::min(e.size(), first + per_block); ++k) {
+            roots += text::format_i(static_cast<long long>(k + 1), 10);
+            values += mopac6 ? text::format_f(e[k], 12, 5) : text::format_f(e[k], 10, 3);
+        }
+        l.insert(l.end(), {roots, "", "                 1 A"});
+        if (!mopac6) l.push_back("");
+        l.insert(l.end(), {values, "  S   O    1    0.8516", ""});
+    }
+    l.insert(l.end(), {"              NET ATOMIC CHARGES AND DIPOLE CONTRIBUTIONS", "",
+                       "  ATOM NO.   TYPE          CHARGE        ATOM  ELECTRON DENSITY",
+                       "    1          O          -0.6130         6.6130",
+                       "    2          H           0.3065         0.6935", "", "          CARTESIAN COORDINATES", "",
+                       "    NO.       ATOM         X         Y         Z", "",
+                       "     1         O                  0.0000    0.0000    0.1173",
+                       "     2         H                  0.0000    0.7572   -0.4692"});
+    return l;
+}
+
+}  // namespace
+
+TEST(MopacListing, EnergyFromTheTotalLineOrFromItsParts) {
+    const MopacListing benzene = read_mopac_listing(data("m2016_benzene.out"), 1, 1, 12);
+    EXPECT_DOUBLE_EQ(benzene.energy, -817.56195);
+    EXPECT_EQ(benzene.status_text, "      -817.56195 EV ");
+
+    // With DISP the open-source MOPAC prints a kcal/mol total first.
+    const Lines disp = data("m22_water_E_DISP.out");
+    const MopacListing water = read_mopac_listing(disp, 1, 1, 3);
+    EXPECT_DOUBLE_EQ(water.energy, -322.67879);
+    EXPECT_EQ(water.status_text, "      -322.67879 EV ");
+
+    // Without a total the parts add up to it, and the status reads the same.
+    const MopacListing summed = read_mopac_listing(without(disp, "TOTAL ENERGY"), 1, 1, 3);
+    EXPECT_TRUE(summed.energy_summed);
+    EXPECT_NEAR(summed.energy, -322.67879, 1e-9);
+    EXPECT_EQ(summed.status_text, water.status_text);
+    EXPECT_TRUE(summed.complete());
+
+    // Mopac 6 always printed the total: its absence is a fault there.
+    EXPECT_FALSE(read_mopac_listing(without(disp, "TOTAL ENERGY"), 0, 1, 3).energy_found);
+}
+
+TEST(MopacListing, HomoIndexAndOrbitalEnergiesOfRealListings) {
+    struct Case {
+        const char* file;
+        int version, multiplicity, natoms, homo;
+        std::size_t orbitals;
+        float homo_energy, lumo_energy;   // as the listing's own HOMO/LUMO line gives them
+    };
+    const Case cases[] = {
+        {"m22_water_E_DISP.out", 1, 1, 3, 4, 6, -12.095f, 4.044f},
+        {"m22_water_optF.out", 1, 1, 3, 4, 6, -12.115f, 4.049f},   // the force job's roots stay out
+        {"m22_ch3_RHF.out", 1, 2, 4, 4, 7, -4.713f, 6.265f},       // the SOMO: filled levels + 1
+        {"m22_ch3_UHF.out", 1, 2, 4, 4, 7, -9.966f, 6.172f},       // the alpha set only
+        {"m22_o2_OPEN.out", 1, 3, 2, 6, 8, -5.029f, -5.029f},      // two open levels
+        {"m22_ethanol_E.out", 1, 1, 9, 10, 17, -10.878f, 3.500f},  // orbitals 2..17 printed
+        {"m2016_benzene.out", 1, 1, 12, 15, 30, -9.82366f, 0.23578f},  // the upper of a pair
+        {"m2016_o2_trip.out", 1, 3, 2, 6, 8, -10.66781f, -10.66781f},  // beta electrons + 1
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.file);
+        const MopacListing r = read_mopac_listing(data(c.file), c.version, c.multiplicity, c.natoms);
+        ASSERT_TRUE(r.vectors_found);
+        EXPECT_EQ(r.homo_index, c.homo);
+        ASSERT_EQ(r.mo_energy.size(), c.orbitals);
+        EXPECT_FLOAT_EQ(r.mo_energy[static_cast<std::size_t>(c.homo - 1)], c.homo_energy);
+        EXPECT_FLOAT_EQ(r.mo_energy[static_cast<std::size_t>(c.homo)], c.lumo_energy);
+    }
+
+    EXPECT_EQ(read_mopac_listing(data("m22_ethanol_E.out"), 1, 1, 9).first_orbital, 2);
+}
+
+TEST(MopacListing, Mopac6BlocksAndTheTableLimit) {
+    const MopacListing six =
+        read_mopac_listing(listing_with_blocks({-40.5, -20.25, -5.125, 3.0, 4.5, 6.75}, true, 4), 0, 1, 2);
+    EXPECT_TRUE(six.complete());
+    EXPECT_EQ(six.homo_index, 2);
+    EXPECT_EQ(six.mo_energy, (std::vector<float>{-40.5f, -20.25f, -5.125f, 3.0f, 4.5f, 6.75f}));
+    EXPECT_EQ(six.charges, (std::vector<float>{-0.6130f, 0.3065f}));
+
+    // 501 orbitals: the last value overwrites entry 500, in either block form.
+    std::vector<double> many;
+    for (int k = 1; k <= 501; ++k) many.push_back(-60.0 + 0.125 * k);
+    for (const Lines& listing : {listing_with_blocks(many, true, 10), listing_with_blocks(many, false, 8)}) {
+        const MopacListing r = read_mopac_listing(listing, 0, 1, 2);
+        ASSERT_EQ(r.mo_energy.size(), 500u);
+        EXPECT_FLOAT_EQ(r.mo_energy[0], -59.875f);
+        EXPECT_FLOAT_EQ(r.mo_energy[498], -60.0f + 0.125f * 499);
+        EXPECT_FLOAT_EQ(r.mo_energy[499], -60.0f + 0.125f * 501);
+    }
+}
+
+TEST(MopacListing, ChargesAndSpinDensities) {
+    const MopacListing water = read_mopac_listing(data("m22_water_E_DISP.out"), 1, 1, 3);
+    EXPECT_EQ(water.charges, (std::vector<float>{-0.645360f, 0.322680f, 0.322680f}));
+    EXPECT_EQ(mopac_spin_log(water, {"O", "H", "H"}), Lines{});
+
+    // From 251 atoms on the charges are not kept and no side log is written.
+    const MopacListing big = read_mopac_listing(data("m22_water_E_DISP.out"), 1, 1, 251);
+    EXPECT_TRUE(big.charges.empty());
+    EXPECT_EQ(mopac_charge_log(big, Lines(251, "H")), Lines{});
+    EXPECT_EQ(mopac_charge_log(water, Lines(250, "H")).size(), 4u);
+
+    // RHF doublet: the C.I. table, total in the last column.
+    const MopacListing rhf = read_mopac_listing(data("m22_ch3_RHF.out"), 1, 2, 4);
+    EXPECT_TRUE(rhf.complete());
+    EXPECT_EQ(rhf.spin_density, (std::vector<float>{1.0f, 0.0f, 0.0f, 0.0f}));
+    // UHF: the spin populations, total in the first column.
+    const MopacListing uhf = read_mopac_listing(data("m22_ch3_UHF.out"), 1, 2, 4);
+    EXPECT_TRUE(uhf.complete());
+    EXPECT_EQ(uhf.spin_density, (std::vector<float>{1.0910f, -0.0303f, -0.0303f, -0.0303f}));
+    for (const char* triplet : {"m2016_o2_trip.out", "m22_o2_OPEN.out"}) {
+        const MopacListing o2 = read_mopac_listing(data(triplet), 1, 3, 2);
+        EXPECT_TRUE(o2.complete()) << triplet;
+        EXPECT_EQ(o2.spin_density, (std::vector<float>{1.0f, 1.0f})) << triplet;
+    }
+
+    EXPECT_EQ(mopac_charge_log(rhf, {"C1", "H1", "H2", "H3"}),
+              (Lines{"#MOP atom charges", "C1           -0.4070", "H1            0.1357", "H2            0.1357",
+                     "H3            0.1357"}));
+    EXPECT_EQ(mopac_spin_log(uhf, {"C1", "H1", "H2", "H3"}),
+              (Lines{"#MOP spin densities", "C1            1.0910000", "H1           -0.0303000",
+                     "H2           -0.0303000", "H3           -0.0303000"}));
+}
+
+TEST(MopacListing, FinalStructureTurnedTwoDegrees) {
+    // The 2016 generation: the final block, not the input echo of the
+    // ten-blank key (there the first hydrogen stands at x = 1.0790).
+    const MopacListing ch3 = read_mopac_listing(data("m22_ch3_RHF.out"), 1, 2, 4);
+    ASSERT_EQ(ch3.coordinates.size(), 4u);
+    EXPECT_FLOAT_EQ(ch3.coordinates[1][0], 1.056744256f);
+    EXPECT_NEAR(ch3.coordinates[2][1], 0.915123730 * 0.99939084, 1e-6);
+    EXPECT_NEAR(ch3.coordinates[2][2], 0.915123730 * 0.0348995, 1e-6);
+
+    // Mopac 6 columns.
+    const MopacListing six = read_mopac_listing(listing_with_blocks({-40.0, 4.0}, true, 4), 0, 1, 2);
+    ASSERT_EQ(six.coordinates.size(), 2u);
+    EXPECT_NEAR(six.coordinates[1][1], 0.7572 * 0.99939084 + 0.4692 * 0.0348995, 1e-6);
+    EXPECT_NEAR(six.coordinates[1][2], 0.7572 * 0.0348995 - 0.4692 * 0.99939084, 1e-6);
+
+    // Two updates stand 4 degrees about x from the start.
+    std::array<float, 3> p{0.3f, 1.2f, -0.7f};
+    for (int i = 0; i < 2; ++i) p = turn_two_degrees(p[0], p[1], p[2]);
+    const double c = std::cos(4 * M_PI / 180), s = std::sin(4 * M_PI / 180);
+    EXPECT_FLOAT_EQ(p[0], 0.3f);
+    EXPECT_NEAR(p[1], 1.2 * c + 0.7 * s, 1e-6);
+    EXPECT_NEAR(p[2], 1.2 * s - 0.7 * c, 1e-6);
+}
+
+TEST(MopacListing, MissingKeysStopTheReading) {
+    // The open-source MOPAC without DISP prints no energy at all.
+    const MopacListing plain = read_mopac_listing(data("m22_water_E.out"), 1, 1, 3);
+    EXPECT_TRUE(plain.scf_found);
+    EXPECT_FALSE(plain.energy_found);
+    EXPECT_FALSE(plain.levels_found || plain.coordinates_found || plain.complete());
+
+    const Lines disp = data("m22_water_E_DISP.out");
+    const MopacListing failed = read_mopac_listing(without(disp, "SCF FIELD WAS ACHIEVED"), 1, 1, 3);
+    EXPECT_FALSE(failed.scf_found);
+    EXPECT_FALSE(failed.energy_found);
+
+    // A listing that ends in the charge table keeps what it read, and the
+    // reading ends there, though the structure stands further up.
+    Lines cut = up_to(disp, "    2          H           0.322680");
+    const MopacListing short_table = read_mopac_listing(cut, 1, 1, 3);
+    EXPECT_EQ(short_table.charges, std::vector<float>{-0.645360f});
+    EXPECT_FALSE(short_table.coordinates_found);
+
+    // An open shell needs its spin table; the structure is not reached.
+    const MopacListing no_spin = read_mopac_listing(disp, 1, 2, 3);
+    EXPECT_TRUE(no_spin.charges_found);
+    EXPECT_FALSE(no_spin.spin_found || no_spin.coordinates_found || no_spin.complete());
+
+    // Mopac 6 looks for its own geometry key.
+    const Lines no_geometry = without(listing_with_blocks({-40.0}, true, 4), "CARTESIAN");
+    EXPECT_FALSE(read_mopac_listing(no_geometry, 0, 1, 2).coordinates_found);
+}
+
+TEST(MopacListing, GeoLogLines) {
+    const MopacListing water = read_mopac_listing(data("m22_water_E_DISP.out"), 1, 1, 3);
+    EXPECT_EQ(mopac_geo_lines(water, true),
+              (Lines{"", " Mopac Energy calculation", "     M.O.    Energy(eV)", "       6     6.30600",
+                     "       5     4.04400 L.U.M.O", "       4   -12.09500 H.O.M.O", "       3   -14.25100",
+                     "       2   -17.76100", "       1   -29.59600",
+                     " Total Energy =      -322.67879 eV       -31133.50333 kJ/mol"}));
+
+    const Lines ethanol = mopac_geo_lines(read_mopac_listing(data("m22_ethanol_E.out"), 1, 1, 9), false);
+    ASSERT_EQ(ethanol.size(), 2u + 1u + 16u + 1u);
+    EXPECT_EQ(ethanol[1], " Mopac Optimize calculation");
+    EXPECT_EQ(ethanol[3], "      17     5.21500");
+    EXPECT_EQ(ethanol[18], "       2   -31.56000");
+
+    // As far as the reader got: the title alone when the orbitals are missing.
+    const Lines cut = up_to(data("m22_water_E_DISP.out"), "                EIGENVECTORS");
+    const MopacListing no_vectors = read_mopac_listing(cut, 1, 1, 3);
+    EXPECT_EQ(mopac_geo_lines(no_vectors, true), (Lines{"", " Mopac Energy calculation"}));
+    EXPECT_EQ(mopac_charge_log(no_vectors, {"O", "H", "H"}), Lines{});
+    EXPECT_EQ(mopac_geo_lines(read_mopac_listing(data("m22_water_E.out"), 1, 1, 3), true), Lines{});
+}
+
+TEST(MopacGraphFile, AtomsOrbitalsAndTheHomo) {
+    const Mop2016Vectors water = read_mop2016_vectors(data("m22_water_E.mgf"));
+    EXPECT_EQ(water.natoms, 3);
+    EXPECT_EQ(water.nbasis, 6);
+    ASSERT_EQ(water.atoms.size(), 3u);
+    EXPECT_EQ(water.atoms[0].atomic_number, 8);
+    EXPECT_DOUBLE_EQ(water.atoms[2].charge, 0.3227);
+    ASSERT_EQ(water.orbitals.size(), 6u);
+    EXPECT_EQ(water.orbitals[3].symmetry, "1a\"");
+    ASSERT_EQ(water.orbitals[5].coefficients.size(), 6u);
+    EXPECT_DOUBLE_EQ(water.orbitals[5].coefficients[5], 0.58137111);
+    EXPECT_EQ(water.geo_lines, (Lines{" Mopac 2016", "     M.O.    Energy(eV)", "       6     6.30580",
+                                      "       5     4.04370", "       4   -12.09510 H.O.M.O.",
+                                      "       3   -14.25150", "       2   -17.76080", "       1   -29.59570"}));
+
+    // A doublet's singly filled level is its highest filled one; a UHF file
+    // lists the beta set after the alpha set.
+    EXPECT_EQ(read_mop2016_vectors(data("m22_ch3_RHF.mgf")).homo, 4);
+    const Mop2016Vectors uhf = read_mop2016_vectors(data("m22_ch3_UHF.mgf"));
+    EXPECT_EQ(uhf.orbitals.size(), 14u);
+    EXPECT_EQ(uhf.homo, 4);
+    EXPECT_EQ(uhf.geo_lines.size(), 2u + 7u);
+
+    EXPECT_EQ(read_mop2016_vectors({}).geo_lines, Lines{" Mopac 2016"});
+}

@@ -1,0 +1,246 @@
+// The bond rotation energy profile: its table, sort and chart, and a whole
+// sweep of butane's C1-C2-C3-C4 dihedral against a stand-in for ANALYZE
+// that hands out energies from a list and keeps each structure it was given.
+#include "engines/tinker/rotation_profile.h"
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+#include "building/geometry.h"
+#include "session/session.h"
+#include "structure_files/geo_log.h"
+#include "structure_files/xyz_file.h"
+#include "support/test_support.h"
+#include "text/fixed_format.h"
+#include "toolkit/files.h"
+
+using namespace zentol;
+using namespace zentol::testing;
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+// Plays ANALYZE: the answers must be the job's .xyz and E; the structure
+// goes to seen.<call>; the log is Tinker's own with the energy of line
+// <call> of the energies file, or without an energy line for "none".
+constexpr const char* kFakeAnalyze = R"(#!/bin/sh
+dir=$(dirname "$0")
+read xyz
+read what
+n=$(( $(cat "$dir/calls" 2>/dev/null || echo 0) + 1 ))
+echo "$n" > "$dir/calls"
+if [ "$xyz" != butane.xyz ] || [ "$what" != E ]; then echo "call $n: $xyz $what" >> "$dir/errors"; exit 1; fi
+cp "$xyz" "$dir/seen.$n"
+energy=$(sed -n "${n}p" "$dir/energies")
+if [ "$energy" = none ]; then
+    grep -v 'Total Potential Energy' "$dir/template.log"
+else
+    sed "s/^ Total Potential Energy : .*/ Total Potential Energy :   $energy Kcal\/mole/" "$dir/template.log"
+fi
+)";
+
+struct ProfileSession {
+    ProfileSession() {
+        namespace fs = std::filesystem;
+        fs::create_directories(bin);
+        write_file(bin + "/analyze", kFakeAnalyze);
+        fs::permissions(bin + "/analyze", fs::perms::owner_all);
+        fs::copy_file(test_data("tinker/analyze/ZENTOL.LOG"), bin + "/template.log");
+        t.s.engines.values["tinker_dir"] = bin;
+        fs::copy_file(test_data("tinker/butane.xyz"), t.scratch() + "/butane.xyz");
+        t.s.job.name = "butane";
+        int status = 0;
+        read_job_xyz(t.s, status);
+        EXPECT_EQ(status, kXyzRead);
+        open_job_log(t.s, false, " Zentol butane");
+    }
+    void store_dihedral(const std::string& atoms) {
+        write_file(t.scratch() + "/IDHED.DAT", atoms + "\n");
+        t.s.view.marks.count = 2;
+    }
+    Lines lines(const std::string& name) const { return files::read_lines(name).value_or(Lines{}); }
+    int calls() const { return file_present(bin + "/calls") ? std::stoi(read_file(bin + "/calls")) : 0; }
+    // The C1-C2-C3-C4 dihedral of the structure ANALYZE got at a call.
+    double seen_dihedral(int call) const {
+        auto st = std::make_unique<Store>();
+        int charge = 0, multiplicity = 1;
+        EXPECT_EQ(parse_xyz(files::read_lines(bin + "/seen." + std::to_string(call)).value_or(Lines{}), *st, nullptr,
+                            charge, multiplicity),
+                  kXyzRead);
+        const int atoms[4] = {1, 2, 3, 4};
+        return dihedral_of_atoms(*st, atoms, 999.0);
+    }
+
+    TestSession t;
+    std::string bin = t.dir / "tinker";
+};
+
+// Difference of two dihedrals on the circle, -180 to 180.
+double turn_between(double from, double to) {
+    double d = std::fmod(to - from + 540.0, 360.0) - 180.0;
+    return d;
+}
+
+}  // namespace
+
+TEST(RotationProfile, PointCountsAndTheEnergyCap) {
+    EXPECT_EQ(profile_point_count(20.0f), 19);
+    EXPECT_EQ(profile_point_count(19.6f), 19);   // the step is rounded first
+    EXPECT_EQ(profile_point_count(7.0f), 52);    // 360 / 7 as whole numbers
+    EXPECT_EQ(profile_point_count(90.0f), 5);
+    EXPECT_EQ(profile_point_count(2.0f), 181);
+    EXPECT_DOUBLE_EQ(capped_energy(12345.6), 9999.0);
+    EXPECT_DOUBLE_EQ(capped_energy(-7.5), -7.5);
+}
+
+TEST(RotationProfile, TableLinesStatusTextsAndRelativeEnergies) {
+    EXPECT_EQ(profile_table_line({-179.99, 7.0517, 12.5}), "  -179.99         12.50        7.052");
+    EXPECT_EQ(profile_table_line({60.0, 9999.0, 41831.2}), "    60.00      41831.20     9999.000");
+    EXPECT_EQ(profile_extremes_line(-60.0, 180.0), " Minimum at  -60.00 Maximum at  180.00");
+    EXPECT_EQ(start_dihedral_status("C1-C2-C3-C4", 65.4321), "C1-C2-C3-C4 Dihedral    65.43");
+    EXPECT_EQ(step_status(-175.0, " kcal/mol", 7.0517), "Dihedral  -175.00 kcal/mol    7.052");
+
+    std::vector<ProfilePoint> points{{0, 3.0, 0}, {120, 2.0, 0}, {240, 4.5, 0}};
+    set_relative_energies(points, 4.184);
+    EXPECT_DOUBLE_EQ(points[0].relative, 4.184);
+    EXPECT_DOUBLE_EQ(points[1].relative, 0.0);
+    EXPECT_DOUBLE_EQ(points[2].relative, 2.5 * 4.184);
+}
+
+TEST(RotationProfile, TheShellSortOrdersASweepAndKeepsEachEnergyWithItsDihedral) {
+    // A sweep from 65 downwards by 20 passes -180 and goes on at 165.
+    std::vector<ProfilePoint> points;
+    double d = 65;
+    for (int k = 0; k < 19; ++k, d -= 20) {
+        const double wrapped = d < -180 ? d + 360 : d;
+        points.push_back({wrapped, 100.0 + wrapped, 0});
+    }
+    std::vector<ProfilePoint> expected = points;
+    std::stable_sort(expected.begin(), expected.end(),
+                     [](const ProfilePoint& a, const ProfilePoint& b) { return a.dihedral < b.dihedral; });
+    sort_by_dihedral(points);
+    ASSERT_EQ(points.size(), expected.size());
+    for (std::size_t k = 0; k < points.size(); ++k) {
+        EXPECT_DOUBLE_EQ(points[k].dihedral, expected[k].dihedral) << k;
+        EXPECT_DOUBLE_EQ(points[k].energy, 100.0 + points[k].dihedral) << k;
+    }
+    std::vector<ProfilePoint> none, one{{5, 1, 0}};
+    sort_by_dihedral(none);
+    sort_by_dihedral(one);
+    EXPECT_DOUBLE_EQ(one[0].dihedral, 5);
+
+    const Chart c = profile_chart(points, "C1-C2-C3-C4");
+    EXPECT_EQ(c.title, "C1-C2-C3-C4 Dihedral");
+    EXPECT_EQ(c.x_title, "Dihedral");
+    EXPECT_EQ(c.y_title, "Energy kJ/mol");
+    EXPECT_DOUBLE_EQ(c.x_min, points.front().dihedral);
+    EXPECT_DOUBLE_EQ(c.x_max, points.back().dihedral);
+    ASSERT_EQ(c.points.size(), points.size());
+    EXPECT_EQ(c.points[3], (ChartPoint{points[3].dihedral, points[3].relative}));
+}
+
+TEST(RotationProfile, ASweepOfButaneTurnsTheFarSideAndTabulatesTheEnergies) {
+    ProfileSession p;
+    // Call 3 has no energy: it keeps the one of call 2. Call 5 is capped.
+    std::string energies;
+    for (int k = 1; k <= 19; ++k)
+        energies += k == 3 ? "none\n" : k == 5 ? "12345.6000\n" : k == 10 ? "2.0000\n" : std::to_string(3 + k) + ".5000\n";
+    write_file(p.bin + "/energies", energies);
+    p.store_dihedral("           1           2           3           4");
+    const int atoms[4] = {1, 2, 3, 4};
+    const double start = dihedral_of_atoms(p.t.s.store, atoms, 0.0);
+    p.t.tk.load_script("msgbox yes\nprint ok\nmsgbox yes\nprint cancel\nmsgbox no\n");
+
+    tinker_rotation_profile(p.t.s);
+
+    EXPECT_FALSE(file_present(p.bin + "/errors")) << read_file(p.bin + "/errors");
+    ASSERT_EQ(p.calls(), 19);
+    // Each run saw the structure of its step: turned by 20 degrees a step,
+    // round to the start again. C1 and C2 stay where they were.
+    EXPECT_NEAR(p.seen_dihedral(1), start, 0.01);
+    for (int k = 2; k <= 19; ++k) EXPECT_NEAR(std::abs(turn_between(p.seen_dihedral(k - 1), p.seen_dihedral(k))), 20.0, 0.01) << k;
+    EXPECT_NEAR(turn_between(p.seen_dihedral(1), p.seen_dihedral(19)), 0.0, 0.01);
+    EXPECT_NEAR(p.t.s.store.atom_rec[2][kX], 1.56, 1e-5);
+
+    // The log: title, table of the sweep in its order, the extremes.
+    const Lines log = p.lines("butane.geo");
+    const auto title = std::find(log.begin(), log.end(), " Tinker Bond Rotation Profile for butane");
+    ASSERT_NE(title, log.end());
+    const auto header = std::find(log.begin(), log.end(), "  Dihedral  Rel.kJ/mol  Total Pot. Energy kcal/mol");
+    ASSERT_NE(header, log.end());
+    ASSERT_EQ(log.end() - header, 1 + 1 + 19 + 1 + 1);
+    auto row = [&](int k) { return *(header + 1 + k); };
+    auto energy_of = [&](int k) { return row(k).substr(23); };
+    EXPECT_EQ(energy_of(2), "        5.500");
+    EXPECT_EQ(energy_of(3), "        5.500");   // no energy: the step before's
+    EXPECT_EQ(energy_of(5), "     9999.000");
+    EXPECT_EQ(row(10).substr(9, 14), "          0.00");
+    EXPECT_EQ(row(1).substr(9, 14), "         10.46");   // (4.5 - 2.0) * 4.184
+    EXPECT_EQ(row(1).substr(0, 9), text::format_f(p.seen_dihedral(1), 9, 2));
+    EXPECT_EQ(log.back(), profile_extremes_line(p.seen_dihedral(10), p.seen_dihedral(5)));
+    EXPECT_EQ(read_file(p.t.scratch() + "/ZENTOL.LOG"), read_file(p.t.scratch() + "/butane.geo"));
+    log_line(p.t.s, "after");   // the log is open again
+    EXPECT_EQ(p.lines("butane.geo").back(), "after");
+
+    // The chart: sorted, relative energies, up to the cap.
+    ASSERT_TRUE(p.t.tk.last_chart());
+    const Chart& c = *p.t.tk.last_chart();
+    EXPECT_EQ(c.title, "C1-C2-C3-C4 Dihedral");
+    ASSERT_EQ(c.points.size(), 19u);
+    EXPECT_TRUE(std::is_sorted(c.points.begin(), c.points.end(),
+                               [](const ChartPoint& a, const ChartPoint& b) { return a.x < b.x; }));
+    EXPECT_DOUBLE_EQ(c.y_min, 0.0);
+    EXPECT_NEAR(c.y_max, (9999.0 - 2.0) * 4.184, 1e-6);
+    EXPECT_DOUBLE_EQ(c.x_min, c.points.front().x);
+
+    EXPECT_EQ(p.t.tk.charts_printed(), 1);
+    EXPECT_EQ(std::count(p.t.tk.message_boxes().begin(), p.t.tk.message_boxes().end(), "Note the Min. and Max."), 3);
+    EXPECT_EQ(p.t.tk.status(9), "Dihedral finished results in .LOG");
+    EXPECT_EQ(p.t.tk.status(10), "Tinker");
+    const auto& writes = p.t.tk.status_writes();
+    EXPECT_EQ(std::count(writes.begin(), writes.end(), std::make_pair(10, std::string("Calc."))), 19);
+}
+
+TEST(RotationProfile, NothingRunsWithoutAStoredChainDihedral) {
+    struct Case {
+        const char* name;
+        int marks;
+        const char* file;   // IDHED.DAT, nullptr for none
+        const char* message;
+    };
+    for (const Case& c : {Case{"no marks", 0, "1 2 3 4", "No Dihedral Stored"},
+                          Case{"no file", 2, nullptr, "No Dihedral Stored"},
+                          Case{"atom out of range", 2, "1 2 3 40", "No Dihedral Stored"},
+                          Case{"not bonded", 2, "1 2 4 3", "Atoms not Adjacent"}}) {
+        SCOPED_TRACE(c.name);
+        ProfileSession p;
+        if (c.file) p.store_dihedral(c.file);
+        p.t.s.view.marks.count = c.marks;
+        tinker_rotation_profile(p.t.s);
+        EXPECT_EQ(p.t.tk.message_boxes(), Lines{c.message});
+        EXPECT_EQ(p.calls(), 0);
+        EXPECT_FALSE(p.t.tk.last_chart());
+    }
+
+    // A four-membered ring: its bonds cannot be turned.
+    ProfileSession p;
+    Store& st = p.t.s.store;
+    st.natoms = 4;
+    const int ring[5][2] = {{0, 0}, {2, 4}, {1, 3}, {2, 4}, {3, 1}};
+    for (int i = 1; i <= 4; ++i) {
+        for (int k = 1; k <= kMaxNeighbours; ++k) st.nbr(i, k) = 0;
+        st.nbr(i, 1) = ring[i][0];
+        st.nbr(i, 2) = ring[i][1];
+        st.conn_count(i) = 2;
+    }
+    p.store_dihedral("1 2 3 4");
+    p.t.tk.WindowOutStatusBar(10, "Rot.");
+    tinker_rotation_profile(p.t.s);
+    EXPECT_EQ(p.t.tk.message_boxes(), Lines{"Atoms in Ring"});
+    EXPECT_EQ(p.t.tk.status(10), "Tinker");
+    EXPECT_EQ(p.calls(), 0);
+}

@@ -1,0 +1,128 @@
+// The chart window of the Qt toolkit: what a chart becomes in Qt Charts,
+// and the print dialog in front of the printer.
+#include <QApplication>
+#include <QChart>
+#include <QChartView>
+#include <QDialog>
+#include <QFile>
+#include <QLineEdit>
+#include <QLineSeries>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <QValueAxis>
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "toolkit/qt/qt_toolkit.h"
+
+namespace zentol {
+namespace {
+
+class ChartEnv : public ::testing::Environment {
+public:
+    void SetUp() override {
+        if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+            qputenv("QT_QPA_PLATFORM", "offscreen");
+        static int argc = 1;
+        static char name[] = "test_qt";
+        static char* argv[] = {name, nullptr};
+        if (!qApp) new QApplication(argc, argv);
+    }
+};
+[[maybe_unused]] const auto* const chart_env = ::testing::AddGlobalTestEnvironment(new ChartEnv);
+
+// Acts on the modal dialog once it is up; gives up after a few seconds.
+void on_modal(std::function<void(QDialog*)> act, int tries = 250) {
+    QTimer::singleShot(20, [act, tries] {
+        if (auto* d = qobject_cast<QDialog*>(QApplication::activeModalWidget()); d && d->isVisible()) return act(d);
+        if (tries > 0) return on_modal(act, tries - 1);
+        ADD_FAILURE() << "no print dialog appeared";
+    });
+}
+
+QValueAxis* axis(QChart* chart, Qt::Orientation o) {
+    const auto axes = chart->axes(o);
+    return axes.size() == 1 ? qobject_cast<QValueAxis*>(axes.first()) : nullptr;
+}
+
+TEST(QtCharts, AChartShowsItsTitlesRangesAndPointsAndGoesToThePrinter) {
+    QtToolkit tk;
+    EXPECT_EQ(tk.chart_window(), nullptr);
+    Chart c;
+    c.title = "C1-C2-C3-C4 Dihedral";
+    c.x_title = "Dihedral";
+    c.y_title = "Energy kJ/mol";
+    c.x_min = -180, c.x_max = 180, c.y_min = 0, c.y_max = 14.5;
+    c.points = {{-180, 14.5}, {-60, 3.2}, {60, 0}, {180, 14.5}};
+    tk.show_chart(c);
+    ASSERT_NE(tk.chart_window(), nullptr);
+    EXPECT_TRUE(tk.chart_window()->isVisible());
+    EXPECT_EQ(tk.chart_window()->windowTitle(), "C1-C2-C3-C4 Dihedral");
+    QChart* chart = tk.chart_window()->view()->chart();
+    EXPECT_EQ(chart->title(), "C1-C2-C3-C4 Dihedral");
+    ASSERT_EQ(chart->series().size(), 1);
+    auto* series = qobject_cast<QLineSeries*>(chart->series().first());
+    ASSERT_NE(series, nullptr);
+    EXPECT_TRUE(series->pointsVisible());
+    ASSERT_EQ(series->count(), 4);
+    EXPECT_EQ(series->at(1), QPointF(-60, 3.2));
+    QValueAxis* x = axis(chart, Qt::Horizontal);
+    QValueAxis* y = axis(chart, Qt::Vertical);
+    ASSERT_TRUE(x && y);
+    EXPECT_EQ(x->titleText(), "Dihedral");
+    EXPECT_EQ(y->titleText(), "Energy kJ/mol");
+    EXPECT_DOUBLE_EQ(x->min(), -180);
+    EXPECT_DOUBLE_EQ(y->max(), 14.5);
+
+    // The next chart takes the same window; a flat profile still gets a
+    // y range to draw in.
+    ChartWindow* first = tk.chart_window();
+    c.title = "flat";
+    c.y_min = c.y_max = 0;
+    c.points = {{0, 0}, {120, 0}};
+    tk.show_chart(c);
+    EXPECT_EQ(tk.chart_window(), first);
+    chart = tk.chart_window()->view()->chart();
+    ASSERT_EQ(chart->series().size(), 1);
+    EXPECT_EQ(qobject_cast<QLineSeries*>(chart->series().first())->count(), 2);
+    ASSERT_EQ(chart->axes().size(), 2);
+    y = axis(chart, Qt::Vertical);
+    ASSERT_NE(y, nullptr);
+    EXPECT_LT(y->min(), 0);
+    EXPECT_GT(y->max(), 0);
+
+    // A cancelled print dialog prints nothing; with no printer installed
+    // the dialog offers a PDF file, which then holds the chart.
+    QTemporaryDir out;
+    const QString pdf = out.filePath("chart.pdf");
+    bool to_file = false;
+    auto answer = [&](bool accept) {
+        on_modal([&, accept](QDialog* d) {
+            auto* name = d->findChild<QLineEdit*>("filename");
+            if (accept && name && name->isEnabled()) {
+                name->setText(pdf);
+                to_file = true;
+                return d->accept();
+            }
+            d->reject();
+        });
+    };
+    answer(false);
+    EXPECT_FALSE(tk.print_chart(c));
+    answer(true);
+    const bool printed = tk.print_chart(c);
+    if (to_file) {
+        EXPECT_TRUE(printed);
+        QFile file(pdf);
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        EXPECT_TRUE(file.read(5) == "%PDF-");
+        EXPECT_GT(file.size(), 2000);
+    }
+
+    tk.close_all();
+    EXPECT_EQ(tk.chart_window(), nullptr);
+}
+
+}  // namespace
+}  // namespace zentol
