@@ -21,6 +21,7 @@
 #include "analysis/point_group_command.h"
 #include "analysis/unique_names.h"
 #include "building/build_mode.h"
+#include "engines/mopac/mopac_mode.h"
 #include "engines/tinker/tinker_mode.h"
 #include "toolkit/files.h"
 #include "toolkit/toolkit.h"
@@ -195,7 +196,14 @@ bool dispatch(Session& s, const Event& e) {
             }
             loop_start(s);
             break;
-        case 14: mode_not_here(s, "Mopac mode"); break;
+        case 14:
+            mopac_mode(s);
+            if (s.flags.quit_requested) {
+                close_path(s);
+                return false;
+            }
+            loop_start(s);
+            break;
         case 15: mode_not_here(s, "Firefly mode"); break;
         case 26: show_current_job(s); break;
         case 29: align_to_symmetry(s); break;

@@ -1,0 +1,215 @@
+#include "engines/mopac/mopac_mode.h"
+
+#include "building/build_mode.h"
+#include "display/view.h"
+#include "engines/mopac/mopac_listing.h"
+#include "engines/runner.h"
+#include "engines/tinker/atom_charges.h"
+#include "session/display_loop.h"
+#include "session/jobs.h"
+#include "session/openers.h"
+#include "session/session.h"
+#include "session/store_ops.h"
+#include "structure_files/geo_log.h"
+#include "toolkit/files.h"
+#include "toolkit/toolkit.h"
+
+namespace zentol {
+
+namespace {
+
+const int kNoDihedral[4] = {0, 0, 0, 0};
+
+// The header of the last New Input and the molecule as it stands now; with
+// no New Input yet, the job's last deck as it is.
+void finish_deck(Session& s, const MopacState& m) {
+    auto header = files::read_lines("mopac.inp");
+    if (!header) return;
+    std::vector<std::string> deck = *header;
+    for (std::string& line : mopac_atom_table(s.store, m.options, m.version, kNoDihedral)) deck.push_back(line);
+    files::write_lines("pppbot.inp", mopac_atom_table(s.store, m.options, m.version, kNoDihedral));
+    if (m.force && m.version != kMopac6)
+        for (std::string& line : mopac_force_job(m.options, mopac_method(m.options.method))) deck.push_back(line);
+    files::write_lines("pppall.inp", deck);
+    files::write_lines(job_file(s, ".inp"), deck);
+}
+
+void run_engine(Session& s, const MopacState& m) {
+    const std::string deck = job_file(s, ".inp"), listing = job_file(s, ".lst");
+    files::remove(listing);   // an old listing must not pass for this run's
+    if (m.version == kMopac6) {
+        files::copy(deck, "INPUT");
+        files::remove("for01*");
+        const std::string program = engine_command(s, "mopac6");
+        if (!program.empty()) run_blocking(s, shell_line(program, {}));
+        files::copy("output", listing);
+    } else {
+        files::copy(deck, job_file(s, ".mop"));
+        const std::string program = engine_command(s, "mopac2016");
+        if (!program.empty()) run_blocking(s, shell_line(program, {files::resolve(job_file(s, ".mop"))}));
+        files::copy(job_file(s, ".out"), listing);
+    }
+    for (const char* name : {"output", "punch", "graph.dat"}) files::remove(name);
+    files::remove(job_file(s, ".mpf"));
+}
+
+std::vector<std::string> labels_of(const Store& st) {
+    std::vector<std::string> labels;
+    for (int i = 1; i <= st.natoms; ++i) labels.push_back(label_text(st.atom_label[i]));
+    return labels;
+}
+
+void take_structure(Session& s, const MopacListing& r) {
+    Store& st = s.store;
+    for (int i = 1; i <= st.natoms && i <= static_cast<int>(r.coordinates.size()); ++i)
+        for (int c = kX; c <= kZ; ++c) st.atom_rec[i][c] = r.coordinates[static_cast<std::size_t>(i - 1)][c];
+    save_and_reload(s);
+    show_job_name(s);
+}
+
+}  // namespace
+
+void update_from_listing(Session& s, MopacState& m, bool asked) {
+    auto lines = files::read_lines(job_file(s, ".lst"));
+    if (!lines) {
+        // No listing at all: the engine is missing or did not start.
+        if (!m.force)
+            s.tk.WMessageBox(kButtonsOk, MessageIcon::Exclamation, 1, "Convergence Fault or NO parameters/file", "Mopac");
+        return;
+    }
+    const bool energy_run = m.options.run_type == 1;
+    const MopacListing r = read_mopac_listing(*lines, m.version, s.flags.spin_multiplicity, s.store.natoms);
+    if (r.energy_found) {
+        for (const std::string& l : mopac_geo_lines(r, energy_run)) log_line(s, l);
+        s.tk.WindowOutStatusBar(status_message_field, r.status_text);
+    }
+    const auto charges = mopac_charge_log(r, labels_of(s.store));
+    if (!charges.empty()) files::write_lines(job_file(s, "_chg.log"), charges);
+    for (std::size_t i = 0; i < r.charges.size() && i + 1 < s.store.atom_charge.size(); ++i)
+        s.store.atom_charge[i + 1] = r.charges[i];
+    const auto spins = mopac_spin_log(r, labels_of(s.store));
+    if (!spins.empty()) {
+        files::write_lines(job_file(s, "_spn.log"), spins);
+        s.flags.charges_stale = true;
+    }
+    if (r.coordinates_found && !energy_run) {
+        take_structure(s, r);
+        if (asked) s.tk.WindowOutStatusBar(status_message_field, "Mopac finished structure updated");
+    }
+    m.energy_run = energy_run && r.vectors_found;
+    m.mo_energy = r.mo_energy;
+    m.homo_index = r.homo_index;
+    if (!r.complete() && !m.force)
+        s.tk.WMessageBox(kButtonsOk, MessageIcon::Exclamation, 1, "Convergence Fault or NO parameters/file", "Mopac");
+}
+
+void run_mopac(Session& s, MopacState& m) {
+    files::remove(job_file(s, "_chg.log"));
+    files::remove("INPUT");
+    if (m.options.run_type > 1) m.energy_run = false;
+    finish_deck(s, m);
+    s.tk.WindowOutStatusBar(status_message_field, "Mopac running");
+    run_engine(s, m);
+    if (m.version != kMopac6) {
+        auto mgf = files::read_lines(job_file(s, ".mgf"));
+        if (mgf)
+            for (const std::string& l : read_mop2016_vectors(*mgf).geo_lines) log_line(s, l);
+    }
+    update_from_listing(s, m, true);
+    files::remove("for01*");
+    files::remove("shutdown");
+    s.tk.WindowOutStatusBar(status_message_field, "Mopac finished");
+}
+
+void mopac_plot(Session& s, MopacState& m) {
+    if (!m.energy_run) {
+        s.tk.WindowOutStatusBar(status_message_field, "Run an Energy Calculation");
+        return;
+    }
+    if (!sibling_installed(s, "orbview")) tell_missing(s, "The orbital map and viewer programs", "orbview");
+}
+
+namespace {
+
+enum class Next { Stay, Leave, Rebuild };
+
+void leave(Session& s) {
+    s.tk.menu_load(30001);
+    s.tk.WMenuToolbar(30101);
+    s.tk.WMenuSetState(40017, 1, 1);
+    for (const char* name : {"ppptop.inp", "pppall.inp", "pppbot.inp", "mopac.inp", "fort.21"}) files::remove(name);
+    show_job_name(s);
+}
+
+Next dispatch(Session& s, MopacState& m, int command) {
+    switch (command) {
+        case 1: return Next::Leave;
+        case 2: add_comment(s); break;
+        case 5: edit_file(s, files::current_dir() + "/" + files::resolve("mopac.inp")); break;
+        case 6: run_mopac(s, m); break;
+        case 7: update_from_listing(s, m, true); break;
+        case 8: edit_file(s, files::current_dir() + "/" + files::resolve(job_file(s, ".lst"))); break;
+        case 9: open_command_window(s, ""); break;
+        case 10: mopac_plot(s, m); break;
+        case 11:
+        case 12: s.tk.WindowOutStatusBar(status_message_field, "Not available in this version"); break;
+        case 13:
+            s.flags.view_action = 10;
+            prepare_display(s);
+            save_and_reload(s);
+            build_mode(s);
+            if (s.build.close_requested) s.flags.quit_requested = true;
+            return s.flags.quit_requested ? Next::Leave : Next::Rebuild;
+        case 14: {
+            const std::string geo = files::current_dir() + "/" + files::resolve(job_file(s, ".geo"));
+            close_job_log(s);
+            edit_file(s, geo);
+            open_job_log(s, true, "");
+            break;
+        }
+        case 23:
+            if (new_input(s, m) == 3 && s.store.natoms > 0) run_mopac(s, m);
+            break;
+        default: break;
+    }
+    return Next::Stay;
+}
+
+Next run_mode(Session& s, MopacState& m) {
+    s.tk.menu_load(30004);
+    save_and_reload(s);
+    while (true) {
+        s.tk.WindowOutStatusBar(status_mode_field, "Mopac");
+        Event e = read_event(s);
+        if (e.key == 'B' || e.key == 'b') e.command = 13;
+        if (e.state == 1 || e.state == 2) {
+            if (e.state == 1) project_atoms(s);
+            draw_scene(s);
+            continue;
+        }
+        if (e.key == 3 || e.key == 'R' || e.key == 'r') return Next::Leave;
+        if (e.command == kCommandClose) {
+            s.flags.quit_requested = true;
+            return Next::Leave;
+        }
+        if (e.command >= 1 && e.command <= 199) {
+            const Next next = dispatch(s, m, e.command);
+            if (next != Next::Stay) return next;
+            continue;
+        }
+        if (e.key && rotate_by_key(s, e.key)) continue;
+        drag_rotation(s, e);
+    }
+}
+
+}  // namespace
+
+void mopac_mode(Session& s) {
+    MopacState m;
+    m.version = files::exists("MOP2016.TXT") || !engine_available(s, "mopac6") ? kMopac2016 : kMopac6;
+    while (run_mode(s, m) == Next::Rebuild) {
+    }
+    leave(s);
+}
+
+}  // namespace zentol
