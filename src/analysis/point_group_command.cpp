@@ -15,25 +15,9 @@
 
 namespace zentol {
 
-namespace {
-
-// Words as the general count sees them: a word starts where a character
-// above ',' follows a blank.
-int count_words(std::string_view line) {
-    int words = 0;
-    char prev = ' ';
-    for (char c : line) {
-        if (prev == ' ' && static_cast<unsigned char>(c) > ',') ++words;
-        prev = c;
-    }
-    return words;
-}
-
-}  // namespace
-
 std::optional<PointGroupAnswer> read_point_group_answer(const std::vector<std::string>& lines) {
     for (const std::string& line : lines) {
-        if (count_words(line) < 2) continue;
+        if (text::count_words(line) < 2) continue;
         PointGroupAnswer a;
         a.group = text::pad_right(line.substr(0, std::min<std::size_t>(7, line.size())), 7);
         const std::string rest = line.size() > 7 ? line.substr(7) : "";

@@ -56,21 +56,10 @@ void normalise_label(Label& l) {
     if (l[1] >= 'A' && l[1] <= 'Z') l[1] = char(l[1] + 32);
 }
 
-// Words after column 47: a word starts at a character above ',' after a blank.
-int count_words(std::string_view tail) {
-    int words = 0;
-    char prev = ' ';
-    for (char c : tail) {
-        if (prev == ' ' && static_cast<unsigned char>(c) > ',') ++words;
-        prev = c;
-    }
-    return words;
-}
-
 bool parse_connectivity(std::string_view line, Store& st, int i) {
     std::string_view tail = line.size() > 47 ? line.substr(47) : std::string_view();
     for (int c = 1; c <= 11; ++c) st.conn[c][i] = 0;
-    int want = std::min(count_words(tail), 1 + kMaxNeighbours);
+    int want = std::min(text::count_words(tail), 1 + kMaxNeighbours);
     if (want > 0) {
         auto values = text::read_ints(tail, want);
         if (!values || static_cast<int>(values->size()) < want) return false;

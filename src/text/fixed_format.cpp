@@ -290,4 +290,14 @@ std::string column_field(std::string_view line, int first, int width) {
     return out;
 }
 
+int count_words(std::string_view line) {
+    int words = 0;
+    char prev = ' ';
+    for (char c : line) {
+        if (prev == ' ' && static_cast<unsigned char>(c) > ',') ++words;
+        prev = c;
+    }
+    return words;
+}
+
 }  // namespace zentol::text

@@ -72,6 +72,10 @@ std::size_t trimmed_length(std::string_view s);
 std::string_view trim_right(std::string_view s);
 std::string_view trim(std::string_view s);
 
+// Words as the general word count sees them: a word starts where a
+// character above ',' follows a blank (or the line's start).
+int count_words(std::string_view line);
+
 // Every byte below 32 replaced by a blank.
 std::string sanitise_text(std::string_view s);
 

@@ -3,6 +3,7 @@
 #include "building/build_mode.h"
 #include "display/view.h"
 #include "engines/mopac/mopac_listing.h"
+#include "engines/mode_loop.h"
 #include "engines/runner.h"
 #include "engines/tinker/atom_charges.h"
 #include "session/display_loop.h"
@@ -131,7 +132,7 @@ void mopac_plot(Session& s, MopacState& m) {
 
 namespace {
 
-enum class Next { Stay, Leave, Rebuild };
+using Next = ModeNext;
 
 void leave(Session& s) {
     s.tk.menu_load(30001);
@@ -178,28 +179,7 @@ Next dispatch(Session& s, MopacState& m, int command) {
 Next run_mode(Session& s, MopacState& m) {
     s.tk.menu_load(30004);
     save_and_reload(s);
-    while (true) {
-        s.tk.WindowOutStatusBar(status_mode_field, "Mopac");
-        Event e = read_event(s);
-        if (e.key == 'B' || e.key == 'b') e.command = 13;
-        if (e.state == 1 || e.state == 2) {
-            if (e.state == 1) project_atoms(s);
-            draw_scene(s);
-            continue;
-        }
-        if (e.key == 3 || e.key == 'R' || e.key == 'r') return Next::Leave;
-        if (e.command == kCommandClose) {
-            s.flags.quit_requested = true;
-            return Next::Leave;
-        }
-        if (e.command >= 1 && e.command <= 199) {
-            const Next next = dispatch(s, m, e.command);
-            if (next != Next::Stay) return next;
-            continue;
-        }
-        if (e.key && rotate_by_key(s, e.key)) continue;
-        drag_rotation(s, e);
-    }
+    return engine_mode_loop(s, "Mopac", 13, [&](int command) { return dispatch(s, m, command); });
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include "building/build_mode.h"
 #include "display/view.h"
+#include "engines/mode_loop.h"
 #include "engines/runner.h"
 #include "engines/tinker/atom_charges.h"
 #include "engines/tinker/rotation_profile.h"
@@ -25,7 +26,7 @@ namespace zentol {
 
 namespace {
 
-enum class Next { Stay, Leave, Rebuild };
+using Next = ModeNext;
 
 bool enter(Session& s) {
     if (!tinker_installed(s)) return false;
@@ -114,28 +115,7 @@ Next dispatch(Session& s, int command) {
 // One visit, from the engine test to leaving or to Build.
 Next run_mode(Session& s) {
     if (!enter(s)) return Next::Leave;
-    while (true) {
-        s.tk.WindowOutStatusBar(status_mode_field, "Tinker");
-        Event e = read_event(s);
-        if (e.key == 'B' || e.key == 'b') e.command = 18;
-        if (e.state == 1 || e.state == 2) {
-            if (e.state == 1) project_atoms(s);
-            draw_scene(s);
-            continue;
-        }
-        if (e.key == 3 || e.key == 'R' || e.key == 'r') return Next::Leave;
-        if (e.command == kCommandClose) {
-            s.flags.quit_requested = true;
-            return Next::Leave;
-        }
-        if (e.command >= 1 && e.command <= 199) {
-            const Next next = dispatch(s, e.command);
-            if (next != Next::Stay) return next;
-            continue;
-        }
-        if (e.key && rotate_by_key(s, e.key)) continue;
-        drag_rotation(s, e);
-    }
+    return engine_mode_loop(s, "Tinker", 18, [&s](int command) { return dispatch(s, command); });
 }
 
 }  // namespace

@@ -1,0 +1,38 @@
+#include "engines/mode_loop.h"
+
+#include "display/view.h"
+#include "engines/runner.h"
+#include "session/display_loop.h"
+#include "session/session.h"
+#include "session/store_ops.h"
+#include "toolkit/toolkit.h"
+
+namespace zentol {
+
+ModeNext engine_mode_loop(Session& s, const char* mode_name, int build_command,
+                          const std::function<ModeNext(int)>& dispatch) {
+    while (true) {
+        s.tk.WindowOutStatusBar(status_mode_field, mode_name);
+        Event e = read_event(s);
+        if (e.key == 'B' || e.key == 'b') e.command = build_command;
+        if (e.state == 1 || e.state == 2) {
+            if (e.state == 1) project_atoms(s);
+            draw_scene(s);
+            continue;
+        }
+        if (e.key == 3 || e.key == 'R' || e.key == 'r') return ModeNext::Leave;
+        if (e.command == kCommandClose) {
+            s.flags.quit_requested = true;
+            return ModeNext::Leave;
+        }
+        if (e.command >= 1 && e.command <= 199) {
+            const ModeNext next = dispatch(e.command);
+            if (next != ModeNext::Stay) return next;
+            continue;
+        }
+        if (e.key && rotate_by_key(s, e.key)) continue;
+        drag_rotation(s, e);
+    }
+}
+
+}  // namespace zentol
