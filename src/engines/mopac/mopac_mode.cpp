@@ -1,11 +1,16 @@
 #include "engines/mopac/mopac_mode.h"
 
+#include <array>
+#include <optional>
+
 #include "building/build_mode.h"
 #include "display/view.h"
 #include "engines/mopac/mopac_listing.h"
 #include "engines/mode_loop.h"
 #include "engines/runner.h"
 #include "engines/tinker/atom_charges.h"
+#include "engines/tinker/rotation_profile.h"
+#include "text/fixed_format.h"
 #include "session/display_loop.h"
 #include "session/jobs.h"
 #include "session/openers.h"
@@ -19,7 +24,15 @@ namespace zentol {
 
 namespace {
 
-const int kNoDihedral[4] = {0, 0, 0, 0};
+// The stored dihedral of a bond rotation, or zeros.
+std::array<int, 4> stored_dihedral(const MopacState& m) {
+    std::array<int, 4> atoms{0, 0, 0, 0};
+    if (!m.options.bond_rotation) return atoms;
+    auto lines = files::read_lines("IDHED.DAT");
+    auto values = lines && !lines->empty() ? text::read_ints((*lines)[0], 4) : std::nullopt;
+    for (std::size_t k = 0; values && k < values->size() && k < 4; ++k) atoms[k] = static_cast<int>((*values)[k]);
+    return atoms;
+}
 
 // The header of the last New Input and the molecule as it stands now; with
 // no New Input yet, the job's last deck as it is.
@@ -27,8 +40,10 @@ void finish_deck(Session& s, const MopacState& m) {
     auto header = files::read_lines("mopac.inp");
     if (!header) return;
     std::vector<std::string> deck = *header;
-    for (std::string& line : mopac_atom_table(s.store, m.options, m.version, kNoDihedral)) deck.push_back(line);
-    files::write_lines("pppbot.inp", mopac_atom_table(s.store, m.options, m.version, kNoDihedral));
+    const std::array<int, 4> dihedral = stored_dihedral(m);
+    const std::vector<std::string> table = mopac_atom_table(s.store, m.options, m.version, dihedral.data());
+    deck.insert(deck.end(), table.begin(), table.end());
+    files::write_lines("pppbot.inp", table);
     if (m.force && m.version != kMopac6)
         for (std::string& line : mopac_force_job(m.options, mopac_method(m.options.method))) deck.push_back(line);
     files::write_lines("pppall.inp", deck);
@@ -104,10 +119,41 @@ void update_from_listing(Session& s, MopacState& m, bool asked) {
         s.tk.WMessageBox(kButtonsOk, MessageIcon::Exclamation, 1, "Convergence Fault or NO parameters/file", "Mopac");
 }
 
+namespace {
+
+// One step of a bond rotation profile: the Energy deck of the turned
+// molecule, its total energy in eV.
+std::optional<double> mopac_single_point(Session& s, MopacState& m) {
+    finish_deck(s, m);
+    run_engine(s, m);
+    auto lines = files::read_lines(job_file(s, ".lst"));
+    if (!lines) return std::nullopt;
+    const MopacListing r = read_mopac_listing(*lines, m.version, s.flags.spin_multiplicity, s.store.natoms);
+    return r.energy_found ? std::optional<double>(r.energy) : std::nullopt;
+}
+
+void mopac_rotation_profile(Session& s, MopacState& m) {
+    ProfileEngine e;
+    e.mode_name = "Mopac";
+    e.log_title = " Mopac Bond Rotation Profile for ";
+    e.table_header = "Dihedral     Rel.kJ/mol  Total Energy EV";
+    e.energy_unit = " eV";
+    e.to_kj = 96.484505;
+    e.finished = "Mopac finished results in.GEO";
+    e.single_point = [&m](Session& session) { return mopac_single_point(session, m); };
+    rotation_profile(s, e);
+}
+
+}  // namespace
+
 void run_mopac(Session& s, MopacState& m) {
     files::remove(job_file(s, "_chg.log"));
     files::remove("INPUT");
     if (m.options.run_type > 1) m.energy_run = false;
+    if (m.options.bond_rotation) {
+        mopac_rotation_profile(s, m);
+        return;
+    }
     finish_deck(s, m);
     s.tk.WindowOutStatusBar(status_message_field, "Mopac running");
     run_engine(s, m);
