@@ -1,11 +1,13 @@
 #include "engines/tinker/undefined_params.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
+#include <optional>
 
 #include "engines/runner.h"
 #include "engines/tinker/tinker_log.h"
-#include "session/jobs.h"
+#include "session/molecule_store.h"
 #include "session/session.h"
 #include "text/fixed_format.h"
 #include "toolkit/files.h"
@@ -13,18 +15,32 @@
 
 namespace zentol {
 
+const std::vector<std::string> kUndefinedAtomMessage = {
+    "The Structure contains Undefined Atom(s)", "Use Edit.LOG to Examine the Undefined items",
+    "You may be able to copy from an existing type", "or create a suitable new type"};
+const char kUndefinedKeyUpdated[] = "All Undefined Torsions set to 0, key File Updated";
+
 namespace {
 
-constexpr int kMaxRows = 20;
+constexpr int kDialog = 118;
+constexpr int kTitleField = 1002, kCaptionField = 1005, kForceField = 1008, kDescriptionField = 1018,
+              kValueField = 1071;
+constexpr float kDegrees = 57.29578f;
 
-// The rows of Tinker 26 are laid out by words, not by the columns older
-// versions used:
-//   " 4-Ring          1-B       2-C            26   56"
-//   " Angle-OP        4-C       1-B       2-C       5-C          56   26   56    2"
-// so a row is read as its type, the atoms ("1-B" gives atom 1) and the
-// trailing class numbers.
-UndefinedRow parse_row(const std::string& line) {
-    UndefinedRow row;
+bool begins(const std::string& line, const char* key) { return line.rfind(key, 0) == 0; }
+
+// A Fortran read of a short line sees blanks past its end.
+bool begins_with_four_blanks(const std::string& line) {
+    for (std::size_t k = 0; k < 4; ++k)
+        if (k < line.size() && line[k] != ' ') return false;
+    return true;
+}
+
+bool all_digits(const std::string& w) {
+    return !w.empty() && std::all_of(w.begin(), w.end(), [](unsigned char c) { return std::isdigit(c) != 0; });
+}
+
+std::vector<std::string> words_of(const std::string& line) {
     std::vector<std::string> words;
     std::size_t at = 0;
     while ((at = line.find_first_not_of(' ', at)) != std::string::npos) {
@@ -32,192 +48,376 @@ UndefinedRow parse_row(const std::string& line) {
         words.push_back(line.substr(at, end == std::string::npos ? std::string::npos : end - at));
         at = end;
     }
-    if (words.empty()) return row;
-    row.type = words[0];
-    for (std::size_t k = 1; k < words.size(); ++k) {
+    return words;
+}
+
+// Tinker 26 writes a row as its type, then each atom as number, '-' and
+// name, then the classes (here as the shifted line, without the leading
+// blank):
+//   "4-Ring          1-B       2-C            26   56"
+//   "Angle-OP        4-C       1-B       2-C       5-C          56   26   56    2"
+// For two and three atoms that puts the numbers where the older layout had
+// them (atoms in columns 13-17, 23-27, 33-37, classes after 11 more
+// columns), but the four-atom rows of out-of-plane bends and torsions carry
+// their classes two columns further left. So a row is read by its words:
+// the atoms are the numbers in front of each "-name", the classes the
+// trailing numbers. A row that does not read that way is read by the fixed
+// columns of the older layout.
+bool read_by_words(const std::string& line, int n, UndefRow& r) {
+    const std::vector<std::string> words = words_of(line);
+    std::vector<int> atoms;
+    for (std::size_t k = 1; k < words.size() && static_cast<int>(atoms.size()) < n; ++k) {
         const std::size_t dash = words[k].find('-');
-        if (dash != std::string::npos) {
-            if (auto n = text::read_i(words[k].substr(0, dash)); n && row.natoms < 4) row.atoms[row.natoms++] = int(*n);
-        } else if (auto n = text::read_i(words[k]); n && row.nclasses < 4) {
-            row.classes[row.nclasses++] = int(*n);
+        if (dash == std::string::npos || dash == 0) continue;
+        const std::string number = words[k].substr(0, dash);
+        if (!all_digits(number)) continue;
+        atoms.push_back(static_cast<int>(text::read_i(number).value_or(0)));
+    }
+    if (static_cast<int>(atoms.size()) < n || static_cast<int>(words.size()) < n + 1) return false;
+    std::vector<int> classes;
+    for (std::size_t k = words.size() - static_cast<std::size_t>(n); k < words.size(); ++k) {
+        if (!all_digits(words[k])) return false;
+        classes.push_back(static_cast<int>(text::read_i(words[k]).value_or(0)));
+    }
+    for (int k = 0; k < n; ++k) {
+        r[static_cast<std::size_t>(k)] = atoms[static_cast<std::size_t>(k)];
+        r[static_cast<std::size_t>(4 + k)] = classes[static_cast<std::size_t>(k)];
+    }
+    return true;
+}
+
+bool read_by_columns(const std::string& line, int n, UndefRow& r) {
+    const int first_class = 13 + 10 * (n - 1) + 5 + 11;
+    for (int k = 0; k < 2 * n; ++k) {
+        const int column = k < n ? 13 + 10 * k : first_class + 5 * (k - n);
+        auto v = text::read_i(text::column_field(line, column, 5));
+        if (!v) return false;
+        r[static_cast<std::size_t>(k < n ? k : 4 + k - n)] = static_cast<int>(*v);
+    }
+    return true;
+}
+
+// 1 for a plain row (its own word), 2 and 3 for the rows of four- and
+// five-membered rings, 0 for anything else.
+int kind_of(const std::string& row, const char* plain) {
+    if (begins(row, plain)) return 1;
+    if (begins(row, "4-Ri")) return 2;
+    if (begins(row, "5-Ri")) return 3;
+    return 0;
+}
+
+class LogReader {
+public:
+    explicit LogReader(const std::vector<std::string>& log) : log_(log), shift_(log_shift(log)) {}
+    bool read(std::string& line) {
+        if (next_ >= log_.size()) return false;
+        line = shifted(log_[next_++], shift_);
+        return true;
+    }
+
+private:
+    const std::vector<std::string>& log_;
+    bool shift_;
+    std::size_t next_ = 0;
+};
+
+// Each block starts on its first row and returns whether the scan goes on.
+struct Scanner {
+    LogReader in;
+    UndefScan out;
+    UndefTable t;
+    std::string line;
+
+    bool log_ended() {
+        out.ended_in_block = true;
+        return false;
+    }
+    void take(UndefSection section, int kind, int width) {
+        const int n = remove_duplicates(t, t.count, width);
+        for (int i = 0; i < n; ++i) out.entries.push_back({section, kind, t.row[static_cast<std::size_t>(i)]});
+    }
+
+    // Plain rows follow one another; a ring row stands alone, and ring rows
+    // after plain ones end the block.
+    bool bonds() {
+        const int kind = kind_of(line, "Bond");
+        if (kind == 0) return true;
+        do {
+            t.read_row(line, 2);
+            if (!in.read(line)) return log_ended();
+        } while (begins(line, "Bond"));
+        take(UndefSection::Bond, kind, 2);
+        return true;
+    }
+
+    // All rows up to the blank line, whatever their type; the first row
+    // decides the kind of them all. A later run that still misses the plain
+    // angles then asks for them.
+    bool angles() {
+        const int kind = kind_of(line, "Angl");
+        if (kind == 0) return true;
+        do {
+            t.read_row(line, 3);
+            if (!in.read(line)) return log_ended();
+        } while (!begins_with_four_blanks(line));
+        take(UndefSection::Angle, kind, 3);
+        return true;
+    }
+
+    // One row only, the first.
+    bool out_of_plane() {
+        if (!begins(line, "Angle-OP")) return true;
+        t.read_row(line, 4);
+        out.key_changed = true;
+        if (!in.read(line)) return log_ended();
+        out.entries.push_back({UndefSection::OutOfPlane, 1, t.row[0]});
+        return true;
+    }
+
+    // Tinker lists torsions last, so the scan ends here either way.
+    bool torsions() {
+        const int kind = kind_of(line, "Tors");
+        if (kind == 0) return false;
+        do {
+            t.read_row(line, 4);
+            if (!in.read(line)) return log_ended();
+        } while (begins(line, "Tors"));
+        take(UndefSection::Torsion, kind, 4);
+        out.key_changed = true;
+        return false;
+    }
+
+    void run() {
+        while (in.read(line)) {
+            t.clear();
+            if (!begins(line, "Undefined")) continue;
+            if (begins(line, "Undefined Atom")) {
+                out.undefined_atom = true;
+                return;
+            }
+            // The keys are compared over 25 characters; any other block
+            // is tried as bonds.
+            bool (Scanner::*block)() = &Scanner::bonds;
+            if (begins(line, "Undefined Angle Bending P")) block = &Scanner::angles;
+            else if (begins(line, "Undefined Out-of-Plane Be")) block = &Scanner::out_of_plane;
+            else if (begins(line, "Undefined Torsional Param")) block = &Scanner::torsions;
+            // Heading, blank, column titles, blank: the fourth line after
+            // the heading is the first row.
+            for (int k = 0; k < 4; ++k)
+                if (!in.read(line)) {
+                    log_ended();
+                    return;
+                }
+            if (!(this->*block)()) return;
         }
     }
-    return row;
-}
+};
 
-int kind_of(const std::string& type) { return type.rfind("4-Ri", 0) == 0 ? 2 : type.rfind("5-Ri", 0) == 0 ? 3 : 1; }
-
-std::string described(const Store& st, const UndefinedRow& r, int n) {
-    std::string d;
-    for (int k = 0; k < n; ++k) {
-        const int a = std::clamp(r.atoms[k], 0, kMaxAtoms);
-        if (k) d += ")   ";
-        d += label_text(st.atom_label[a]) + " (" + text::format_i(st.conn_type(a), 4);
-    }
-    return d + ")";
-}
+int atom_index(int atom) { return std::clamp(atom, 0, kMaxAtoms); }
 
 float distance(const Store& st, int a, int b) {
-    float s = 0;
-    for (int c = kX; c <= kZ; ++c) s += std::pow(st.atom_rec[a][c] - st.atom_rec[b][c], 2.0f);
-    return std::sqrt(s);
+    const auto& p = st.atom_rec[static_cast<std::size_t>(atom_index(a))];
+    const auto& q = st.atom_rec[static_cast<std::size_t>(atom_index(b))];
+    return std::sqrt((p[kX] - q[kX]) * (p[kX] - q[kX]) + (p[kY] - q[kY]) * (p[kY] - q[kY]) +
+                     (p[kZ] - q[kZ]) * (p[kZ] - q[kZ]));
 }
 
+// The angle a-b-c at b, in degrees; 0 when two atoms coincide.
 float angle_at(const Store& st, int a, int b, int c) {
-    const float ab = distance(st, a, b), bc = distance(st, b, c), ac = distance(st, a, c);
-    if (ab == 0 || bc == 0) return 0;
-    return std::acos(std::clamp((ab * ab + bc * bc - ac * ac) / (2 * ab * bc), -1.0f, 1.0f)) * 57.29578f;
+    const auto& pa = st.atom_rec[static_cast<std::size_t>(atom_index(a))];
+    const auto& pb = st.atom_rec[static_cast<std::size_t>(atom_index(b))];
+    const auto& pc = st.atom_rec[static_cast<std::size_t>(atom_index(c))];
+    float dot = 0;
+    for (int k = kX; k <= kZ; ++k) dot += (pa[k] - pb[k]) * (pc[k] - pb[k]);
+    const float lengths = distance(st, a, b) * distance(st, c, b);
+    if (lengths <= 0) return 0;
+    return std::acos(std::clamp(dot / lengths, -1.0f, 1.0f)) * kDegrees;
 }
 
-// Dialog 118 for one entry; false when cancelled, and the entry is skipped.
-bool ask(Session& s, const std::string& title, const std::string& description, float value, float force,
-         bool has_value, float& value_out, float& force_out) {
+int type_of(const Store& st, int atom) { return st.conn_type(atom_index(atom)); }
+
+std::string label_and_type(const Store& st, int atom, const char* open) {
+    return label_text(st.atom_label[static_cast<std::size_t>(atom_index(atom))]) + open +
+           text::format_i(type_of(st, atom), 4) + ")";
+}
+
+const char* ring_suffix(int kind) { return kind == 2 ? "4" : kind == 3 ? "5" : ""; }
+
+void tell_tinker(Session& s, const std::vector<std::string>& lines) {
+    std::string text;
+    for (const std::string& l : lines) text += (text.empty() ? "" : "\r") + l;
+    s.tk.WMessageBox(kButtonsOk, MessageIcon::Exclamation, 1, text, "Tinker");
+}
+
+// Dialog 118 for a bond, an angle or the out-of-plane bend; the key line,
+// or nothing when the dialog is cancelled: that entry is skipped and the
+// others are still asked for. `last_force` carries the force constant of
+// the dialog before, which the out-of-plane bend is offered.
+std::optional<std::string> ask_entry(Session& s, const UndefEntry& e, std::optional<double>& last_force) {
+    const Store& st = s.store;
+    const UndefRow& r = e.row;
     Toolkit& tk = s.tk;
-    tk.WDialogLoad(118);
-    tk.WDialogPutString(1002, title);
-    tk.WDialogPutString(1018, description);
-    tk.WDialogPutReal(1071, value);
-    tk.WDialogFieldState(1071, has_value ? 1 : 0);
-    tk.WDialogPutReal(1008, force);
+    tk.WDialogLoad(kDialog);
+    tk.WDialogPutString(kTitleField, undefined_title(e));
+    tk.WDialogPutString(kDescriptionField, undefined_description(st, e));
+    switch (e.section) {
+        case UndefSection::Bond:
+            tk.WDialogPutString(kCaptionField, "Length");
+            tk.WDialogPutReal(kValueField, distance(st, r[0], r[1]));
+            tk.WDialogPutReal(kForceField, 10.0);
+            break;
+        case UndefSection::Angle:
+            tk.WDialogPutString(kCaptionField, "Angle");
+            tk.WDialogPutReal(kValueField, angle_at(st, r[0], r[1], r[2]));
+            tk.WDialogPutReal(kForceField, 1.0);
+            break;
+        default:
+            tk.WDialogPutString(kCaptionField, "");
+            tk.WDialogFieldState(kValueField, 0);
+            if (last_force) tk.WDialogPutReal(kForceField, *last_force);
+            break;
+    }
     tk.WDialogShow(1);
     const bool ok = tk.last_button() == 1;
-    value_out = static_cast<float>(tk.WDialogGetReal(1071));
-    force_out = static_cast<float>(tk.WDialogGetReal(1008));
+    const double value = tk.WDialogGetReal(kValueField);
+    const double force = tk.WDialogGetReal(kForceField);
     tk.WDialogUnload();
-    return ok;
+    if (!ok) return std::nullopt;
+    last_force = force;
+    switch (e.section) {
+        case UndefSection::Bond: return bond_key_line(e.kind, type_of(st, r[0]), type_of(st, r[1]), force, value);
+        case UndefSection::Angle:
+            return angle_key_line(e.kind, type_of(st, r[0]), type_of(st, r[1]), type_of(st, r[2]), force, value);
+        default: return opbend_key_line(r, force);
+    }
 }
-
-const char* kind_suffix(int kind) { return kind == 2 ? "4" : kind == 3 ? "5" : ""; }
-const char* title_prefix(int kind) { return kind == 2 ? "4-" : kind == 3 ? "5-" : ""; }
 
 }  // namespace
 
-std::vector<UndefinedBlock> scan_undefined(const std::vector<std::string>& log) {
-    std::vector<UndefinedBlock> blocks;
-    const bool shift = log_shift(log);
-    for (std::size_t i = 0; i < log.size(); ++i) {
-        const std::string line = shifted(log[i], shift);
-        if (line.rfind("Undefined", 0) != 0) continue;
-        UndefinedBlock b;
-        b.kind = line.rfind("Undefined Atom", 0) == 0            ? UndefinedKind::Atom
-                 : line.rfind("Undefined Angle Bending P", 0) == 0 ? UndefinedKind::Angle
-                 : line.rfind("Undefined Out-of-Plane Be", 0) == 0 ? UndefinedKind::OutOfPlane
-                 : line.rfind("Undefined Torsional Param", 0) == 0 ? UndefinedKind::Torsion
-                                                                    : UndefinedKind::Bond;
-        // The first row stands four lines below the heading; a blank line
-        // ends the table.
-        for (std::size_t k = i + 4; k < log.size() && !text::trim(log[k]).empty(); ++k) {
-            UndefinedRow r = parse_row(shifted(log[k], shift));
-            if (static_cast<int>(b.rows.size()) < kMaxRows) b.rows.push_back(r);
-            else b.rows.back() = r;   // a longer table overwrites its last row
+bool read_undefined_row(const std::string& line, int n, UndefRow& r) {
+    n = std::clamp(n, 1, 4);
+    return read_by_words(line, n, r) || read_by_columns(line, n, r);
+}
+
+void UndefTable::read_row(const std::string& line, int n) {
+    read_undefined_row(line, n, row[static_cast<std::size_t>(std::min(count, kRows - 1))]);
+    count = std::min(count + 1, kRows);
+}
+
+void normalise_row(UndefRow& r, int width) {
+    if (width == 2 && r[4] > r[5]) std::swap(r[4], r[5]);
+    if (width == 3 && r[4] > r[6]) std::swap(r[4], r[6]);
+    if (width == 4 && r[4] > r[7]) {
+        std::reverse(r.begin(), r.begin() + 4);
+        std::reverse(r.begin() + 4, r.end());
+    }
+}
+
+int remove_duplicates(UndefTable& t, int n, int width) {
+    n = std::clamp(n, 0, UndefTable::kRows);
+    width = std::clamp(width, 1, 4);
+    auto& rows = t.row;
+    for (int i = 0; i < n; ++i) normalise_row(rows[static_cast<std::size_t>(i)], width);
+    for (int i = 0; i < n; ++i) {
+        const UndefRow& first = rows[static_cast<std::size_t>(i)];
+        if (first[4] == 0) continue;
+        for (int j = i + 1; j < n; ++j) {
+            UndefRow& later = rows[static_cast<std::size_t>(j)];
+            if (std::equal(first.begin() + 4, first.begin() + 4 + width, later.begin() + 4))
+                std::fill(later.begin() + 4, later.end(), 0);
         }
-        blocks.push_back(std::move(b));
     }
-    return blocks;
-}
-
-void normalise(UndefinedRow& r, int width) {
-    if (width == 2 && r.classes[0] > r.classes[1]) std::swap(r.classes[0], r.classes[1]);
-    if (width == 3 && r.classes[0] > r.classes[2]) std::swap(r.classes[0], r.classes[2]);
-    if (width == 4 && r.classes[0] > r.classes[3]) {
-        std::reverse(r.classes, r.classes + 4);
-        std::reverse(r.atoms, r.atoms + 4);
+    for (int i = 0; i < n;) {
+        if (rows[static_cast<std::size_t>(i)][4] == 0 && rows[static_cast<std::size_t>(i)][5] == 0) {
+            std::move(rows.begin() + i + 1, rows.begin() + n, rows.begin() + i);
+            rows[static_cast<std::size_t>(n - 1)] = UndefRow{};
+            --n;
+        } else {
+            ++i;
+        }
     }
+    t.count = n;
+    return n;
 }
 
-std::vector<UndefinedRow> distinct_rows(std::vector<UndefinedRow> rows, int width) {
-    std::vector<UndefinedRow> out;
-    for (UndefinedRow& r : rows) {
-        normalise(r, width);
-        const bool seen = std::any_of(out.begin(), out.end(), [&](const UndefinedRow& o) {
-            return kind_of(o.type) == kind_of(r.type) && std::equal(o.classes, o.classes + width, r.classes);
-        });
-        if (!seen && r.classes[0] != 0) out.push_back(r);
+UndefScan scan_undefined(const std::vector<std::string>& log) {
+    if (log.size() < 5) return {};
+    Scanner scan{LogReader(log), {}, {}, {}};
+    scan.run();
+    return scan.out;
+}
+
+std::string undefined_title(const UndefEntry& e) {
+    const std::string ring = e.kind == 2 ? "4-" : e.kind == 3 ? "5-" : "";
+    switch (e.section) {
+        case UndefSection::Bond: return ring + "Bond-Stretch";
+        case UndefSection::Angle: return ring + "Angle-Bend";
+        case UndefSection::OutOfPlane: return "Angle-OP";
+        case UndefSection::Torsion: return ring + "Torsion";
     }
-    return out;
+    return {};
 }
 
-std::string bond_key_line(int kind, int type_a, int type_b, float force, float length) {
-    return text::pad_right(std::string("bond") + kind_suffix(kind), 10) + text::format_i(type_a, 5) +
-           text::format_i(type_b, 5) + "    " + text::format_f(force, 11, 4) + text::format_f(length, 11, 4);
+std::string undefined_description(const Store& st, const UndefEntry& e) {
+    const UndefRow& r = e.row;
+    if (e.section == UndefSection::OutOfPlane)
+        // The third atom's bracket stands "( ", as users of the dialog know it.
+        return label_and_type(st, r[0], " (") + " " + label_and_type(st, r[1], " (") + " " +
+               label_and_type(st, r[2], "( ") + " " + label_and_type(st, r[3], " (");
+    const int n = e.section == UndefSection::Bond ? 2 : e.section == UndefSection::Angle ? 3 : 4;
+    std::string d;
+    for (int k = 0; k < n; ++k) d += (k ? "   " : "") + label_and_type(st, r[static_cast<std::size_t>(k)], " (");
+    return d;
 }
 
-std::string angle_key_line(int kind, const int types[3], float force, float angle) {
-    return text::pad_right(std::string("angle") + kind_suffix(kind), 10) + text::format_i(types[0], 5) +
-           text::format_i(types[1], 5) + text::format_i(types[2], 5) + text::format_f(force, 10, 3) +
+std::string bond_key_line(int kind, int type_a, int type_b, double force, double length) {
+    return text::pad_right(std::string("bond") + ring_suffix(kind), 10) + text::format_i(type_a, 5) +
+           text::format_i(type_b, 5) + text::blanks(4) + text::format_f(force, 11, 4) + text::format_f(length, 11, 4);
+}
+
+std::string angle_key_line(int kind, int type_a, int type_b, int type_c, double force, double angle) {
+    return text::pad_right(std::string("angle") + ring_suffix(kind), 10) + text::format_i(type_a, 5) +
+           text::format_i(type_b, 5) + text::format_i(type_c, 5) + text::format_f(force, 10, 3) +
            text::format_f(angle, 11, 3);
 }
 
-std::string opbend_key_line(const int classes[4], float force) {
-    std::string l = text::pad_right("opbend", 9);
-    for (int k = 0; k < 4; ++k) l += text::format_i(classes[k], 5);
-    return l + text::format_f(force, 6, 2);
+std::string opbend_key_line(const UndefRow& r, double force) {
+    std::string line = text::pad_right("opbend", 9);
+    for (int k = 4; k < 8; ++k) line += text::format_i(r[static_cast<std::size_t>(k)], 5);
+    return line + text::format_f(force, 6, 2);
 }
 
-std::string torsion_key_line(int kind, const int classes[4]) {
-    std::string l = text::pad_right(std::string("torsion") + kind_suffix(kind), 9);
-    for (int k = 0; k < 4; ++k) l += text::format_i(classes[k], 5);
-    return l + "      0.000 0.0 1    0.000 180.0 2    0.000 0.0";
+std::string torsion_key_line(int kind, const UndefRow& r) {
+    std::string line = text::pad_right(std::string("torsion") + ring_suffix(kind), 9);
+    for (int k = 4; k < 8; ++k) line += text::format_i(r[static_cast<std::size_t>(k)], 5);
+    return line + "      0.000 0.0 1    0.000 180.0 2    0.000 0.0";
 }
-
-namespace {
-
-void key_lines_for(Session& s, const UndefinedBlock& b, std::vector<std::string>& key, bool& changed) {
-    const Store& st = s.store;
-    float value = 0, force = 0;
-    auto type = [&](int atom) { return st.conn_type(std::clamp(atom, 0, kMaxAtoms)); };
-    auto in_range = [&](const UndefinedRow& r, int n) {
-        for (int k = 0; k < n; ++k)
-            if (r.atoms[k] < 1 || r.atoms[k] > st.natoms) return false;
-        return true;
-    };
-    if (b.kind == UndefinedKind::Bond)
-        for (const UndefinedRow& r : distinct_rows(b.rows, 2)) {
-            const int kind = kind_of(r.type);
-            if (!in_range(r, 2)) continue;
-            if (ask(s, std::string(title_prefix(kind)) + "Bond-Stretch", described(st, r, 2),
-                    distance(st, r.atoms[0], r.atoms[1]), 10.0f, true, value, force))
-                key.push_back(bond_key_line(kind, type(r.atoms[0]), type(r.atoms[1]), force, value));
-        }
-    if (b.kind == UndefinedKind::Angle)
-        for (const UndefinedRow& r : distinct_rows(b.rows, 3)) {
-            const int kind = kind_of(r.type);
-            if (!in_range(r, 3)) continue;
-            const int types[3] = {type(r.atoms[0]), type(r.atoms[1]), type(r.atoms[2])};
-            if (ask(s, std::string(title_prefix(kind)) + "Angle-Bend", described(st, r, 3),
-                    angle_at(st, r.atoms[0], r.atoms[1], r.atoms[2]), 1.0f, true, value, force))
-                key.push_back(angle_key_line(kind, types, force, value));
-        }
-    if (b.kind == UndefinedKind::OutOfPlane && !b.rows.empty() && in_range(b.rows[0], 4)) {
-        changed = true;
-        if (ask(s, "Angle-OP", described(st, b.rows[0], 4), 0.0f, 0.0f, false, value, force))
-            key.push_back(opbend_key_line(b.rows[0].classes, force));
-    }
-    if (b.kind == UndefinedKind::Torsion) {
-        for (const UndefinedRow& r : distinct_rows(b.rows, 4)) key.push_back(torsion_key_line(kind_of(r.type), r.classes));
-        changed = true;
-    }
-}
-
-}  // namespace
 
 void undefined_parameters_command(Session& s) {
-    auto log = files::read_lines(log_file_name);
+    const auto log = files::read_lines(log_file_name);
     if (!log || log->size() < 5) return;
-    const std::vector<UndefinedBlock> blocks = scan_undefined(*log);
-    std::vector<std::string> key = files::read_lines(job_file(s, ".key")).value_or(std::vector<std::string>{});
-    bool changed = false;
-    for (const UndefinedBlock& b : blocks) {
-        if (b.kind == UndefinedKind::Atom) {
-            tell(s, {"The Structure contains Undefined Atom(s)", "Use Edit.LOG to Examine the Undefined items",
-                     "You may be able to copy from an existing type", "or create a suitable new type"});
-            return;
+    const UndefScan scan = scan_undefined(*log);
+
+    std::vector<std::string> added;
+    std::optional<double> last_force;
+    for (const UndefEntry& e : scan.entries) {
+        if (e.section == UndefSection::Torsion) {
+            added.push_back(torsion_key_line(e.kind, e.row));
+        } else if (auto line = ask_entry(s, e, last_force)) {
+            added.push_back(*line);
         }
-        key_lines_for(s, b, key, changed);
     }
-    if (blocks.empty()) return;
-    files::write_lines(job_file(s, ".key"), key);
-    if (changed) tell(s, {"All Undefined Torsions set to 0, key File Updated"});
+    if (!added.empty()) {
+        const std::string key = job_file(s, ".key");
+        std::vector<std::string> lines = files::read_lines(key).value_or(std::vector<std::string>{});
+        lines.insert(lines.end(), added.begin(), added.end());
+        files::write_lines(key, lines);
+    }
+    // One message at the end: after the torsions, after an out-of-plane
+    // bend, and when the log broke off inside a block, even if no torsion
+    // was touched.
+    if (scan.undefined_atom) tell_tinker(s, kUndefinedAtomMessage);
+    else if (scan.announce()) tell_tinker(s, {kUndefinedKeyUpdated});
 }
 
 }  // namespace zentol

@@ -142,7 +142,7 @@ void DialogWindow::add_field(const FieldDesc& f, QFormLayout* form, QHBoxLayout*
             widgets_[f.id]->setEnabled(v.enabled);
             return;
         case FieldKind::Label:
-            w = new QLabel(qs(f.text));
+            w = new QLabel(qs(v.text.empty() ? f.text : v.text));   // a text set at run time wins
             form->addRow(w);
             break;
         case FieldKind::Check: {

@@ -1,12 +1,16 @@
-// Undefined parameters from real Tinker 26.2 logs into the key file.
+// Undefined force-field parameters: the blocks of real Tinker 26.2 logs read
+// into table rows, and the command that turns them into key-file lines.
 #include "engines/tinker/undefined_params.h"
 
+#include <cmath>
 #include <filesystem>
 
 #include <gtest/gtest.h>
 
-#include "session/startup.h"
+#include "session/molecule_store.h"
+#include "structure_files/xyz_file.h"
 #include "support/test_support.h"
+#include "text/fixed_format.h"
 #include "toolkit/files.h"
 
 using namespace zentol;
@@ -16,67 +20,244 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-Lines log_of(const std::string& name, bool shift = true) {
-    Lines l = files::read_lines(test_data("tinker/undefined/" + name)).value_or(Lines{});
-    if (!shift)
-        for (auto& line : l) line = line.empty() ? line : line.substr(1);
-    return l;
+Lines data_lines(const std::string& name) {
+    auto lines = files::read_lines(test_data("tinker/" + name));
+    EXPECT_TRUE(lines) << name;
+    return lines.value_or(Lines{});
+}
+
+// The same log as Tinker writes it without the leading blank.
+Lines unshifted(Lines log) {
+    for (auto& line : log) line = line.empty() ? line : line.substr(1);
+    return log;
+}
+
+// An entry as "section kind: atoms / classes", the unused places left out.
+std::string show(const UndefEntry& e) {
+    static const char* names[] = {"bond", "angle", "opbend", "torsion"};
+    const int n = e.section == UndefSection::Bond ? 2 : e.section == UndefSection::Angle ? 3 : 4;
+    std::string s = std::string(names[static_cast<int>(e.section)]) + " " + std::to_string(e.kind) + ":";
+    for (int k = 0; k < n; ++k) s += " " + std::to_string(e.row[k]);
+    s += " /";
+    for (int k = 0; k < n; ++k) s += " " + std::to_string(e.row[4 + k]);
+    return s;
+}
+
+Lines shown(const UndefScan& scan) {
+    Lines out;
+    for (const auto& e : scan.entries) out.push_back(show(e));
+    return out;
+}
+
+// A log of the banner's first lines (which decide the shift) and a body.
+Lines log_with(const Lines& body) {
+    Lines log = {"", "     ####", "   ######", "  ###   ###", " ###  Tinker  ###"};
+    log.insert(log.end(), body.begin(), body.end());
+    return log;
+}
+
+Store store_of(const std::string& xyz) {
+    Store st;
+    int charge = 0, multiplicity = 1;
+    EXPECT_EQ(parse_xyz(data_lines(xyz), st, nullptr, charge, multiplicity), kXyzRead);
+    return st;
 }
 
 }  // namespace
 
-TEST(Undefined, BlocksRowsAndDuplicatesInBothLogForms) {
-    for (bool shift : {true, false}) {
-        const auto blocks = scan_undefined(log_of("ivboret.log", shift));
-        ASSERT_EQ(blocks.size(), 4u);
-        EXPECT_EQ(blocks[0].kind, UndefinedKind::Bond);
-        ASSERT_EQ(blocks[0].rows.size(), 2u);
-        EXPECT_EQ(blocks[0].rows[0].atoms[1], 2);
-        EXPECT_EQ(blocks[0].rows[0].classes[1], 56);
-        EXPECT_EQ(distinct_rows(blocks[0].rows, 2).size(), 1u);   // two 26-56 ring bonds, one question
-        EXPECT_EQ(blocks[2].kind, UndefinedKind::OutOfPlane);
-        EXPECT_EQ(blocks[3].kind, UndefinedKind::Torsion);
-        EXPECT_EQ(blocks[3].rows.size(), 20u);                    // 23 rows: the last ones overwrite row 20
-        EXPECT_EQ(blocks[3].rows[19].atoms[3], 7);
+TEST(UndefinedScan, FourMemberedRingLogInBothForms) {
+    const Lines expected = {
+        // Two 4-ring bonds 26-56: the first row stands alone.
+        "bond 2: 1 2 / 26 56",
+        // Ten angle rows, the first a ring row; end classes put in order.
+        "angle 2: 2 1 4 / 56 26 56", "angle 2: 2 1 5 / 2 26 56", "angle 2: 1 2 3 / 26 56 56",
+        "angle 2: 1 2 8 / 5 56 26", "angle 2: 1 5 14 / 5 2 26",
+        // The first out-of-plane row only.
+        "opbend 1: 4 1 2 5 / 56 26 56 2",
+        // Torsion rows up to the next ring row; reversed rows with their atoms.
+        "torsion 2: 4 1 2 3 / 56 26 56 56", "torsion 2: 8 2 1 4 / 5 56 26 56", "torsion 2: 5 1 2 3 / 2 26 56 56",
+        "torsion 2: 5 1 2 8 / 2 26 56 5"};
+    const Lines log = data_lines("undef_analyze_E/ZENTOL.LOG");
+    for (const Lines& form : {log, unshifted(log)}) {
+        const UndefScan scan = scan_undefined(form);
+        EXPECT_EQ(shown(scan), expected);
+        EXPECT_TRUE(scan.key_changed);
+        EXPECT_FALSE(scan.ended_in_block);
+        EXPECT_TRUE(scan.announce());
     }
-    UndefinedRow a{"Torsion", {4, 3, 2, 1}, {5, 56, 56, 26}, 4, 4};
-    UndefinedRow b{"Torsion", {9, 8, 7, 6}, {26, 56, 56, 5}, 4, 4};
-    const auto one = distinct_rows({a, b}, 4);
-    ASSERT_EQ(one.size(), 1u);
-    EXPECT_EQ(one[0].atoms[0], 4);   // the first of the combination stands
-    EXPECT_EQ(torsion_key_line(2, one[0].classes),
-              "torsion4     5   56   56   26      0.000 0.0 1    0.000 180.0 2    0.000 0.0");
-    EXPECT_EQ(bond_key_line(2, 26, 56, 10.0f, 1.6f), "bond4        26   56        10.0000     1.6000");
-    const int types[3] = {56, 26, 56};
-    EXPECT_EQ(angle_key_line(1, types, 1.0f, 109.5f), "angle        56   26   56     1.000    109.500");
-    const int classes[4] = {56, 26, 56, 2};
-    EXPECT_EQ(opbend_key_line(classes, 0.5f), "opbend      56   26   56    2  0.50");
-    EXPECT_EQ(scan_undefined(log_of("badtype.log"))[0].kind, UndefinedKind::Atom);
-    EXPECT_EQ(scan_undefined(log_of("mborol.log")).size(), 3u);
 }
 
-TEST(Undefined, TheCommandAsksForBondsAndAnglesAndWritesTheKey) {
-    TestSession t;
-    write_file(t.s.inst.cfgset + "/dir1.def", t.scratch() + "\n");
-    std::filesystem::copy_file(test_data("tinker/undefined/ivboret.xyz"), t.scratch() + "/ivboret.xyz");
-    // The command is reached from Tinker mode; here it runs on the job as loaded.
-    t.tk.load_script("");
-    run_program(t.s, {"zentol", "ivboret", "1"});
-    std::filesystem::current_path(t.scratch());
-    std::filesystem::copy_file(test_data("tinker/undefined/ivboret.log"), t.scratch() + "/ZENTOL.LOG");
-    // The bond, then five angle combinations (one cancelled), then the out-of-plane bend.
-    t.tk.load_script("dialog 118 ok 1071=1.60 1008=4.0\ndialog 118 ok\ndialog 118 cancel\ndialog 118 ok\n"
-                     "dialog 118 ok\ndialog 118 ok\ndialog 118 ok 1008=0.1\nmsgbox ok\n");
-    undefined_parameters_command(t.s);
-    const Lines key = files::read_lines(t.scratch() + "/ivboret.key").value_or(Lines{});
-    auto has = [&](const std::string& start) {
-        return std::count_if(key.begin(), key.end(), [&](const std::string& l) { return l.rfind(start, 0) == 0; });
+TEST(UndefinedScan, FiveMemberedRingAndUndefinedAtomLogs) {
+    const Lines expected = {"bond 3: 1 2 / 1 26", "angle 3: 2 1 5 / 1 26 1", "angle 3: 1 2 3 / 1 1 26",
+                            "torsion 3: 5 1 2 3 / 1 26 1 1", "torsion 3: 5 1 2 7 / 1 26 1 5"};
+    const Lines ring = data_lines("undef5ring_analyze_E/ZENTOL.LOG");
+    EXPECT_EQ(shown(scan_undefined(ring)), expected);
+    EXPECT_EQ(shown(scan_undefined(unshifted(ring))), expected);
+
+    const Lines bad = data_lines("badtype_analyze_E/ZENTOL.LOG");
+    for (const Lines& form : {bad, unshifted(bad)}) {
+        const UndefScan scan = scan_undefined(form);
+        EXPECT_TRUE(scan.undefined_atom);
+        EXPECT_TRUE(scan.entries.empty());
+        EXPECT_FALSE(scan.announce());
+    }
+    // A log the engine broke off in its banner holds nothing.
+    EXPECT_FALSE(scan_undefined(Lines(4, " ###")).announce());
+}
+
+TEST(UndefinedScan, BlockEndsAndLogEnds) {
+    const Lines heading = {" Undefined Bond Stretching Parameters :", "", " Type   Atom Names   Atom Classes", ""};
+    auto body = [&](Lines rows) {
+        Lines b = heading;
+        b.insert(b.end(), rows.begin(), rows.end());
+        return log_with(b);
     };
-    EXPECT_EQ(has("bond4 "), 1);
-    EXPECT_EQ(has("angle"), 4);
-    EXPECT_EQ(has("opbend"), 1);
-    EXPECT_GE(has("torsion"), 5);
-    EXPECT_NE(std::find(key.begin(), key.end(), "bond4        26   56         4.0000     1.6000"), key.end());
-    ASSERT_FALSE(t.tk.message_boxes().empty());
-    EXPECT_NE(t.tk.message_boxes().back().find("All Undefined Torsions set to 0"), std::string::npos);
+    // Plain rows go on until a ring row; the ring row is not read.
+    const UndefScan mixed = scan_undefined(body({" Bond            3-C       4-C             1    1",
+                                                 " Bond            4-C       5-C             1    2",
+                                                 " 4-Ring          1-B       2-C            26   56", ""}));
+    EXPECT_EQ(shown(mixed), (Lines{"bond 1: 3 4 / 1 1", "bond 1: 4 5 / 1 2"}));
+    EXPECT_FALSE(mixed.announce());
+
+    // The log ends inside the block: its rows are lost, the key message stands.
+    const UndefScan cut = scan_undefined(body({" Bond            3-C       4-C             1    1"}));
+    EXPECT_TRUE(cut.entries.empty());
+    EXPECT_TRUE(cut.ended_in_block);
+    EXPECT_TRUE(cut.announce());
+    EXPECT_TRUE(scan_undefined(log_with({" Undefined Torsional Parameters :", ""})).announce());
+
+    // Without the shift the heading must start in column 1.
+    Lines clear = unshifted(body({" Bond            3-C       4-C             1    1", ""}));
+    EXPECT_EQ(shown(scan_undefined(clear)).size(), 1u);
+    clear[5] = " " + clear[5];
+    EXPECT_TRUE(shown(scan_undefined(clear)).empty());
+
+    // A torsion block that does not start with a torsion row ends the scan.
+    const UndefScan odd = scan_undefined(log_with({" Undefined Torsional Parameters :", "", "", "", " Other", "",
+                                                   " Undefined Atom Types or Classes :"}));
+    EXPECT_FALSE(odd.undefined_atom);
+}
+
+TEST(UndefinedTable, TwentyRowsThenTheLastOverwritten) {
+    Lines body = {" Undefined Angle Bending Parameters :", "", " Type   Atom Names   Atom Classes", ""};
+    for (int i = 1; i <= 25; ++i)
+        body.push_back(" Angle " + text::format_i(i, 14) + "-C" + text::format_i(i + 1, 8) + "-C" +
+                       text::format_i(i + 2, 8) + "-C" + text::format_i(i, 14) + text::format_i(100, 5) +
+                       text::format_i(200, 5));
+    body.push_back("");
+    const Lines rows = shown(scan_undefined(log_with(body)));
+    ASSERT_EQ(rows.size(), 20u);
+    EXPECT_EQ(rows[18], "angle 1: 19 20 21 / 19 100 200");
+    EXPECT_EQ(rows[19], "angle 1: 25 26 27 / 25 100 200");
+}
+
+TEST(UndefinedTable, DuplicatesAndNormalForms) {
+    UndefTable t;
+    t.row[0] = {1, 2, 0, 0, 2, 1, 0, 0};
+    t.row[1] = {3, 4, 0, 0, 1, 2, 0, 0};   // 1-2 is 2-1
+    t.row[2] = {5, 6, 0, 0, 0, 0, 0, 0};   // a row that did not read
+    t.row[3] = {7, 8, 0, 0, 1, 3, 0, 0};
+    ASSERT_EQ(remove_duplicates(t, 4, 2), 2);
+    EXPECT_EQ(t.row[0], (UndefRow{1, 2, 0, 0, 1, 2, 0, 0}));   // atoms stay as they were
+    EXPECT_EQ(t.row[1], (UndefRow{7, 8, 0, 0, 1, 3, 0, 0}));
+    EXPECT_EQ(t.row[2], UndefRow{});
+
+    // Torsions: 4 3 2 1 is 1 2 3 4, and the row is turned round with its atoms.
+    t = {};
+    t.row[0] = {11, 12, 13, 14, 4, 3, 2, 1};
+    t.row[1] = {21, 22, 23, 24, 1, 2, 3, 4};
+    t.row[2] = {31, 32, 33, 34, 1, 2, 3, 5};
+    ASSERT_EQ(remove_duplicates(t, 3, 4), 2);
+    EXPECT_EQ(t.row[0], (UndefRow{14, 13, 12, 11, 1, 2, 3, 4}));
+    EXPECT_EQ(torsion_key_line(1, t.row[0]),
+              "torsion      1    2    3    4      0.000 0.0 1    0.000 180.0 2    0.000 0.0");
+}
+
+TEST(UndefinedTable, RowsOfTheOlderColumnLayout) {
+    // Atom numbers in columns 13-17 and 23-27 with no "-name" after them,
+    // the classes 11 columns further on.
+    auto row = [](const std::string& second_atom) {
+        return text::pad_right("Bond", 12) + text::format_i(3, 5) + "  C  " + second_atom + "  C" + text::blanks(8) +
+               text::format_i(1, 5) + text::format_i(2, 5);
+    };
+    UndefRow r{};
+    ASSERT_TRUE(read_undefined_row(row("    4"), 2, r));
+    EXPECT_EQ(r, (UndefRow{3, 4, 0, 0, 1, 2, 0, 0}));
+    // A number that does not fit its field stops the read; what was read stays.
+    r = UndefRow{9, 9, 9, 9, 9, 9, 9, 9};
+    EXPECT_FALSE(read_undefined_row(row("   x4"), 2, r));
+    EXPECT_EQ(r, (UndefRow{3, 9, 9, 9, 9, 9, 9, 9}));
+}
+
+TEST(UndefinedKeyLines, DescriptionsAndTitles) {
+    const Store st = store_of("undef_analyze_E/ivboret.xyz");
+    const UndefScan scan = scan_undefined(data_lines("undef_analyze_E/ZENTOL.LOG"));
+    ASSERT_EQ(scan.entries.size(), 11u);
+    EXPECT_EQ(undefined_description(st, scan.entries[0]), "B1   (  26)   C2   (  56)");
+    EXPECT_EQ(undefined_description(st, scan.entries[5]), "B1   (  26)   C5   (   2)   H14  (   5)");
+    EXPECT_EQ(undefined_description(st, scan.entries[6]), "C4   (  56) B1   (  26) C2  (   56) C5   (   2)");
+    EXPECT_EQ(undefined_title(scan.entries[0]), "4-Bond-Stretch");
+    EXPECT_EQ(undefined_title(scan.entries[6]), "Angle-OP");
+    EXPECT_EQ(bond_key_line(3, 1, 26, 4.25, 1.6), "bond5         1   26         4.2500     1.6000");
+}
+
+namespace {
+
+// The job of a case folder, loaded, with its log in the job directory.
+struct UndefinedJob {
+    UndefinedJob(const std::string& folder, const std::string& job) {
+        for (const std::string& name : {job + ".xyz", job + ".key", std::string("ZENTOL.LOG")})
+            std::filesystem::copy_file(test_data("tinker/" + folder + "/" + name), t.scratch() + "/" + name);
+        t.s.job.name = job;
+        t.s.store = store_of(folder + "/" + job + ".xyz");
+    }
+    Lines key() const { return files::read_lines(t.s.job.name + ".key").value_or(Lines{}); }
+    TestSession t;
+};
+
+}  // namespace
+
+TEST(UndefinedCommand, DialogAnswersBecomeKeyLines) {
+    UndefinedJob j("undef_analyze_E", "ivboret");
+    // The bond, five angles (the second cancelled), then the out-of-plane bend.
+    j.t.tk.load_script(
+        "dialog 118 ok 1008=4.0\n"
+        "dialog 118 ok 1071=95.5 1008=0.5\n"
+        "dialog 118 cancel\n"
+        "dialog 118 ok\ndialog 118 ok\ndialog 118 ok 1008=2.0\n"
+        "dialog 118 ok\n"
+        "msgbox ok\n");
+    undefined_parameters_command(j.t.s);
+    EXPECT_EQ(j.t.tk.dialogs_shown(), std::vector<int>(7, 118));
+
+    const Lines key = j.key();
+    ASSERT_EQ(key.size(), 2u + 1 + 4 + 1 + 4);
+    EXPECT_EQ(key[0], "parameters PARAMS_DIR/mm3");
+    EXPECT_EQ(key[2], "bond4        26   56         4.0000     1.5800");   // B1-C2 as built
+    EXPECT_EQ(key[3], "angle4       56   26   56     0.500     95.500");
+    // The others keep the angle of the current geometry: B1-C2-C3 is 88.0.
+    EXPECT_EQ(key[4].substr(0, 35), "angle4       26   56   56     1.000");
+    EXPECT_NEAR(text::read_f(key[4].substr(35)).value_or(0), 88.0, 0.01);
+    EXPECT_EQ(key[6].substr(0, 35), "angle4       26    2    5     2.000");   // B1-C5-H14
+    EXPECT_EQ(key[7], "opbend      56   26   56    2  2.00");   // offered the force constant of the dialog before
+    EXPECT_EQ(key[8], "torsion4    56   26   56   56      0.000 0.0 1    0.000 180.0 2    0.000 0.0");
+    ASSERT_EQ(j.t.tk.message_boxes().size(), 1u);
+    EXPECT_EQ(j.t.tk.message_boxes()[0], kUndefinedKeyUpdated);
+}
+
+TEST(UndefinedCommand, UndefinedAtomOrNoLog) {
+    UndefinedJob j("badtype_analyze_E", "badtype");
+    const Lines before = j.key();
+    undefined_parameters_command(j.t.s);
+    EXPECT_TRUE(j.t.tk.dialogs_shown().empty());
+    EXPECT_EQ(j.key(), before);
+    ASSERT_EQ(j.t.tk.message_boxes().size(), 1u);
+    EXPECT_EQ(j.t.tk.message_boxes()[0],
+              "The Structure contains Undefined Atom(s)\rUse Edit.LOG to Examine the Undefined items\r"
+              "You may be able to copy from an existing type\ror create a suitable new type");
+
+    std::filesystem::remove(j.t.scratch() + "/ZENTOL.LOG");
+    undefined_parameters_command(j.t.s);
+    EXPECT_EQ(j.t.tk.message_boxes().size(), 1u);
+    EXPECT_EQ(j.key(), before);
 }
