@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "building/geometry.h"
+#include "building/vec3.h"
 #include "session/store_ops.h"
 #include "text/fixed_format.h"
 
@@ -27,16 +29,14 @@ std::string open_shell_words(const MopacOptions& o) {
     return o.multiplicity == 2 ? " RHF" : " OPEN(2,2)";
 }
 
+// Measured as the Geometry command measures, 0 where two atoms coincide.
 float distance(const Store& st, int a, int b) {
-    float s = 0;
-    for (int c = kX; c <= kZ; ++c) s += (st.atom_rec[a][c] - st.atom_rec[b][c]) * (st.atom_rec[a][c] - st.atom_rec[b][c]);
-    return std::sqrt(s);
+    return static_cast<float>(zentol::distance(atom_position(st.atom_rec[a]), atom_position(st.atom_rec[b])));
 }
 
 float angle(const Store& st, int a, int b, int c) {
-    const float ab = distance(st, a, b), bc = distance(st, b, c), ac = distance(st, a, c);
-    if (ab == 0 || bc == 0) return 0;
-    return std::acos(std::clamp((ab * ab + bc * bc - ac * ac) / (2 * ab * bc), -1.0f, 1.0f)) * 57.29578f;
+    return static_cast<float>(zentol::angle(atom_position(st.atom_rec[a]), atom_position(st.atom_rec[b]),
+                                            atom_position(st.atom_rec[c]), 0.0));
 }
 
 std::string field(float value, int flag) { return text::format_f(value, 12, 5) + text::format_i(flag, 3); }

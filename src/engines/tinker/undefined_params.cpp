@@ -5,6 +5,8 @@
 #include <cmath>
 #include <optional>
 
+#include "building/geometry.h"
+#include "building/vec3.h"
 #include "engines/runner.h"
 #include "engines/tinker/tinker_log.h"
 #include "session/molecule_store.h"
@@ -216,22 +218,14 @@ struct Scanner {
 int atom_index(int atom) { return std::clamp(atom, 0, kMaxAtoms); }
 
 float distance(const Store& st, int a, int b) {
-    const auto& p = st.atom_rec[static_cast<std::size_t>(atom_index(a))];
-    const auto& q = st.atom_rec[static_cast<std::size_t>(atom_index(b))];
-    return std::sqrt((p[kX] - q[kX]) * (p[kX] - q[kX]) + (p[kY] - q[kY]) * (p[kY] - q[kY]) +
-                     (p[kZ] - q[kZ]) * (p[kZ] - q[kZ]));
+    return static_cast<float>(zentol::distance(atom_position(st.atom_rec[static_cast<std::size_t>(atom_index(a))]),
+                                               atom_position(st.atom_rec[static_cast<std::size_t>(atom_index(b))])));
 }
 
 // The angle a-b-c at b, in degrees; 0 when two atoms coincide.
 float angle_at(const Store& st, int a, int b, int c) {
-    const auto& pa = st.atom_rec[static_cast<std::size_t>(atom_index(a))];
-    const auto& pb = st.atom_rec[static_cast<std::size_t>(atom_index(b))];
-    const auto& pc = st.atom_rec[static_cast<std::size_t>(atom_index(c))];
-    float dot = 0;
-    for (int k = kX; k <= kZ; ++k) dot += (pa[k] - pb[k]) * (pc[k] - pb[k]);
-    const float lengths = distance(st, a, b) * distance(st, c, b);
-    if (lengths <= 0) return 0;
-    return std::acos(std::clamp(dot / lengths, -1.0f, 1.0f)) * kDegrees;
+    auto at = [&](int i) { return atom_position(st.atom_rec[static_cast<std::size_t>(atom_index(i))]); };
+    return static_cast<float>(zentol::angle(at(a), at(b), at(c), 0.0));
 }
 
 int type_of(const Store& st, int atom) { return st.conn_type(atom_index(atom)); }
