@@ -45,7 +45,8 @@ std::string default_engines_def(const Installation& inst) {
            "mm3_params " + inst.root + "/exem/mm3\n"
            "mopac6\nmopac2016 mopac\norca orca\nfirefly firefly\niconc iconc\nmultiwfn Multiwfn\n"
            "symmol " + b + "symmol\nzmatgen " + b + "zmatgen\n"
-           "zentol9 " + b + "zentol9\norbview " + b + "orbview\ntabview " + b + "tabview\nlauncher " + b + "brevan\n"
+           "zentol9 " + b + "zentol9\norbview " + b + "orbview\norbgrid " + b + "orbgrid\norbgrids " + b + "orbgrids\n"
+           "tabview " + b + "tabview\nlauncher " + b + "brevan\n"
            "editor\nterminal x-terminal-emulator\nopener xdg-open\nupdate_url\n";
 }
 

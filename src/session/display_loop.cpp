@@ -198,7 +198,7 @@ bool dispatch(Session& s, const Event& e) {
             break;
         case 14:
             mopac_mode(s);
-            if (s.flags.quit_requested) {
+            if (s.flags.quit_requested || s.flags.plot_exit) {
                 close_path(s);
                 return false;
             }
@@ -243,6 +243,12 @@ void display_loop(Session& s) {
         show_job_name(s);
         if (!keep_message) s.tk.WindowOutStatusBar(9, short_directory(files::current_dir()));
         keep_message = false;
+        if (s.flags.start_in_mopac && !s.flags.plot_exit) {
+            // Back from an orbital plot in orbview: straight into Mopac mode.
+            s.flags.view_action = 10;
+            prepare_display(s);
+            if (!dispatch(s, Event{.command = 14})) return;
+        }
         Event e = read_event(s);
         if (e.key == 'R' || e.key == 'r') {
             draw_scene(s);

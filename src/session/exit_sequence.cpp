@@ -86,9 +86,13 @@ void exit_sequence(Session& s) {
     if (files::exists(job_file(s, ".ins"))) files::copy(job_file(s, ".ins"), job_file(s, ".agl"));
     remove_job_files(s);
     hand_over(s);
-    for (const char* name : {"graph.dat", "graph.tmp", "spn.dat", "dens.dat", "pppmap.*"}) files::remove(name);
-    files::remove(job_file(s, ".mpf"));
-    files::remove(job_file(s, ".mgf"));
+    // orbview reads the map after this program has gone: on a plot exit the
+    // plot files stay for it, and go when the session it returns to ends.
+    if (!s.flags.plot_exit) {
+        for (const char* name : {"graph.dat", "graph.tmp", "spn.dat", "dens.dat", "pppmap.*"}) files::remove(name);
+        files::remove(job_file(s, ".mpf"));
+        files::remove(job_file(s, ".mgf"));
+    }
     write_mru(s);
     return_to_launcher(s);
     write_dir_file(s, "DIR.DEF", s.job.scratch_dir);

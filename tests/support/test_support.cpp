@@ -40,13 +40,21 @@ TestSession::TestSession() : s(tk, renderer) {
 }
 
 void run_on_water(TestSession& t, const std::string& script, int level) {
+    run_on_molecule(t, "water.xyz", script, {}, level);
+}
+
+void run_on_molecule(TestSession& t, const std::string& data_file, const std::string& script,
+                     const std::vector<std::string>& more_words, int level) {
     write_file(t.s.inst.cfgset + "/dir1.def", t.scratch() + "\n");
     write_file(t.s.inst.cfgset + "/zentol.def",
                t.s.inst.default_library + "\n" + t.scratch() + "\n" + std::to_string(level) + "\n");
-    std::filesystem::copy_file(test_data("water.xyz"), t.scratch() + "/water.xyz",
+    const std::string file = std::filesystem::path(data_file).filename().string();
+    std::filesystem::copy_file(test_data(data_file), t.scratch() + "/" + file,
                                std::filesystem::copy_options::overwrite_existing);
     t.tk.load_script(script);
-    run_program(t.s, {"zentol", "water", "1"});
+    std::vector<std::string> words{"zentol", file.substr(0, file.rfind('.')), "1"};
+    words.insert(words.end(), more_words.begin(), more_words.end());
+    run_program(t.s, words);
 }
 
 void two_carbons(Store& st, float distance) {

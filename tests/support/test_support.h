@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "display/renderer.h"
 #include "session/session.h"
@@ -41,6 +42,10 @@ struct TestSession {
 // Starts a whole session on tests/data/water.xyz copied into the scratch
 // directory (instance 1, the given level) and runs the script to its end.
 void run_on_water(TestSession& t, const std::string& script, int level = 1);
+// The same on any molecule of tests/data ("mopac/ethanol.xyz"), the job
+// named after the file; `more_words` follow the instance digit.
+void run_on_molecule(TestSession& t, const std::string& data_file, const std::string& script,
+                     const std::vector<std::string>& more_words = {}, int level = 1);
 
 // Two carbon atoms on the x axis, the given distance apart.
 void two_carbons(Store& st, float distance);

@@ -28,7 +28,7 @@ struct MopacOptions {
     bool bond_rotation = false;
     bool mass_weighted = false;
     bool mopac2016 = false;
-    int plot_type = 1;       // 1 M.O., 2 spin density, 3 density
+    int plot_type = 0;       // 0 M.O., 1 spin density, 2 density: the dialog's choice less 1
 };
 
 // The keyword of a method index 1..10, "" for none.

@@ -6,6 +6,7 @@
 #include "building/build_mode.h"
 #include "display/view.h"
 #include "engines/mopac/mopac_listing.h"
+#include "engines/mopac/mopac_plot.h"
 #include "engines/mode_loop.h"
 #include "engines/runner.h"
 #include "engines/tinker/atom_charges.h"
@@ -157,23 +158,12 @@ void run_mopac(Session& s, MopacState& m) {
     finish_deck(s, m);
     s.tk.WindowOutStatusBar(status_message_field, "Mopac running");
     run_engine(s, m);
-    if (m.version != kMopac6) {
-        auto mgf = files::read_lines(job_file(s, ".mgf"));
-        if (mgf)
-            for (const std::string& l : read_mop2016_vectors(*mgf).geo_lines) log_line(s, l);
-    }
+    if (m.version == kMopac6) make_mopac6_graph(m.options.plot_type);
+    else make_mopac2016_graph(s);
     update_from_listing(s, m, true);
     files::remove("for01*");
     files::remove("shutdown");
     s.tk.WindowOutStatusBar(status_message_field, "Mopac finished");
-}
-
-void mopac_plot(Session& s, MopacState& m) {
-    if (!m.energy_run) {
-        s.tk.WindowOutStatusBar(status_message_field, "Run an Energy Calculation");
-        return;
-    }
-    if (!sibling_installed(s, "orbview")) tell_missing(s, "The orbital map and viewer programs", "orbview");
 }
 
 namespace {
@@ -197,7 +187,10 @@ Next dispatch(Session& s, MopacState& m, int command) {
         case 7: update_from_listing(s, m, true); break;
         case 8: edit_file(s, files::current_dir() + "/" + files::resolve(job_file(s, ".lst"))); break;
         case 9: open_command_window(s, ""); break;
-        case 10: mopac_plot(s, m); break;
+        case 10:
+            mopac_plot(s, m);
+            if (s.flags.plot_exit) return Next::Leave;
+            break;
         case 11:
         case 12: s.tk.WindowOutStatusBar(status_message_field, "Not available in this version"); break;
         case 13:
@@ -230,9 +223,26 @@ Next run_mode(Session& s, MopacState& m) {
 
 }  // namespace
 
+// Back from orbview (MOPA nn): the orbital table of the Energy run it
+// plotted is read again, so that the next plot needs no new run.
+void resume_after_plot(Session& s, MopacState& m) {
+    auto lines = files::read_lines(job_file(s, ".lst"));
+    if (!lines) return;
+    const MopacListing r = read_mopac_listing(*lines, m.version, s.flags.spin_multiplicity, s.store.natoms);
+    m.energy_run = r.vectors_found;
+    m.mo_energy = r.mo_energy;
+    m.homo_index = r.homo_index;
+}
+
 void mopac_mode(Session& s) {
     MopacState m;
     m.version = files::exists("MOP2016.TXT") || !engine_available(s, "mopac6") ? kMopac2016 : kMopac6;
+    if (s.flags.start_in_mopac) {
+        s.flags.start_in_mopac = false;
+        resume_after_plot(s, m);
+    } else {
+        s.flags.plot_kind = 0;
+    }
     while (run_mode(s, m) == Next::Rebuild) {
     }
     leave(s);

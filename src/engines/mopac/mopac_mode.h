@@ -33,9 +33,6 @@ void run_mopac(Session& s, MopacState& m);
 // Reads job.lst again into the molecule; `asked` by the user's Update.
 void update_from_listing(Session& s, MopacState& m, bool asked);
 
-// Plot MO / Spin Density (dialog 110).
-void mopac_plot(Session& s, MopacState& m);
-
 // The mode's loop until the user leaves it.
 void mopac_mode(Session& s);
 

@@ -90,6 +90,7 @@ int new_input(Session& s, MopacState& m) {
         }
         m.options = o;
         m.version = version;
+        s.flags.plot_kind = o.plot_type;
         if (o.run_type == 3) files::remove(job_file(s, "_ir.lst"));
         m.force = o.run_type == 3;
         const std::vector<std::string> header = mopac_header(m.options, version, s.job.name);
