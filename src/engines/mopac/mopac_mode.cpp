@@ -48,6 +48,7 @@ void finish_deck(Session& s, const MopacState& m) {
     if (m.force && m.version != kMopac6)
         for (std::string& line : mopac_force_job(m.options, mopac_method(m.options.method))) deck.push_back(line);
     files::write_lines("pppall.inp", deck);
+    for (std::string& line : deck) line.erase(line.find_last_not_of(' ') + 1);
     files::write_lines(job_file(s, ".inp"), deck);
 }
 

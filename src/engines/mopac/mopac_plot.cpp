@@ -115,6 +115,7 @@ void make_mopac2016_graph(Session& s) {
     const Mop2016Vectors v = read_mop2016_vectors(head);
     for (const std::string& l : v.geo_lines) log_line(s, l);
     files::write_lines("graph.dat", graph_file_from_mgf(v));
+    files::remove("mgf.tmp");
 }
 
 namespace {

@@ -1,0 +1,184 @@
+// Mopac mode with a fake engine replaying recorded runs: the orbital plot
+// and its hand-over to orbview and back, Mopac 6's fixed file names, and
+// listings or graph files cut short.
+#include <cstdlib>
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+#include "engines/runner.h"
+#include "session/session.h"
+#include "support/test_support.h"
+#include "toolkit/files.h"
+
+using namespace zentol;
+using namespace zentol::testing;
+
+namespace {
+
+std::string tool(const std::string& name) { return std::string(ZENTOL_TEST_DATA) + "/../engines/mopac/" + name; }
+
+// The recorded files the fake engine hands out, for one test.
+struct FakeRun {
+    FakeRun(const std::string& out, const std::string& mgf, const std::string& dens = "") {
+        set("FAKE_MOPAC_OUT", out);
+        set("FAKE_MOPAC_MGF", mgf);
+        set("FAKE_MOPAC_DENS", dens);
+    }
+    ~FakeRun() {
+        for (const char* name : {"FAKE_MOPAC_OUT", "FAKE_MOPAC_MGF", "FAKE_MOPAC_DENS"}) unsetenv(name);
+    }
+    static void set(const char* name, const std::string& value) {
+        if (value.empty()) unsetenv(name);
+        else setenv(name, value.c_str(), 1);
+    }
+};
+
+// Engines of a test: the fake MOPAC as the 2016 generation (or as Mopac 6),
+// and the map programs and orbview when asked for.
+void use_fakes(TestSession& t, bool mopac6, bool map_programs, bool orbview) {
+    t.s.engines.values[mopac6 ? "mopac6" : "mopac2016"] = tool("fake_mopac.sh");
+    t.s.engines.values[mopac6 ? "mopac2016" : "mopac6"] = "";
+    for (const char* name : {"orbgrid", "orbgrids", "orbview"}) {
+        const bool wanted = std::string(name) == "orbview" ? orbview : map_programs;
+        const std::string link = t.dir / name;
+        if (wanted) std::filesystem::create_symlink(tool("fake_plot.sh"), link);
+        t.s.engines.values[name] = wanted ? link : "";
+    }
+}
+
+bool transcript_has(const TestSession& t, const std::string& part) {
+    for (const std::string& line : t.tk.transcript())
+        if (line.find(part) != std::string::npos) return true;
+    return false;
+}
+
+const char kEnergyRun[] = "menu 40014\nmenu 40023\ndialog 107 button:3 1077=1 1054=1\n";
+
+}  // namespace
+
+TEST(MopacPlot, NeedsAnEnergyRunAndSaysWhichProgramIsMissing) {
+    TestSession t;
+    use_fakes(t, false, false, false);
+    FakeRun run(test_data("mopac/m22_water_optF.out"), "");
+    // Plot after an optimisation, then after an Energy run whose grid of 20
+    // steps the dialog refuses: the map program is not installed.
+    run_on_water(t, std::string("menu 40014\nmenu 40023\ndialog 107 button:3 1077=1 1055=1\nmenu 40010\n") +
+                        "menu 40023\ndialog 107 button:3 1077=1 1054=1\nmenu 40010\ndialog 110 ok 1102=20\nmenu 40001\n");
+    bool asked_for_energy = false;
+    for (const auto& [field, text] : t.tk.status_writes()) asked_for_energy |= text == "Run an Energy Calculation";
+    EXPECT_TRUE(asked_for_energy);
+    EXPECT_TRUE(transcript_has(t, "dialog 110 field 1102 refused"));
+    ASSERT_EQ(t.tk.message_boxes().size(), 1u);
+    EXPECT_NE(t.tk.message_boxes()[0].find("The orbital map program is not installed"), std::string::npos);
+    EXPECT_FALSE(t.s.flags.plot_exit);
+}
+
+TEST(MopacPlot, TheMapIsMadeAndOrbviewTakesOver) {
+    TestSession t;
+    use_fakes(t, false, true, true);
+    FakeRun run(test_data("mopac/m22_water_E_DISP.out"), test_data("mopac/m22_water_E.mgf"));
+    // LUMO: the H.O.M.O of water is orbital 4, the plot is of orbital 5.
+    run_on_water(t, std::string(kEnergyRun) + "menu 40010\ndialog 110 ok 1052=1\nmenu 40001\n");
+    EXPECT_TRUE(t.tk.message_boxes().empty());
+    EXPECT_TRUE(t.s.flags.plot_exit);
+    const std::string dir = t.scratch();
+    EXPECT_EQ(read_file(dir + "/seen.kew"), "graph.dat\n    5  M.O.\n   64  Grid Steps\n"
+                                            "    0  0 M.O., 1 Spin Density, 2 Density\n    4  H.O.M.O\n");
+    EXPECT_EQ(read_file(dir + "/seen.ele").substr(0, 6), "    3\n");
+    // graph.dat from the graph file: 3 atoms, 6 basis functions, 6 orbitals.
+    EXPECT_EQ(read_file(dir + "/seen.graph").substr(0, 25), "     3     6     6     4\n");
+    // The session ended for orbview, whose files stay for it.
+    EXPECT_TRUE(transcript_has(t, "orbview water 1 MOPAC 05"));
+    for (const char* name : {"pppmap.atl", "pppmap.bgl", "water_mo.pdb", "graph.dat"})
+        EXPECT_TRUE(file_present(dir + "/" + name)) << name;
+    EXPECT_NE(read_file(dir + "/water.geo").find(" Mopac 2016"), std::string::npos);
+
+    // orbview starts us again with MOPA 05: straight into Mopac mode, the
+    // log continued, and the next plot needs no new run.
+    TestSession back;
+    use_fakes(back, false, true, true);
+    std::filesystem::copy(dir, back.scratch(), std::filesystem::copy_options::overwrite_existing |
+                                                   std::filesystem::copy_options::recursive);
+    run_on_molecule(back, "water.xyz", "menu 40010\ndialog 110 ok 1101=3\nmenu 40001\n", {"MOPA", "05"});
+    EXPECT_TRUE(transcript_has(back, "menu 30004"));
+    EXPECT_TRUE(transcript_has(back, "orbview water 1 MOPAC 03"));
+    EXPECT_NE(read_file(back.scratch() + "/water.geo").find(" Mopac Energy calculation"), std::string::npos);
+}
+
+TEST(MopacPlot, WithoutOrbviewTheModeGoesOn) {
+    TestSession t;
+    use_fakes(t, false, true, false);
+    FakeRun run(test_data("mopac/m22_water_E_DISP.out"), test_data("mopac/m22_water_E.mgf"));
+    run_on_water(t, std::string(kEnergyRun) + "menu 40010\ndialog 110 ok\nmenu 40014\nmenu 40001\n");
+    ASSERT_EQ(t.tk.message_boxes().size(), 1u);
+    EXPECT_NE(t.tk.message_boxes()[0].find("The orbital viewer is not installed"), std::string::npos);
+    EXPECT_FALSE(t.s.flags.plot_exit);
+    EXPECT_TRUE(file_present(t.scratch() + "/water_mo.pdb"));
+    EXPECT_FALSE(file_present(t.scratch() + "/pppmap.atl"));   // plot files go at the end of the session
+}
+
+TEST(MopacMode, Mopac6RunsWithItsFixedNamesAndDensityGraph) {
+    TestSession t;
+    use_fakes(t, true, true, false);
+    const std::string for013 = t.dir / "for013", dens = t.dir / "dens";
+    write_file(for013, "orbital graph\n");
+    write_file(dens, "density\n");
+    FakeRun run(test_data("mopac/m6_water_style.lst"), for013, dens);
+    // AM1 Energy run with the Density plot type, then the plot.
+    run_on_water(t, "menu 40014\nmenu 40023\ndialog 107 button:3 1057=1 1054=1 1088=1\nmenu 40010\ndialog 110 ok\n"
+                    "menu 40001\n");
+    const std::string dir = t.scratch();
+    // Internal coordinates, as Mopac 6 reads them from INPUT.
+    const auto deck = files::read_lines(dir + "/deck.seen").value_or(std::vector<std::string>{});
+    ASSERT_EQ(deck.size(), 6u);
+    EXPECT_EQ(deck[0], " AM1  CHARGE=  0 SINGLET GRAPH DENSITY VECTORS XYZ");
+    EXPECT_EQ(deck[3], "O");
+    EXPECT_EQ(deck[4].size(), 19u);
+    EXPECT_NE(read_file(dir + "/water.geo").find("       6     6.00000"), std::string::npos);
+    EXPECT_EQ(read_file(dir + "/seen.graph"), "orbital graph\ndensity\n");
+    EXPECT_NE(read_file(dir + "/seen.kew").find("    2  0 M.O., 1 Spin"), std::string::npos);
+    EXPECT_TRUE(t.tk.message_boxes().size() == 1u);   // the viewer is not installed
+}
+
+TEST(MopacMode, ListingsAndGraphFilesCutShort) {
+    const auto lines = files::read_lines(test_data("mopac/m22_water_E_DISP.out")).value_or(std::vector<std::string>{});
+    ASSERT_EQ(lines.size(), 205u);
+    const auto mgf = files::read_lines(test_data("mopac/m22_water_E.mgf")).value_or(std::vector<std::string>{});
+    // Cut before the SCF line, after the energy, and inside the eigenvectors.
+    for (const std::size_t keep : {50u, 100u, 150u}) {
+        SCOPED_TRACE(keep);
+        TestSession t;
+        use_fakes(t, false, false, false);
+        const std::string out = t.dir / "cut.out", cut_mgf = t.dir / "cut.mgf";
+        files::write_lines(out, std::vector<std::string>(lines.begin(), lines.begin() + static_cast<long>(keep)));
+        files::write_lines(cut_mgf, std::vector<std::string>(mgf.begin(), mgf.begin() + 9));
+        FakeRun run(out, cut_mgf);
+        run_on_water(t, "menu 40014\nmenu 40023\ndialog 107 button:3 1077=1 1055=1\nmenu 40001\n");
+        ASSERT_EQ(t.tk.message_boxes().size(), 1u);
+        EXPECT_NE(t.tk.message_boxes()[0].find("Convergence Fault or NO parameters/file"), std::string::npos);
+        EXPECT_EQ(t.s.store.natoms, 3);
+        EXPECT_NEAR(t.s.store.atom_rec[2][kY] - t.s.store.atom_rec[1][kY], 0.763239f, 1e-5);
+    }
+}
+
+// Dialog 107's rules with only a Mopac 6 installed: no stored dihedral for a
+// profile, methods Mopac 6 does not know, the Mopac2016 box without its
+// engine, and an IR-Hessian run replacing an older IR list.
+TEST(MopacNewInput, TheDialogsRulesUnderMopac6) {
+    TestSession t;
+    use_fakes(t, true, false, false);
+    write_file(t.scratch() + "/water_ir.lst", "old\n");
+    run_on_water(t, "menu 40014\nmenu 40023\ndialog 107 button:1 1057=1 1039=1\n"
+                    "menu 40023\ndialog 107 button:1 1077=1 1072=1\ndialog 107 button:1 1057=1 1072=1 1048=1\n"
+                    "menu 40001\n");
+    int shown = 0;
+    for (int id : t.tk.dialogs_shown()) shown += id == 107;
+    EXPECT_EQ(shown, 3);
+    ASSERT_EQ(t.tk.message_boxes().size(), 1u);
+    EXPECT_NE(t.tk.message_boxes()[0].find("No Dihedral Stored"), std::string::npos);
+    const auto deck = files::read_lines(t.scratch() + "/water.inp").value_or(std::vector<std::string>{"none"});
+    EXPECT_EQ(deck[0], " AM1  CHARGE=  0 SINGLET GRAPH DENSITY FORCE VECTORS XYZ");
+    EXPECT_FALSE(file_present(t.scratch() + "/water_ir.lst"));
+    EXPECT_FALSE(file_present(t.scratch() + "/MOP2016.TXT"));
+}
