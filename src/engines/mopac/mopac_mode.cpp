@@ -200,6 +200,11 @@ Next dispatch(Session& s, MopacState& m, int command) {
             save_and_reload(s);
             build_mode(s);
             if (s.build.close_requested) s.flags.quit_requested = true;
+            if (s.flags.charges_stale) {
+                // The spin densities were of the molecule before the edit.
+                files::remove(job_file(s, "_spn.log"));
+                s.flags.charges_stale = false;
+            }
             return s.flags.quit_requested ? Next::Leave : Next::Rebuild;
         case 14: {
             const std::string geo = files::current_dir() + "/" + files::resolve(job_file(s, ".geo"));

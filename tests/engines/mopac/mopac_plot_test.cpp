@@ -182,3 +182,13 @@ TEST(MopacNewInput, TheDialogsRulesUnderMopac6) {
     EXPECT_FALSE(file_present(t.scratch() + "/water_ir.lst"));
     EXPECT_FALSE(file_present(t.scratch() + "/MOP2016.TXT"));
 }
+
+TEST(MopacMode, RunBeforeAnyNewInputRunsTheLastDeck) {
+    TestSession t;
+    use_fakes(t, false, false, false);
+    FakeRun run(test_data("mopac/m22_water_optF.out"), "");
+    const std::string last = " PM3  CHARGE=  0 SINGLET GRAPHF DENSITY VECTORS XYZ DISP\n kept\n ***\nO 0 1 0 1 0 1\n";
+    write_file(t.scratch() + "/water.inp", last);
+    run_on_water(t, "menu 40014\nmenu 40006\nmenu 40001\n");
+    EXPECT_EQ(read_file(t.scratch() + "/deck.seen"), last);
+}
