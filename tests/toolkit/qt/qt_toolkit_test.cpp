@@ -31,24 +31,11 @@
 #include <gtest/gtest.h>
 
 #include "toolkit/menu_desc.h"
+#include "toolkit/qt/qt_test_support.h"
 #include "toolkit/qt/qt_toolkit.h"
 
 namespace zentol {
 namespace {
-
-class QtApplicationEnv : public ::testing::Environment {
-public:
-    void SetUp() override {
-        if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") &&
-            qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-            qputenv("QT_QPA_PLATFORM", "offscreen");
-        static int argc = 1;
-        static char name[] = "test_qt";
-        static char* argv[] = {name, nullptr};
-        if (!qApp) new QApplication(argc, argv);   // kept to the end of the process
-    }
-};
-[[maybe_unused]] const auto* const qt_env = ::testing::AddGlobalTestEnvironment(new QtApplicationEnv);
 
 // Acts on the modal widget of type W once it is up. Gives up after a few
 // seconds, rejecting whatever is modal, so a broken dialog cannot hang the test.

@@ -17,33 +17,13 @@
 #include <functional>
 
 #include "support/test_support.h"
+#include "toolkit/qt/qt_test_support.h"
 #include "toolkit/qt/qt_toolkit.h"
 
 namespace zentol {
 namespace {
 
-class QtWindowsEnv : public ::testing::Environment {
-public:
-    void SetUp() override {
-        if (qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-            qputenv("QT_QPA_PLATFORM", "offscreen");
-        static int argc = 1;
-        static char name[] = "test_qt";
-        static char* argv[] = {name, nullptr};
-        if (!qApp) new QApplication(argc, argv);
-    }
-};
-[[maybe_unused]] const auto* const windows_env = ::testing::AddGlobalTestEnvironment(new QtWindowsEnv);
-
-// Acts on the modal dialog once it is up; rejects it after a few seconds so
-// a broken window cannot hang the test.
-void on_modal(std::function<void(QDialog*)> act, int tries = 250) {
-    QTimer::singleShot(20, [act, tries] {
-        if (auto* d = qobject_cast<QDialog*>(QApplication::activeModalWidget()); d && d->isVisible()) return act(d);
-        if (tries > 0) return on_modal(act, tries - 1);
-        ADD_FAILURE() << "no modal window appeared";
-    });
-}
+using qt_testing::on_modal;
 
 TEST(QtWindows, TabDialogShowsEachPageOnItsTab) {
     testing::TempDir ui;
