@@ -7,8 +7,11 @@
 #include <fstream>
 #include <sstream>
 
+#include <gtest/gtest.h>
+
 #include "session/config.h"
 #include "session/startup.h"
+#include "toolkit/files.h"
 
 namespace zentol::testing {
 
@@ -81,5 +84,11 @@ void write_file(const std::string& path, const std::string& content) {
 bool file_present(const std::string& path) { return std::filesystem::exists(path); }
 
 std::string test_data(const std::string& name) { return std::string(ZENTOL_TEST_DATA) + "/" + name; }
+
+std::vector<std::string> test_data_lines(const std::string& name) {
+    auto lines = files::read_lines(test_data(name));
+    EXPECT_TRUE(lines.has_value()) << name;
+    return lines.value_or(std::vector<std::string>{});
+}
 
 }  // namespace zentol::testing

@@ -54,5 +54,7 @@ std::string read_file(const std::string& path);
 void write_file(const std::string& path, const std::string& content);
 bool file_present(const std::string& path);
 std::string test_data(const std::string& name);   // tests/data/<name>
+// The lines of tests/data/<name>; a missing file fails the test and gives none.
+std::vector<std::string> test_data_lines(const std::string& name);
 
 }  // namespace zentol::testing

@@ -17,11 +17,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-Lines data(const std::string& name) {
-    auto lines = files::read_lines(test_data("mopac/" + name));
-    EXPECT_TRUE(lines.has_value()) << name;
-    return lines.value_or(Lines{});
-}
+Lines data(const std::string& name) { return test_data_lines("mopac/" + name); }
 
 Lines without(Lines lines, const std::string& key) {
     std::erase_if(lines, [&](const std::string& l) { return l.find(key) != std::string::npos; });

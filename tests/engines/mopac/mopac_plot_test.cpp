@@ -142,9 +142,9 @@ TEST(MopacMode, Mopac6RunsWithItsFixedNamesAndDensityGraph) {
 }
 
 TEST(MopacMode, ListingsAndGraphFilesCutShort) {
-    const auto lines = files::read_lines(test_data("mopac/m22_water_E_DISP.out")).value_or(std::vector<std::string>{});
+    const auto lines = test_data_lines("mopac/m22_water_E_DISP.out");
     ASSERT_EQ(lines.size(), 205u);
-    const auto mgf = files::read_lines(test_data("mopac/m22_water_E.mgf")).value_or(std::vector<std::string>{});
+    const auto mgf = test_data_lines("mopac/m22_water_E.mgf");
     // Cut before the SCF line, after the energy, and inside the eigenvectors.
     for (const std::size_t keep : {50u, 100u, 150u}) {
         SCOPED_TRACE(keep);

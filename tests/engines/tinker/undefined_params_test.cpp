@@ -20,11 +20,7 @@ namespace {
 
 using Lines = std::vector<std::string>;
 
-Lines data_lines(const std::string& name) {
-    auto lines = files::read_lines(test_data("tinker/" + name));
-    EXPECT_TRUE(lines) << name;
-    return lines.value_or(Lines{});
-}
+Lines data_lines(const std::string& name) { return test_data_lines("tinker/" + name); }
 
 // The same log as Tinker writes it without the leading blank.
 Lines unshifted(Lines log) {
