@@ -89,7 +89,7 @@ std::vector<std::string> plot_pdb(const Store& st) {
         const std::string label = text::format_a(label_text(st.atom_label[i]), 4);
         const std::string symbol(text::trim(element_symbol(label_text(st.atom_label[i]))));
         lines.push_back("HETATM" + text::format_i(i, 5) + " " + label + " UNK     0    " + xyz(r[kX], r[kY], r[kZ], 8, 3) +
-                        "  1.00  0.00          " + text::format_a(std::string(2 - std::min<std::size_t>(2, symbol.size()), ' ') + symbol, 2));
+                        "  1.00  0.00          " + text::format_a(symbol, 2));
     }
     for (int k = 1; k <= st.nbonds; ++k)
         lines.push_back("CONECT" + text::format_i(st.bond_a[k], 5) + text::format_i(st.bond_b[k], 5));
