@@ -10,6 +10,7 @@
 #include "session/store_ops.h"
 #include "structure_files/geo_log.h"
 #include "support/test_support.h"
+#include "building/carbon_job.h"
 
 using namespace zentol;
 using zentol::testing::read_file;
@@ -20,21 +21,10 @@ namespace {
 // Carbons 1-4, a chain with the dihedral 1-2-3-4 at 60 degrees, and 5-8,
 // a four-membered ring beside it.
 void chain_and_ring(TestSession& t) {
-    Store& st = t.s.store;
-    element_lookup(st, nullptr, "", kLookupConfirmAll);
     const float c = 0.5f, s = 0.8660254f;
-    const Vec3 p[8] = {{-0.51f, 1.45f, 0}, {0, 0, 0},    {1.54f, 0, 0},   {2.05f, c * 1.45f, s * 1.45f},
-                       {0, 4, 0},          {1.5f, 4, 0}, {1.5f, 5.5f, 0}, {0, 5.5f, 0}};
-    st.natoms = 8;
-    for (int i = 1; i <= 8; ++i) {
-        st.atom_label[i] = make_label("C" + std::to_string(i));
-        st.atom_rec[i] = {p[i - 1].x, p[i - 1].y, p[i - 1].z, 0.76f, 0, 0};
-        st.conn_type(i) = 1;
-    }
-    perceive_bonds(st, nullptr, 0.25f);
-    t.s.job.name = "rot";
-    open_job_log(t.s, false, " Zentol rot");
-    save_and_reload(t.s);
+    zentol::testing::carbon_job(t, {{-0.51f, 1.45f, 0}, {0, 0, 0}, {1.54f, 0, 0}, {2.05f, c * 1.45f, s * 1.45f},
+                                    {0, 4, 0}, {1.5f, 4, 0}, {1.5f, 5.5f, 0}, {0, 5.5f, 0}},
+                                "rot");
 }
 
 Vec3 at(const Store& st, int atom) { return atom_position(st.atom_rec[atom]); }

@@ -10,6 +10,7 @@
 #include "session/store_ops.h"
 #include "structure_files/geo_log.h"
 #include "support/test_support.h"
+#include "building/carbon_job.h"
 
 using namespace zentol;
 using zentol::testing::read_file;
@@ -110,19 +111,7 @@ TEST(Geometry, RecordLayouts) {
 
 TEST(Geometry, CommandPicksInRoundsOfFour) {
     TestSession t;
-    Store& st = t.s.store;
-    element_lookup(st, nullptr, "", kLookupConfirmAll);
-    const Vec3 p[4] = {kNear, kOrigin, kAxisEnd, far_atom(60)};
-    st.natoms = 4;
-    for (int i = 1; i <= 4; ++i) {
-        st.atom_label[i] = make_label("C" + std::to_string(i));
-        st.atom_rec[i] = {p[i - 1].x, p[i - 1].y, p[i - 1].z, 0.76f, 0, 0};
-        st.conn_type(i) = 1;
-    }
-    perceive_bonds(st, nullptr, 0.25f);
-    t.s.job.name = "geo";
-    open_job_log(t.s, false, " Zentol geo");
-    save_and_reload(t.s);
+    zentol::testing::carbon_job(t, {kNear, kOrigin, kAxisEnd, far_atom(60)}, "geo");
     // Four picks, then a fifth that starts over and repeats atom 3 as the
     // fourth; the right button forgets the picks; S ends.
     t.tk.load_script("press atom 1\npress atom 2\npress atom 3\npress atom 4\n"

@@ -75,7 +75,9 @@ TEST(MopacDeck, HeaderLineOneForEachCase) {
         EXPECT_EQ(header[0], c.line);
         EXPECT_EQ(header[1], " Mopac run for ptest");
         EXPECT_EQ(header[2], " *********************");
-        if (c.o.run_type == 3) EXPECT_EQ(o.run_type, 2) << "a force run goes on as an optimisation";
+        if (c.o.run_type == 3) {
+            EXPECT_EQ(o.run_type, 2) << "a force run goes on as an optimisation";
+        }
     }
     EXPECT_EQ(mopac_force_job(options(7, 0, 1, 2), "PM7")[1], " PM7  CHARGE=  0 SINGLET OLDGEO FORCE XYZ");
 }
