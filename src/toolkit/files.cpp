@@ -1,6 +1,9 @@
 #include "toolkit/files.h"
 
+#include <sys/stat.h>
 #include <unistd.h>
+
+#include <cstdio>
 
 #include <algorithm>
 #include <filesystem>
@@ -73,11 +76,26 @@ long long size(const std::string& name) {
 }
 
 std::optional<std::string> read_text(const std::string& name) {
-    std::ifstream in(resolve(name), std::ios::binary);
-    if (!in) return std::nullopt;
-    std::ostringstream all;
-    all << in.rdbuf();
-    return all.str();
+    // One allocation of the file's size and one read, not a stream copy.
+    std::FILE* f = std::fopen(resolve(name).c_str(), "rb");
+    if (!f) return std::nullopt;
+    std::string all;
+    struct stat st {};
+    if (::fstat(::fileno(f), &st) == 0 && S_ISREG(st.st_mode)) all.resize(static_cast<std::size_t>(st.st_size));
+    std::size_t got = all.empty() ? 0 : std::fread(all.data(), 1, all.size(), f);
+    all.resize(got);
+    char chunk[65536];   // a file that grew since, or one that has no size (a pipe)
+    while (std::size_t n = std::fread(chunk, 1, sizeof chunk, f)) all.append(chunk, n);
+    bool failed = std::ferror(f) != 0;
+    std::fclose(f);
+    if (failed) return std::nullopt;
+    return all;
+}
+
+std::optional<text::TextLines> read_text_lines(const std::string& name) {
+    auto bytes = read_text(name);
+    if (!bytes) return std::nullopt;
+    return text::TextLines::from_bytes(std::move(*bytes));
 }
 
 std::optional<std::vector<std::string>> read_lines(const std::string& name) {

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "text/text_lines.h"
+
 namespace zentol::files {
 
 // The existing file whose name matches case-insensitively (an exact match
@@ -18,6 +20,9 @@ long long size(const std::string& name);            // -1 when there is no such 
 std::optional<std::string> read_text(const std::string& name);
 // Lines without their line ends (LF or CRLF); nullopt when the file can't be read.
 std::optional<std::vector<std::string>> read_lines(const std::string& name);
+// An engine's output: read once into one buffer, decoded by its byte-order
+// mark, carriage returns dropped, split into line views.
+std::optional<text::TextLines> read_text_lines(const std::string& name);
 
 // Writes the whole file through a temporary file and a rename, so a killed
 // process never leaves a torn file behind.

@@ -18,6 +18,7 @@ bool Toolkit::save_image(const Image& image, const std::string& path, int) {
     auto ends = [&](const char* e) { return low.size() >= 4 && low.compare(low.size() - 4, 4, e) == 0; };
     if (ends(".pcx")) return files::write_atomic(path, encode_pcx(image));
     if (ends(".bmp")) return files::write_atomic(path, encode_bmp(image));
+    if (ends(".png")) return files::write_atomic(path, encode_png(image));
     return false;
 }
 

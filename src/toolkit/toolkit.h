@@ -99,7 +99,7 @@ public:
     // than the limit.
     virtual std::optional<std::string> http_get(const std::string& url, int timeout_ms);
     // Writes a picture; the format follows the name's ending (.pcx and .bmp
-    // here, .png and .jpg where the toolkit has image writers). quality is
+    // and .png here, .jpg where the toolkit has image writers). quality is
     // for JPEG, -1 for the writer's default.
     virtual bool save_image(const Image& image, const std::string& path, int quality);
 
