@@ -50,6 +50,7 @@ struct FieldValue {
     long long integer = 0;
     int state = 0;      // check box, radio selection, trackbar, menu index
     bool enabled = true;
+    std::vector<std::string> items;   // a menu's rows put at run time; the description's when empty
 };
 
 class DialogModel {

@@ -146,5 +146,11 @@ int Toolkit::WDialogGetRadioButton(int first_field) { return selected()->get_rad
 void Toolkit::WDialogPutTrackbar(int field, int v) { selected()->value(field).state = v; }
 int Toolkit::WDialogGetTrackbar(int field) { return selected()->value(field).state; }
 void Toolkit::WDialogFieldState(int field, int enabled) { selected()->value(field).enabled = enabled != 0; }
+void Toolkit::WDialogPutMenu(int field, const std::vector<std::string>& rows, int chosen) {
+    FieldValue& v = selected()->value(field);
+    v.items = rows;
+    v.state = chosen;
+}
+int Toolkit::WDialogGetMenu(int field) { return selected()->value(field).state; }
 
 }  // namespace zentol

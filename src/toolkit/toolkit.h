@@ -73,6 +73,10 @@ public:
     void WDialogPutTrackbar(int field, int v);
     int WDialogGetTrackbar(int field);
     void WDialogFieldState(int field, int enabled);
+    // A menu (combo box) field's rows, put at run time, and the chosen row
+    // (1-based; 0 none).
+    void WDialogPutMenu(int field, const std::vector<std::string>& rows, int chosen);
+    int WDialogGetMenu(int field);
     int last_button() const { return last_button_; }
 
     // Message boxes: text may hold line breaks as character 13. Returns the

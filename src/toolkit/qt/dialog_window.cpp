@@ -168,7 +168,7 @@ void DialogWindow::add_field(const FieldDesc& f, QFormLayout* form, QHBoxLayout*
             break;
         case FieldKind::Menu: {
             auto* c = new QComboBox;
-            for (const auto& item : f.items) c->addItem(qs(item));
+            for (const auto& item : v.items.empty() ? f.items : v.items) c->addItem(qs(item));
             c->setCurrentIndex(v.state - 1);   // state 0: nothing chosen
             w = c;
             add_row(form, f.text, w);
