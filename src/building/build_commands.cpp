@@ -185,7 +185,7 @@ void purge_command(Session& s) {
     files::write_atomic(job_file(s, ".key"), fresh_key_text(mm3_parameter_path(s)));
     for (const char* ending : {".XYZ", ".MAT", ".engrad", ".gbw", ".ino", ".opt", ".xyz", "_trj.xyz",
                                ".molden.input", ".txt", ".ins", "_orca.pdb"})
-        files::remove(s.job.name + ending);
+        files::remove_file(s.job.name + ending);
     st.natoms = 0;
     st.nbonds = 0;
     s.flags.total_charge = 0;

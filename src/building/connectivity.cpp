@@ -1,7 +1,9 @@
 #include "building/connectivity.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstdint>
 #include <vector>
 
 #include "session/store_ops.h"
@@ -45,51 +47,61 @@ bool bonded(const Store& st, const std::vector<float>& r, int i, int j, float to
     return std::sqrt(dx * dx + dy * dy + dz * dz) < r[i] + r[j] + tolerance;
 }
 
-struct Grid {
-    float lo[3] = {0, 0, 0};
-    float cell = 1;
-    int dim[3] = {1, 1, 1};
-    std::vector<int> first, next;   // per cell its first atom, per atom the next in its cell
-
-    int coord(int axis, float v) const {
-        return std::clamp(static_cast<int>((v - lo[axis]) / cell), 0, dim[axis] - 1);
-    }
-    int index(int x, int y, int z) const { return (z * dim[1] + y) * dim[0] + x; }
-};
-
-Grid make_grid(const Store& st, float cell) {
-    Grid g;
-    const int n = st.natoms;
-    float hi[3] = {0, 0, 0};
-    for (int a = 0; a < 3; ++a) {
-        g.lo[a] = hi[a] = st.atom_rec[1][a];
-        for (int i = 2; i <= n; ++i) {
-            g.lo[a] = std::min(g.lo[a], st.atom_rec[i][a]);
-            hi[a] = std::max(hi[a], st.atom_rec[i][a]);
+// Atoms by cell, for the occupied cells only: a hash from the cell's three
+// whole-number coordinates to the chain of its atoms. However far apart the
+// atoms lie (one fragment 300 Angstrom away, or a wild coordinate), the work
+// stays linear in the atom count.
+class CellHash {
+public:
+    CellHash(const Store& st, int n, float cell) : cell_(std::max(cell, 1e-3f)), next_(static_cast<std::size_t>(n) + 1, 0) {
+        std::size_t size = 16;
+        while (size < 2 * static_cast<std::size_t>(n)) size *= 2;
+        while ((std::size_t(1) << bits_) < size) ++bits_;
+        keys_.assign(size, kEmpty);
+        first_.assign(size, 0);
+        for (int i = n; i >= 1; --i) {
+            std::size_t slot = find(key(cell_of(st, i)));
+            keys_[slot] = key(cell_of(st, i));
+            next_[static_cast<std::size_t>(i)] = first_[slot];
+            first_[slot] = i;
         }
     }
-    // A cell spans the longest bond; a sparse or far-flung set gets larger
-    // cells rather than millions of empty ones.
-    g.cell = std::max(cell, 1e-3f);
-    for (int tries = 0; tries < 40; ++tries) {
-        long total = 1;
+    // The cell of an atom; coordinates that are not finite or lie beyond a
+    // million cells are held at the edge before they become whole numbers.
+    std::array<int, 3> cell_of(const Store& st, int i) const {
+        std::array<int, 3> c{};
         for (int a = 0; a < 3; ++a) {
-            g.dim[a] = std::max(1, static_cast<int>((hi[a] - g.lo[a]) / g.cell) + 1);
-            total *= g.dim[a];
+            float v = st.atom_rec[i][a] / cell_;
+            c[a] = std::isfinite(v) ? static_cast<int>(std::floor(std::clamp(v, -kLimit, kLimit))) : 0;
         }
-        if (total <= 8L * n + 64) break;
-        g.cell *= 1.5f;
+        return c;
     }
-    g.first.assign(static_cast<std::size_t>(g.dim[0]) * g.dim[1] * g.dim[2], 0);
-    g.next.assign(static_cast<std::size_t>(n) + 1, 0);
-    for (int i = n; i >= 1; --i) {
-        const int c = g.index(g.coord(0, st.atom_rec[i][kX]), g.coord(1, st.atom_rec[i][kY]),
-                              g.coord(2, st.atom_rec[i][kZ]));
-        g.next[static_cast<std::size_t>(i)] = g.first[static_cast<std::size_t>(c)];
-        g.first[static_cast<std::size_t>(c)] = i;
+    // The first atom of a cell, 0 when it holds none; then next(atom).
+    int first(const std::array<int, 3>& c) const {
+        std::size_t slot = find(key(c));
+        return keys_[slot] == kEmpty ? 0 : first_[slot];
     }
-    return g;
-}
+    int next(int atom) const { return next_[static_cast<std::size_t>(atom)]; }
+
+private:
+    static constexpr float kLimit = 1.0e6f;
+    static constexpr std::uint64_t kEmpty = ~std::uint64_t(0);
+    static std::uint64_t key(const std::array<int, 3>& c) {
+        auto part = [](int v) { return static_cast<std::uint64_t>(v + (1 << 20) + 1) & 0x1FFFFF; };
+        return part(c[0]) | part(c[1]) << 21 | part(c[2]) << 42;
+    }
+    std::size_t find(std::uint64_t k) const {
+        // Multiplicative hashing: the top bits of the product mix all three parts.
+        std::size_t mask = keys_.size() - 1;
+        auto slot = static_cast<std::size_t>((k * 0x9E3779B97F4A7C15ULL) >> (64 - bits_));
+        while (keys_[slot] != kEmpty && keys_[slot] != k) slot = (slot + 1) & mask;
+        return slot;
+    }
+    float cell_;
+    int bits_ = 0;
+    std::vector<std::uint64_t> keys_;
+    std::vector<int> first_, next_;
+};
 
 }  // namespace
 
@@ -107,17 +119,17 @@ void perceive_bonds(Store& st, Toolkit* tk, float tolerance) {
         r[static_cast<std::size_t>(i)] = covalent_radius(st, tk, i);
         r_max = std::max(r_max, r[static_cast<std::size_t>(i)]);
     }
-    const Grid g = make_grid(st, 2 * r_max + tolerance);
+    // A cell spans the longest possible bond, so partners lie in the 27
+    // cells round an atom's own.
+    const CellHash cells(st, n, 2 * r_max + tolerance);
     std::vector<int> found;
     for (int i = 1; i <= n; ++i) {
         found.clear();
-        const int cx = g.coord(0, st.atom_rec[i][kX]), cy = g.coord(1, st.atom_rec[i][kY]),
-                  cz = g.coord(2, st.atom_rec[i][kZ]);
-        for (int z = std::max(cz - 1, 0); z <= std::min(cz + 1, g.dim[2] - 1); ++z)
-            for (int y = std::max(cy - 1, 0); y <= std::min(cy + 1, g.dim[1] - 1); ++y)
-                for (int x = std::max(cx - 1, 0); x <= std::min(cx + 1, g.dim[0] - 1); ++x)
-                    for (int j = g.first[static_cast<std::size_t>(g.index(x, y, z))]; j;
-                         j = g.next[static_cast<std::size_t>(j)])
+        const auto c = cells.cell_of(st, i);
+        for (int dz = -1; dz <= 1; ++dz)
+            for (int dy = -1; dy <= 1; ++dy)
+                for (int dx = -1; dx <= 1; ++dx)
+                    for (int j = cells.first({c[0] + dx, c[1] + dy, c[2] + dz}); j; j = cells.next(j))
                         if (j != i && bonded(st, r, i, j, tolerance)) found.push_back(j);
         // Pair by pair in order, a row fills with the partners below the
         // atom and then those above it: ascending.

@@ -124,6 +124,34 @@ void read_zentol_def(Session& s) {
     install_library(s.inst.data_dir + "/library", s.job.library_dir);
 }
 
+namespace {
+
+// A folder of zentol.def must be a full path of printable characters: a
+// relative or garbled one would make folders inside the job's folder.
+bool usable_folder(std::string_view dir) {
+    if (dir.empty() || dir[0] != '/') return false;
+    return std::none_of(dir.begin(), dir.end(), [](char c) { return static_cast<unsigned char>(c) < 32 || c == 127; });
+}
+
+// Line n of the file as the folder it names; a line that is there but
+// unusable is set back to the default and the user is told.
+bool read_folder_line(Session& s, const std::vector<std::string>& lines, std::size_t n, std::string& dir,
+                      const char* what) {
+    if (lines.size() <= n || text::trim(lines[n]).empty()) return false;
+    std::string_view named = text::trim(lines[n]);
+    if (usable_folder(named)) {
+        dir = std::string(named);
+        return true;
+    }
+    s.tk.WMessageBox(kButtonsOk, MessageIcon::Exclamation, 1,
+                     cfg_path(s, "zentol.def") + " named the " + what + " folder \"" + text::sanitise_text(named) +
+                         "\",\rwhich is not a full path. It is set back to " + dir + ".",
+                     "Zentol");
+    return false;
+}
+
+}  // namespace
+
 static void read_zentol_lines(Session& s, const std::string& path,
                               const std::optional<std::vector<std::string>>& lines) {
     if (!lines) {
@@ -133,10 +161,8 @@ static void read_zentol_lines(Session& s, const std::string& path,
     }
     s.flags.user_level = 1;
     bool ok = lines->size() >= 3;
-    if (lines->size() >= 1 && !text::trim((*lines)[0]).empty()) s.job.library_dir = std::string(text::trim((*lines)[0]));
-    else ok = false;
-    if (lines->size() >= 2 && !text::trim((*lines)[1]).empty()) s.job.scratch_dir = std::string(text::trim((*lines)[1]));
-    else ok = false;
+    ok = read_folder_line(s, *lines, 0, s.job.library_dir, "library") && ok;
+    ok = read_folder_line(s, *lines, 1, s.job.scratch_dir, "scratch") && ok;
     if (ok) {
         auto level = text::read_ints((*lines)[2], 1);
         if (level && !level->empty()) s.flags.user_level = static_cast<int>(std::clamp((*level)[0], 1LL, 3LL));
@@ -159,7 +185,8 @@ std::string dir_def_name(const Session& s) { return std::string("dir") + s.job.i
 std::string read_dir_file(const Session& s, const std::string& name) {
     auto lines = files::read_lines(cfg_path(s, name));
     if (!lines || lines->empty()) return "";
-    return std::string(text::trim((*lines)[0]));
+    std::string_view dir = text::trim((*lines)[0]);
+    return usable_folder(dir) ? std::string(dir) : "";   // a damaged file names no folder
 }
 
 void write_dir_file(const Session& s, const std::string& name, const std::string& dir) {

@@ -3,9 +3,10 @@
 // sibling program is started when one was asked for.
 #include <algorithm>
 #include <cmath>
-#include <iostream>
 
 #include "session/config.h"
+#include "session/job_files.h"
+#include "session/job_commands.h"
 #include "session/jobs.h"
 #include "session/openers.h"
 #include "session/session.h"
@@ -31,15 +32,17 @@ void start_sibling(Session& s, const std::string& key, std::vector<std::string> 
     if (!program.empty()) s.tk.IOsExecute(program, args);
 }
 
+// An empty job leaves nothing behind, but only its own files go: the
+// folder may hold anything else of the user's under the same name.
 void remove_job_files(Session& s) {
-    bool damaged = s.flags.xyz_damaged;
-    if (s.store.natoms < 1 && !damaged) {
-        for (const char* ext : {".xyz", ".ins", ".geo", ".key"}) files::remove(job_file(s, ext));
+    bool keep = s.flags.xyz_damaged || s.flags.save_failed;
+    if (s.store.natoms < 1 && !keep) {
+        for (const char* ext : {".xyz", ".ins", ".geo", ".key"}) files::remove_file(job_file(s, ext));
     }
-    for (const char* name : kWorkingFiles) files::remove(name);
-    files::remove(job_file(s, ".rat"));
-    files::remove(job_file(s, ".mat"));
-    if (s.store.natoms == 0 && !damaged) files::remove(s.job.name + ".*");
+    for (const char* name : kWorkingFiles) files::remove_file(name);
+    files::remove_file(job_file(s, ".rat"));
+    files::remove_file(job_file(s, ".mat"));
+    if (s.store.natoms == 0 && !keep) remove_own_job_files(".", s.job.name);
 }
 
 void hand_over(Session& s) {
@@ -77,10 +80,27 @@ void return_to_launcher(Session& s) {
     }
 }
 
+// The molecule is written before anything goes. When its file cannot take
+// it, the user is offered Save As until it is saved somewhere or the user
+// lets it go; the ptest job, which the next start clears, offers a name too.
+void save_before_leaving(Session& s) {
+    if (s.store.natoms < 1 || s.flags.xyz_damaged) return;
+    SaveResult r = write_job_files(s);
+    while (r == SaveResult::Failed || r == SaveResult::Held) {
+        if (!ask_yes_no(s, "The molecule of " + s.job.name + " is not saved.\rSave it under another name?")) return;
+        if (save_job_as(s)) return;
+        r = s.flags.save_failed ? SaveResult::Failed : SaveResult::Held;
+    }
+    bool ptest_in_scratch = job_status(s, s.job.name) == kStatusPtestInScratch;
+    if (ptest_in_scratch && !s.flags.plot_exit &&
+        ask_yes_no(s, "ptest is cleared at the next start.\rSave the molecule under a name?"))
+        save_job_as(s);
+}
+
 }  // namespace
 
 void exit_sequence(Session& s) {
-    if (s.store.natoms > 0) write_job_files(s);
+    save_before_leaving(s);
     if (!s.flags.plot_exit) close_job_log(s);
     if (s.flags.type_list_flag) write_type_list(s);
     if (files::exists(job_file(s, ".ins"))) files::copy(job_file(s, ".ins"), job_file(s, ".agl"));
@@ -90,15 +110,13 @@ void exit_sequence(Session& s) {
     // plot files stay for it, and go when the session it returns to ends.
     if (!s.flags.plot_exit) {
         for (const char* name : {"graph.dat", "graph.tmp", "spn.dat", "dens.dat", "pppmap.*"}) files::remove(name);
-        files::remove(job_file(s, ".mpf"));
-        files::remove(job_file(s, ".mgf"));
+        files::remove_file(job_file(s, ".mpf"));
+        files::remove_file(job_file(s, ".mgf"));
     }
     write_mru(s);
     return_to_launcher(s);
     write_dir_file(s, "DIR.DEF", s.job.scratch_dir);
     s.tk.close_all();
-    std::cout << " II2(1) IARG IMX IMPX " << int(s.job.instance_digit - '0') << " " << (s.words.no_words ? 0 : 1)
-              << " " << int(s.words.imx) << " " << int(s.words.impx) << std::endl;
 }
 
 }  // namespace zentol

@@ -5,6 +5,7 @@
 
 #include "session/config.h"
 #include "session/display_loop.h"
+#include "session/job_files.h"
 #include "session/jobs.h"
 #include "session/openers.h"
 #include "session/session.h"
@@ -40,15 +41,33 @@ bool readable_xyz(Session& s, const std::string& path) {
     auto probe = std::make_unique<Store>();
     element_lookup(*probe, nullptr, "", kLookupConfirmAll);
     int q = 0, m = 1;
-    if (parse_xyz(*lines, *probe, nullptr, q, m) != kXyzDamaged) return true;
-    tell(s, {"Input jobname.xyz file error"});
+    XyzProblem problem;
+    if (parse_xyz(*lines, *probe, nullptr, q, m, &problem) != kXyzDamaged) return true;
+    tell(s, {"Input jobname.xyz file error", problem.text(path).c_str()});
     return false;
+}
+
+// Before another job takes the store: the current molecule is saved, or, when
+// its file cannot take it, the user chooses between Save As and losing it.
+bool may_leave_job(Session& s) {
+    if (s.store.natoms < 1) return true;
+    SaveResult r = write_job_files(s);
+    while (r == SaveResult::Failed || r == SaveResult::Held) {
+        if (!ask_yes_no(s, "The molecule of " + s.job.name + " is not saved.\rSave it under another name first?"))
+            return ask_yes_no(s, "Leave " + s.job.name + " and lose the molecule?");
+        if (save_job_as(s)) return true;
+        r = s.flags.save_failed ? SaveResult::Failed : SaveResult::Held;
+    }
+    return true;
 }
 
 // The job in the current directory becomes the session's job.
 void take_job(Session& s, const std::string& name, const std::string& first_log_line) {
     s.job.name = name;
     s.flags.xyz_damaged = false;
+    s.flags.save_failed = false;
+    s.flags.cut_on_load = 0;
+    files::remove_stale_temporaries(".");
     close_job_log(s);
     int status = kXyzRead;
     read_job_xyz(s, status);
@@ -70,6 +89,7 @@ std::pair<std::string, std::string> split_job_path(const std::string& path) {
 }
 
 void open_existing_job(Session& s) {
+    if (!may_leave_job(s)) return;
     if (s.flags.type_list_flag && s.store.natoms > 1) write_type_list(s);
     const std::string home = files::current_dir();
     std::string path = home + "/" + s.job.name + ".xyz";
@@ -84,8 +104,8 @@ void open_existing_job(Session& s) {
                      "and Load from the library using Build Mode"});
         } else if (status == 2) {
             tell(s, {"Current jobname INS file exists Choose a different Job"});
-        } else if (name.empty() || name.size() > kMaxJobName) {
-            tell(s, {"A job name has 1 to 50 characters"});
+        } else if (std::string why; !valid_job_name(name, &why)) {
+            tell(s, {why.c_str()});
         } else if (readable_xyz(s, name + ".xyz")) {
             read_zentol_def(s);
             take_job(s, name, "Opened " + name);
@@ -97,11 +117,14 @@ void open_existing_job(Session& s) {
 }
 
 void open_recent_job(Session& s, int k) {
-    if (k < 1 || k > kRecentJobs) return;
-    write_job_files(s);
+    if (k < 1 || k > kRecentJobs || !may_leave_job(s)) return;
     std::string entry(text::trim(s.job.mru[k]));
     if (entry.size() <= 2) return;
     auto [dir, name] = split_job_path(entry);
+    if (std::string why; !valid_job_name(name, &why)) {
+        tell(s, {why.c_str()});
+        return;
+    }
     if (!std::filesystem::is_directory(dir)) {
         tell(s, {("The folder " + dir + " is no longer there").c_str()});
         return;
@@ -116,8 +139,7 @@ void open_recent_job(Session& s, int k) {
 }
 
 void ptest_in_scratch(Session& s) {
-    if (s.job.name == "ptest") return;
-    write_job_files(s);
+    if (s.job.name == "ptest" || !may_leave_job(s)) return;
     files::make_dirs(s.job.scratch_dir);
     files::change_dir(s.job.scratch_dir);
     files::remove("ptest.ins");
@@ -148,32 +170,48 @@ Target choose_target(Session& s, const std::string& home, std::string& name) {
         return Target::Refused;
     }
     name = chosen.size() > kMaxJobName ? chosen.substr(0, 20) : chosen;
-    return name.empty() ? Target::Refused : Target::Chosen;
+    std::string why;
+    if (!valid_job_name(name, &why)) {
+        tell(s, {why.c_str()});
+        return Target::Refused;
+    }
+    return Target::Chosen;
 }
 
+bool same_file(const std::string& a, const std::string& b) {
+    std::error_code ec;
+    return std::filesystem::equivalent(files::resolve(a), files::resolve(b), ec) && !ec;
+}
+
+// The job's side files go with it; the molecule itself is written from
+// memory. Old results of a job of the new name are cleared first, but a
+// file is never deleted when it is the very file to be copied.
 void copy_job_files(const std::string& from_dir, const std::string& from, const std::string& to) {
-    for (const char* ext : {".key", ".xyz", ".lst", ".pun"}) files::remove(to + ext);
-    for (const char* ext : {".key", ".xyz", ".lst", ".ino"}) {
+    for (const char* ext : {".key", ".lst", ".pun"}) {
+        if (!same_file(from_dir + "/" + from + ext, to + ext)) files::remove_file(to + ext);
+    }
+    for (const char* ext : {".key", ".lst", ".ino"}) {
         std::string source = from_dir + "/" + from + ext;
-        if (files::exists(source)) files::copy(source, to + ext);
+        if (files::exists(source) && !same_file(source, to + ext)) files::copy(source, to + ext);
     }
 }
 
 }  // namespace
 
-void save_job_as(Session& s) {
-    if (s.store.natoms < 1) return;
-    write_job_files(s);
+bool save_job_as(Session& s) {
+    if (s.store.natoms < 1) return false;
     const std::string home = files::current_dir();
     std::string name;
     while (true) {
         Target t = choose_target(s, home, name);
         if (t != Target::Chosen) {
             files::change_dir(home);
-            return;
+            return false;
         }
         std::error_code ec;
-        if (std::filesystem::equivalent(files::current_dir(), home, ec) && name == s.job.name) return;
+        // The job itself, in any spelling: a plain save.
+        if (std::filesystem::equivalent(files::current_dir(), home, ec) && text::equals_nocase(name, s.job.name))
+            return write_job_files(s) == SaveResult::Written;
         if (!files::exists(name + ".xyz")) break;
         if (s.flags.user_level < 2) {
             tell(s, {(name + " job exists").c_str(), "Choose another name"});
@@ -182,17 +220,27 @@ void save_job_as(Session& s) {
         }
         if (!ask_yes_no(s, name + " job exists\rOverwrite ?")) {
             files::change_dir(home);
-            return;
+            return false;
         }
         break;
     }
     copy_job_files(home, s.job.name, name);
-    write_dir_file(s, "DIR.DEF", files::current_dir());
+    const std::string old_name = s.job.name;
+    const int old_cut = s.flags.cut_on_load;
     s.job.name = name;
+    s.flags.cut_on_load = 0;   // a new job: the cut molecule is its own
+    if (write_job_files(s) != SaveResult::Written) {
+        s.job.name = old_name;
+        s.flags.cut_on_load = old_cut;
+        files::change_dir(home);
+        return false;
+    }
+    write_dir_file(s, "DIR.DEF", files::current_dir());
     remember_job(s);
     show_job_name(s);
     close_job_log(s);
     open_job_log(s, false, (text::FreeRecord() << "Job Saved as " + name).str());
+    return true;
 }
 
 std::optional<long> version_in(const std::string& content) {

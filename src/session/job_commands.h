@@ -14,7 +14,7 @@ inline constexpr long kProgramVersion = 6001060;
 void open_existing_job(Session& s);
 void open_recent_job(Session& s, int k);
 void ptest_in_scratch(Session& s);
-void save_job_as(Session& s);
+bool save_job_as(Session& s);
 void show_current_job(Session& s);
 void check_for_updates(Session& s);
 

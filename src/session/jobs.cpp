@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "session/job_files.h"
 #include "session/session.h"
 #include "text/fixed_format.h"
 #include "toolkit/files.h"
@@ -48,7 +49,8 @@ void remember_job(Session& s) {
 
 void purge_job_files(const Session& s, bool keep, bool delete_movie) {
     if (!keep) {
-        for (const char* ext : {".0*", ".1*", ".2*", ".dyn"}) files::remove(s.job.name + ext);
+        remove_frame_files(s.job.name);
+        files::remove_file(job_file(s, ".dyn"));
     }
     if (delete_movie) files::remove("MV*.INS");
 }

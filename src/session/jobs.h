@@ -20,8 +20,8 @@ int job_status(const Session& s, const std::string& job);
 void remember_job(Session& s);
 void show_recent_jobs(Session& s);
 
-// Deletes the dynamics files <job>.0*, .1*, .2*, .dyn unless keep; the movie
-// frames MV*.INS when delete_movie.
+// Deletes the dynamics files (the numbered frames <job>.001 ... and
+// <job>.dyn) unless keep; the movie frames MV*.INS when delete_movie.
 void purge_job_files(const Session& s, bool keep, bool delete_movie);
 
 // "N:job" in status field 2.

@@ -112,10 +112,18 @@ struct Flags {
     bool iconc_available = false;
     int os_version = 0;
     int hardcopy_counter = 1;
-    bool xyz_damaged = false;
-    bool symmetry_found = false;
-    bool pg_aligned = false;
-    bool quit_requested = false;    // the window was closed inside a mode        // the molecule stands aligned to its point group    // the last Point Group found more than C1       // the job's .xyz could not be read: leave its files alone
+    bool xyz_damaged = false;       // the job's .xyz could not be read: leave its files alone
+    bool symmetry_found = false;    // the last Point Group found more than C1
+    bool pg_aligned = false;        // the molecule stands aligned to its point group
+    bool quit_requested = false;    // the window was closed inside a mode
+    // The job's .xyz could not be written (a read-only folder, a full
+    // disk): the molecule lives only in memory until it is saved elsewhere,
+    // and nothing of the job's on disk may be deleted or read over it.
+    bool save_failed = false;
+    // The file held more atoms than the store takes and the molecule was
+    // cut: 1 asks before the first write over the original, 2 the user said
+    // no (nothing is written over it until the molecule is saved elsewhere).
+    int cut_on_load = 0;
 };
 
 // How this instance was started.

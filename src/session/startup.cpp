@@ -6,6 +6,7 @@
 #include "display/renderer.h"
 #include "session/config.h"
 #include "session/display_loop.h"
+#include "session/job_files.h"
 #include "session/jobs.h"
 #include "session/session.h"
 #include "session/store_ops.h"
@@ -42,13 +43,20 @@ void enter_dir(const std::string& dir) {
 }
 
 // Word 1 as a path to a structure file: its directory becomes the job's and
-// its name without the extension the job name.
-void start_from_path(Session& s, const std::string& path) {
+// its name without the extension the job name. A name that cannot be a job
+// name is refused, and the session starts on ptest in the scratch folder.
+bool start_from_path(Session& s, const std::string& path) {
     std::filesystem::path p = std::filesystem::absolute(path).lexically_normal();
+    std::string why;
+    if (!valid_job_name(p.stem().string(), &why)) {
+        tell(s, {("\"" + p.filename().string() + "\" cannot name a job:").c_str(), why.c_str()});
+        return false;
+    }
     s.job.start_dir = p.parent_path().string();
     files::change_dir(s.job.start_dir);
     s.job.name = p.stem().string();
     write_dir_file(s, dir_def_name(s), s.job.start_dir);
+    return true;
 }
 
 void choose_start_directory(Session& s) {
@@ -58,7 +66,7 @@ void choose_start_directory(Session& s) {
     if ((s.words.no_words || s.words.imx) && !s.words.mopa && !s.words.m9) {
         enter_dir(s.job.scratch_dir);
         s.job.start_dir = files::current_dir();
-        files::remove("ptest.*");
+        remove_own_job_files(".", "ptest");
         write_dir_file(s, dir_def_name(s), s.job.start_dir);
     }
 }
@@ -71,6 +79,7 @@ void flash_title(Session& s) {
 }
 
 void begin_job_state(Session& s) {
+    files::remove_stale_temporaries(".");   // what a killed session was writing
     s.flags.os_version = s.tk.os_family();
     bool continue_log = s.words.m9 || s.words.mopa;
     open_job_log(s, continue_log, (text::FreeRecord() << "Zentol " << s.job.name).str());
@@ -126,9 +135,10 @@ bool check_job(Session& s) {
             tell(s, {"An INS file exists for the Current Jobname", "Move or Delete this INS file or Choose",
                      "another Jobname"});
             choose = true;
-        } else if (!text::trim(s.job.name).empty() && s.job.name.size() <= kMaxJobName) {
+        } else if (std::string why; valid_job_name(s.job.name, &why)) {
             return true;
         } else {
+            if (!text::trim(s.job.name).empty()) tell(s, {("\"" + s.job.name + "\" cannot name a job:").c_str(), why.c_str()});
             s.job.name = "ptest";
             if (!s.words.no_words) {
                 std::string dir = read_dir_file(s, "DIR.DEF");
@@ -147,7 +157,7 @@ bool check_job(Session& s) {
             }
             std::filesystem::path p(path);
             files::change_dir(p.parent_path().string());
-            s.job.name = p.stem().string();
+            s.job.name = p.stem().string();   // checked as a name on the next turn
         }
     }
 }
@@ -155,7 +165,10 @@ bool check_job(Session& s) {
 int run_program(Session& s, const std::vector<std::string>& words) {
     open_window(s);
     read_start_words(s, words);
-    if (s.words.file_path) start_from_path(s, word(words, 1));
+    if (s.words.file_path && !start_from_path(s, word(words, 1))) {
+        s.words.file_path = false;
+        s.words.no_words = s.words.imx = true;   // as a start with no words: ptest in scratch
+    }
     read_zentol_def(s);
     s.tk.WindowOutStatusBar(7, level_name(s.flags.user_level));
     choose_start_directory(s);
@@ -165,15 +178,18 @@ int run_program(Session& s, const std::vector<std::string>& words) {
     if (!s.words.file_path) {
         if (!s.words.mopa) flash_title(s);
         s.job.name = s.words.no_words ? "ptest" : word(words, 1);
+        if (s.job.name.empty()) s.job.name = "ptest";
         s.job.start_dir = files::current_dir();
     }
     accepted = check_job(s);
     if (accepted) {
         begin_job_state(s);
         int status = kXyzRead;
-        read_job_xyz(s, status);
+        XyzProblem problem;
+        read_job_xyz(s, status, &problem);
         if (status == kXyzDamaged) {
-            tell(s, {"Input jobname.xyz file error"});
+            tell(s, {"Input jobname.xyz file error", problem.text(job_file(s, ".xyz")).c_str(),
+                     "The file is left as it is."});
         } else {
             do {
                 s.flags.session_running = 10;

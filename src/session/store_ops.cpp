@@ -70,12 +70,12 @@ float element_lookup(Store& store, Toolkit* tk, std::string_view label, int mode
 }
 
 void rebuild_bond_list(Store& store) {
+    // Every slot is looked at, so a bond behind an empty slot is drawn too.
     int n = 0;
     for (int i = 1; i <= store.natoms && n < kMaxBonds; ++i) {
-        int count = std::min(store.conn_count(i), kMaxNeighbours);
-        for (int slot = 1; slot <= count && n < kMaxBonds; ++slot) {
+        for (int slot = 1; slot <= kMaxNeighbours && n < kMaxBonds; ++slot) {
             int j = store.nbr(i, slot);
-            if (j > i) {
+            if (j > i && j <= store.natoms) {
                 ++n;
                 store.bond_a[n] = i;
                 store.bond_b[n] = j;
@@ -172,9 +172,21 @@ void draw_scene(Session& s) {
 }
 
 void save_and_reload(Session& s) {
-    write_job_files(s);
+    // The molecule goes through its file; when the file cannot take it, the
+    // same round trip runs on the text in memory, so nothing is read over
+    // the user's edits. A molecule that does not fit the file goes back to
+    // the file's last good one.
     int status = 0;
-    read_job_xyz(s, status);
+    switch (write_job_files(s)) {
+        case SaveResult::Written: read_job_xyz(s, status); break;
+        case SaveResult::Unwritable:
+            if (files::exists(job_file(s, ".xyz"))) read_job_xyz(s, status);
+            break;
+        case SaveResult::Failed:
+        case SaveResult::Held:
+            reload_from_text(s, format_xyz(s.store, s.job.name, s.flags.total_charge, s.flags.spin_multiplicity));
+            break;
+    }
     prepare_display(s);
     rebuild_bond_list(s.store);
     project_atoms(s);

@@ -65,18 +65,71 @@ std::string format_mol_al(const Store& st) {
     return out + row("A1", 1, 0, 0) + row("B1", 0, 1, 0) + row("C1", 0, 0, 1);
 }
 
-void write_job_files(Session& s) {
+namespace {
+
+void tell_unwritable(Session& s, const XyzProblem& p) {
+    std::string file = files::current_dir() + "/" + job_file(s, ".xyz");
+    s.tk.WMessageBox(kButtonsOk, MessageIcon::Exclamation, 1,
+                     "The molecule cannot be saved:\r" + p.why + ".\r" + file + " keeps its last good molecule.",
+                     "Zentol");
+}
+
+void tell_save_failed(Session& s, const std::string& name, const std::string& why) {
+    std::string file = files::current_dir() + "/" + name;
+    if (!s.flags.save_failed) {
+        s.tk.WMessageBox(kButtonsOk, MessageIcon::Stop, 1,
+                         "Cannot write " + file + ":\r" + why +
+                             ".\rThe molecule stays in memory: save it elsewhere with File > Save As.",
+                         "Zentol");
+    }
+    s.flags.save_failed = true;
+    s.tk.WindowOutStatusBar(9, "Not saved: " + name + ": " + why);
+}
+
+// A molecule cut on loading goes over its original only when the user says so.
+bool may_write_cut_molecule(Session& s) {
+    if (s.flags.cut_on_load == 1) {
+        bool yes = s.tk.WMessageBox(kButtonsYesNo, MessageIcon::Question, 2,
+                                    "The molecule was cut to " + std::to_string(kMaxAtoms) + " atoms.\rWrite it over " +
+                                        job_file(s, ".xyz") + "? (No keeps the file as it is;\rsave the cut molecule "
+                                        "under a new name with File > Save As.)",
+                                    "Zentol") == 1;
+        s.flags.cut_on_load = yes ? 0 : 2;
+    }
+    if (s.flags.cut_on_load == 2) {
+        s.tk.WindowOutStatusBar(9, "Not saved over " + job_file(s, ".xyz") + ": use File > Save As");
+        return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+SaveResult write_job_files(Session& s) {
     const Store& st = s.store;
+    XyzProblem problem;
+    if (unwritable_atom(st, &problem)) {
+        tell_unwritable(s, problem);
+        return SaveResult::Unwritable;
+    }
+    if (!may_write_cut_molecule(s)) return SaveResult::Held;
     create_key_if_missing(s);
-    files::write_atomic(job_file(s, ".xyz"),
-                        format_xyz(st, s.job.name, s.flags.total_charge, s.flags.spin_multiplicity));
+    std::string why;
+    if (!files::write_atomic(job_file(s, ".xyz"), format_xyz(st, s.job.name, s.flags.total_charge,
+                                                              s.flags.spin_multiplicity), &why)) {
+        tell_save_failed(s, job_file(s, ".xyz"), why);
+        return SaveResult::Failed;
+    }
+    s.flags.save_failed = false;
     // A one-atom job has no .ins.
-    if (st.natoms == 1) files::remove(job_file(s, ".ins"));
-    else files::write_atomic(job_file(s, ".ins"), format_ins(st, s.job.name));
+    if (st.natoms == 1) files::remove_file(job_file(s, ".ins"));
+    else if (!files::write_atomic(job_file(s, ".ins"), format_ins(st, s.job.name), &why))
+        tell_save_failed(s, job_file(s, ".ins"), why);
     if (st.natoms > 2) files::write_atomic("SYMMOL.INP", format_symmol_inp(st));
     files::write_atomic("mol_al.lst", format_mol_al(st));
     s.tk.WindowOutStatusBar(4, text::format_i(st.natoms, 4));
     s.tk.WindowOutStatusBar(6, text::format_i(st.nbonds, 4));
+    return SaveResult::Written;
 }
 
 }  // namespace zentol

@@ -43,18 +43,20 @@ TEST(Store, UnconfirmedRadiusIsAskedOnceWithDialog103) {
     EXPECT_FLOAT_EQ(element_lookup(t.s.store, &t.tk, "N1", kLookupRadius), 0.71f);
 }
 
-TEST(Store, BondListWalksTheCountAndStopsAt4000) {
+TEST(Store, BondListSeesEverySlotAndStopsAt4000) {
     Store st;
     EXPECT_EQ((rebuild_bond_list(st), st.nbonds), 0);
     st.natoms = 3;
-    st.nbr(1, 1) = 2, st.nbr(1, 2) = 0, st.nbr(1, 3) = 3;   // a hole above the count is not seen
+    st.nbr(1, 1) = 2, st.nbr(1, 2) = 0, st.nbr(1, 3) = 3;   // a bond behind a hole is drawn
+    st.nbr(1, 4) = 7;                                        // a phantom beyond the atoms is not
     st.conn_count(1) = 2;
     st.nbr(2, 1) = 1, st.conn_count(2) = 1;
-    st.nbr(3, 1) = 1, st.conn_count(3) = 12;               // counts above 8 stop at the last slot
+    st.nbr(3, 1) = 1, st.conn_count(3) = 12;
     rebuild_bond_list(st);
-    EXPECT_EQ(st.nbonds, 1);
+    EXPECT_EQ(st.nbonds, 2);
     EXPECT_EQ(st.bond_a[1], 1);
     EXPECT_EQ(st.bond_b[1], 2);
+    EXPECT_EQ(st.bond_b[2], 3);
 
     st.natoms = kMaxAtoms;
     for (int i = 1; i <= kMaxAtoms; ++i) {

@@ -17,6 +17,15 @@ const std::vector<std::string> kWater = {
     "     3  H      0.000000   -0.763239   -0.477047    21     1",
 };
 
+std::vector<std::string> split_lines(const std::string& text) {
+    std::vector<std::string> lines;
+    for (std::size_t at = 0, nl; at < text.size(); at = nl + 1) {
+        nl = text.find('\n', at);
+        lines.push_back(text.substr(at, nl - at));
+    }
+    return lines;
+}
+
 std::string joined(const std::vector<std::string>& lines) {
     std::string s;
     for (const auto& l : lines) s += l + "\n";
@@ -85,16 +94,15 @@ TEST(XyzFile, NeighbourSlotsEightReadSevenWrittenHolesAndLargeNumbers) {
     first = first.substr(0, first.find('\n'));
     EXPECT_EQ(first, lines[1].substr(0, lines[1].size() - 6));   // the eighth is dropped
 
-    // A neighbour above 2500 counts and then reads as an empty slot; a hole in
-    // the first slot is written as 0 and pushes the real neighbour out.
-    auto q = parse({"     2 x", "     1  C      0.000000    0.000000    0.000000     1  2501     2",
+    // A hole in the first slot reads as a hole; the bond behind it is kept
+    // and written without the hole, so no save loses it.
+    auto q = parse({"     2 x", "     1  C      0.000000    0.000000    0.000000     1     0     2",
                     "     2  C      1.000000    0.000000    0.000000     1     1"});
-    EXPECT_EQ(q->st.conn_count(1), 2);
+    EXPECT_EQ(q->st.conn_count(1), 1);
     EXPECT_EQ(q->st.nbr(1, 1), 0);
     EXPECT_EQ(q->st.nbr(1, 2), 2);
     EXPECT_EQ(q->st.nbonds, 1);
-    q->st.conn_count(1) = 1;
-    EXPECT_NE(format_xyz(q->st, "x", 0, 1).find("     1  C      0.000000    0.000000    0.000000     1     0\n"),
+    EXPECT_NE(format_xyz(q->st, "x", 0, 1).find("     1  C      0.000000    0.000000    0.000000     1     2\n"),
               std::string::npos);
 
     // A line with a type only has no neighbours; a comma separates as well
@@ -130,6 +138,44 @@ TEST(XyzFile, DamagedFilesAreReported) {
     bad = kWater;
     bad[3] += "   abc";
     EXPECT_EQ(parse(bad)->status, kXyzDamaged);
+}
+
+// A file the writer could not write back, or rows that would be saved as
+// something else, are refused with the line and the reason.
+TEST(XyzFile, RowsThatWouldNotSurviveASaveAreRefusedWithTheirLine) {
+    auto refused = [](std::vector<std::string> lines) {
+        auto p = std::make_unique<Parsed>();
+        element_lookup(p->st, nullptr, "", kLookupConfirmAll);
+        XyzProblem problem;
+        EXPECT_EQ(parse_xyz(lines, p->st, nullptr, p->charge, p->mult, &problem), kXyzDamaged) << lines[1];
+        return problem.text("w.xyz");
+    };
+    auto with = [](int row, const std::string& line) {
+        auto lines = kWater;
+        lines[row] = line;
+        return lines;
+    };
+    EXPECT_EQ(refused(with(2, "     2  H      0.000000    0.763239   -0.477047    21     1     9")),
+              "w.xyz line 3: neighbour 9 is not one of the 3 atoms of the file");
+    EXPECT_EQ(refused(with(2, "     2  H")), "w.xyz line 3: the row ends before its coordinates");
+    EXPECT_EQ(refused(with(2, "     2  H      0.000000    0.763239   -0.477047")),
+              "w.xyz line 3: the row ends before the atom type");
+    EXPECT_EQ(refused(with(3, "     3  H      0.000000   -0.763239   -0.477047   -0.     1")),
+              "w.xyz line 4: the type and the neighbours must be whole numbers");
+    EXPECT_EQ(refused(with(3, "     3  H      0.000000   -0.763239   -0.477047 1000000     1")),
+              "w.xyz line 4: the atom type 1000000 does not fit its column");
+    EXPECT_EQ(refused(with(1, "     1  O   -1000.00000    0.000000    0.119262     6     2     3")),
+              "w.xyz line 2: a coordinate lies beyond what the file's columns hold");
+    EXPECT_EQ(refused(with(0, "    -0 water")), "w.xyz line 1: the title does not begin with the number of atoms");
+    EXPECT_EQ(refused(with(0, "     0 water")), "w.xyz line 1: the title says 0 atoms but atom rows follow");
+
+    // The same limits hold for a molecule in memory, which is never written.
+    auto p = parse(kWater);
+    EXPECT_EQ(unwritable_atom(p->st), 0);
+    p->st.atom_rec[2][kZ] = 123456.0f;
+    XyzProblem problem;
+    EXPECT_EQ(unwritable_atom(p->st, &problem), 2);
+    EXPECT_EQ(problem.why, "atom 2 (H) at        0.000       0.763  123456.000 lies beyond what a .xyz file holds");
 }
 
 TEST(XyzFile, MoreThan2500AtomsAreCut) {
@@ -169,7 +215,11 @@ TEST(XyzFile, MutatedFilesNeverFault) {
             ++read;
             EXPECT_LE(p->st.natoms, kMaxAtoms);
             EXPECT_LE(p->st.nbonds, kMaxBonds);
-            (void)format_xyz(p->st, "mut", p->charge, p->mult);
+            // Whatever was accepted is saved so that it reads back the same.
+            std::string once = format_xyz(p->st, "mut", p->charge, p->mult);
+            auto again = parse(split_lines(once));
+            ASSERT_EQ(again->status, kXyzRead) << once;
+            EXPECT_EQ(format_xyz(again->st, "mut", again->charge, again->mult), once);
         }
     }
     EXPECT_GT(read, 100);

@@ -91,4 +91,11 @@ std::vector<std::string> test_data_lines(const std::string& name) {
     return lines.value_or(std::vector<std::string>{});
 }
 
+std::vector<std::string> messages_but_ptest_question(const TestSession& t) {
+    std::vector<std::string> out;
+    for (const auto& m : t.tk.message_boxes())
+        if (m.rfind("ptest is cleared at the next start", 0) != 0) out.push_back(m);
+    return out;
+}
+
 }  // namespace zentol::testing

@@ -50,6 +50,10 @@ void run_on_molecule(TestSession& t, const std::string& data_file, const std::st
 // Two carbon atoms on the x axis, the given distance apart.
 void two_carbons(Store& st, float distance);
 
+// The message boxes of a session, less the question that ptest asks at the
+// end ("Save the molecule under a name?").
+std::vector<std::string> messages_but_ptest_question(const TestSession& t);
+
 std::string read_file(const std::string& path);
 void write_file(const std::string& path, const std::string& content);
 bool file_present(const std::string& path);

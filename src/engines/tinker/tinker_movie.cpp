@@ -58,7 +58,12 @@ void play_frames(Session& s, const std::vector<std::string>& lines) {
 void tinker_movie(Session& s) {
     Toolkit& tk = s.tk;
     const std::string xyz = job_file(s, ".xyz"), backup = job_file(s, ".bak");
-    files::copy(xyz, backup);
+    // The movie plays over the job's structure: without a whole backup it
+    // does not start.
+    if (std::string why; !files::copy(xyz, backup, &why)) {
+        tk.WMessageBox(kButtonsOk, MessageIcon::Stop, 1, "Cannot write " + backup + ":\r" + why + "\rNo movie.", "Tinker");
+        return;
+    }
     tk.WDialogLoad(105);
     tk.WDialogPutInteger(1101, std::lround(s.tinker.tk_vib_number));
     tk.WDialogPutReal(1071, 0.3);
@@ -76,7 +81,10 @@ void tinker_movie(Session& s) {
     files::remove("MV*.INS");
     s.flags.movie_made = true;
     if (auto frames = files::read_lines(vibration_frame_file(s.job.name, vibration))) play_frames(s, *frames);
-    files::copy(backup, xyz);
+    if (std::string why; !files::copy(backup, xyz, &why))
+        tk.WMessageBox(kButtonsOk, MessageIcon::Stop, 1,
+                       "Cannot write " + xyz + ":\r" + why + "\rThe structure before the movie is kept in " + backup,
+                       "Tinker");
     int status = 0;
     read_job_xyz(s, status);
     save_and_reload(s);

@@ -9,6 +9,7 @@
 #include "engines/tinker/tinker_decks.h"
 #include "engines/tinker/tinker_log.h"
 #include "engines/tinker/tinker_movie.h"
+#include "session/job_files.h"
 #include "session/jobs.h"
 #include "session/session.h"
 #include "session/store_ops.h"
@@ -52,7 +53,11 @@ bool load_structure(Session& s, const std::string& path) {
     if (parse_xyz(*lines, *probe, nullptr, charge, multiplicity) != kXyzRead || probe->natoms == 0) return false;
     const int before = s.store.natoms;
     std::vector<Label> labels(s.store.atom_label.begin(), s.store.atom_label.begin() + before + 1);
-    if (!text::equals_nocase(path, job_file(s, ".xyz"))) files::copy(path, job_file(s, ".xyz"));
+    std::string why;
+    if (!text::equals_nocase(path, job_file(s, ".xyz")) && !files::copy(path, job_file(s, ".xyz"), &why)) {
+        s.tk.WMessageBox(kButtonsOk, MessageIcon::Stop, 1, "Cannot write " + job_file(s, ".xyz") + ":\r" + why, "Tinker");
+        return false;
+    }
     int status = 0;
     s.store.natoms = 0;
     read_job_xyz(s, status);
@@ -62,8 +67,8 @@ bool load_structure(Session& s, const std::string& path) {
 }
 
 void delete_frames(Session& s, bool also_restart) {
-    for (const char* ext : {".0*", ".1*", ".2*"}) files::remove(s.job.name + ext);
-    if (also_restart) files::remove(job_file(s, ".dyn"));
+    remove_frame_files(s.job.name);
+    if (also_restart) files::remove_file(job_file(s, ".dyn"));
 }
 
 std::string movie_frame_name(int n) { return "MV" + std::string(n < 10 ? "0" : "") + std::to_string(n) + ".INS"; }

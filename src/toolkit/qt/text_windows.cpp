@@ -1,5 +1,6 @@
 // The toolkit's own text editor and text viewer, the plot window, picture
 // writing through Qt's image writers, and the update fetch through Qt Network.
+#include <QBuffer>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QEventLoop>
@@ -95,7 +96,12 @@ bool QtToolkit::save_image(const Image& image, const std::string& path, int qual
     else if (low.ends_with(".jpg") || low.ends_with(".jpeg")) format = "JPG";
     if (!format) return Toolkit::save_image(image, path, quality);   // PCX and BMP: our own writers
     QImage q(image.rgb.data(), image.width, image.height, image.width * 3, QImage::Format_RGB888);
-    return q.save(QString::fromStdString(path), format, quality);
+    // Coded in memory and written through a temporary file, as every file is.
+    QByteArray bytes;
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    if (!q.save(&buffer, format, quality)) return false;
+    return files::write_atomic(path, std::string(bytes.constData(), static_cast<std::size_t>(bytes.size())));
 }
 
 std::optional<std::string> QtToolkit::http_get(const std::string& url, int timeout_ms) {
