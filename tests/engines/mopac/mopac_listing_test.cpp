@@ -109,28 +109,16 @@ TEST(MopacListing, EnergyFromTheTotalLineItsPartsOrTheHeatOfFormation) {
     EXPECT_TRUE(plain.complete());
     EXPECT_EQ(mopac_geo_lines(plain, true).back(), " Heat of Formation =       -57.79007 kcal/mol     -241.79365 kJ/mol");
     EXPECT_EQ(mopac_result_text(plain, ""), "PM7  HoF -57.79007 kcal/mol  -241.79 kJ/mol");
-}
 
-// A MOPAC 21 listing of several jobs (propane, PM7) whose first job printed
-// no energy in eV at all: everything else is read from that job as usual.
-TEST(MopacListing, AListingWithOnlyTheHeatOfFormationKeepsTheRest) {
-    const MopacListing r = read_listing(data("m21_propane_vectors.out"), 1, 1, 11);
-    ASSERT_TRUE(r.complete());
-    EXPECT_EQ(r.energy_kind, MopacEnergy::heat_of_formation);
-    EXPECT_DOUBLE_EQ(r.heat_of_formation, -23.07796);
-    // "HOMO LUMO ENERGIES (EV) =  -11.388  4.304", "NO. OF FILLED LEVELS = 10",
-    // twenty eigenvalues.
-    EXPECT_EQ(r.homo_index, 10);
-    ASSERT_EQ(r.mo_energy.size(), 20u);
-    EXPECT_FLOAT_EQ(r.mo_energy[9], -11.38812f);
-    EXPECT_FLOAT_EQ(r.mo_energy[10], 4.30394f);
-    ASSERT_EQ(r.charges.size(), 11u);
-    EXPECT_FLOAT_EQ(r.charges[1], -0.438891f);
-    ASSERT_EQ(r.coordinates.size(), 11u);
-    EXPECT_FLOAT_EQ(r.coordinates[0][0], -2.479386294f);
-    const Lines geo = mopac_geo_lines(r, true);
-    EXPECT_EQ(geo[geo.size() - 11], "      10   -11.38812 H.O.M.O");
-    EXPECT_EQ(geo.back(), " Heat of Formation =       -23.07796 kcal/mol      -96.55818 kJ/mol");
+    // A MOPAC 21 listing of several jobs: the first job printed only its
+    // heat of formation, and the rest of that job is read as usual ("HOMO
+    // LUMO ENERGIES (EV) = -11.388 4.304", 10 filled levels).
+    const MopacListing propane = read_listing(data("m21_propane_vectors.out"), 1, 1, 11);
+    EXPECT_TRUE(propane.complete());
+    EXPECT_DOUBLE_EQ(propane.heat_of_formation, -23.07796);
+    EXPECT_EQ(propane.homo_index, 10);
+    EXPECT_FLOAT_EQ(propane.mo_energy[9], -11.38812f);
+    EXPECT_FLOAT_EQ(propane.mo_energy[10], 4.30394f);
 }
 
 // MOPAC 2012 has no 29-blank key: its final structure is the ten-blank
