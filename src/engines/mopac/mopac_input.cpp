@@ -13,19 +13,23 @@ namespace zentol {
 namespace {
 
 const char* const kMethods[] = {"PDG", "MDG", "MNDO", "AM1", "PM3", "PM6", "PM7", "PM6-DH+", "PM6-DH2", "PM6-DH2X"};
-const char* const kSpinWords[] = {" SINGLET", " DOUBLET", " TRIPLET"};
+const char* const kSpinWords[] = {" SINGLET", " DOUBLET", " TRIPLET", " QUARTET", " QUINTET",
+                                  " SEXTET",  " SEPTET",  " OCTET",   " NONET"};
 
-std::string spin_word(int multiplicity) {
-    // The table stops at triplets: a higher multiplicity has no word.
-    return multiplicity >= 1 && multiplicity <= 3 ? kSpinWords[multiplicity - 1] : "";
+// Mopac 6's table stops at triplets: a higher multiplicity has no word. The
+// 2016 generation needs the word, or it computes the lowest multiplicity
+// the electrons allow (a quartet nitrogen atom runs as a doublet).
+std::string spin_word(int multiplicity, bool modern) {
+    const int last = modern ? kMaxModernMultiplicity : 3;
+    return multiplicity >= 1 && multiplicity <= last ? kSpinWords[multiplicity - 1] : "";
 }
 
 // The open-source MOPAC runs a doublet as UHF unless told, and a triplet
 // not at all: RHF doublets ask for RHF (then the spin densities are printed
-// as ever), RHF triplets for two open orbitals.
+// as ever), RHF triplets for two open orbitals. Quartets and above run UHF.
 std::string open_shell_words(const MopacOptions& o) {
     if (o.multiplicity < 2) return "";
-    if (o.scf == 2) return " UHF";
+    if (o.scf == 2 || o.multiplicity > 3) return " UHF";
     return o.multiplicity == 2 ? " RHF" : " OPEN(2,2)";
 }
 
@@ -65,11 +69,32 @@ bool method_needs_2016(int index) { return index >= 6 && index <= 10; }
 
 bool method_dropped_by_modern_mopac(int index) { return index == 1 || index == 2; }
 
+int mopac_method_index(std::string_view keyword) {
+    for (int i = 1; i <= 10; ++i)
+        if (text::equals_nocase(keyword, kMethods[i - 1])) return i;
+    return 0;
+}
+
+std::string mopac_refusal(const MopacOptions& o, int version, bool mopac2016_checked) {
+    const std::string method = mopac_method(o.method);
+    if (o.method < 1) return "Choose a method";
+    if (version == kMopac6 && method_needs_2016(o.method)) {
+        if (mopac2016_checked)
+            return method + " needs MOPAC 2016 or later, which is not installed: set \"mopac2016\" in engines.def";
+        return method + " needs MOPAC 2016 or later: check Mopac2016";
+    }
+    if (version != kMopac6 && method_dropped_by_modern_mopac(o.method))
+        return "MOPAC 2016 and later do not know " + method + ": choose another method";
+    if (version != kMopac6 && o.multiplicity > kMaxModernMultiplicity)
+        return "MOPAC takes multiplicities up to " + std::to_string(kMaxModernMultiplicity) + " (NONET)";
+    return "";
+}
+
 std::vector<std::string> mopac_header(MopacOptions& o, int version, const std::string& job) {
     const bool modern = version != kMopac6;
     std::string line = " " + std::string(text::trim(mopac_method(o.method))) + " ";
     line += " CHARGE=" + text::format_i(o.charge, 3);
-    line += spin_word(o.multiplicity);
+    line += spin_word(o.multiplicity, modern);
     if (o.geo_ok) line += modern ? " ALLVEC GRAPHF DENSITY GEO-OK" : " GRAPH DENSITY GEO-OK";
     else line += modern ? " GRAPHF DENSITY" : " GRAPH DENSITY";
     if (o.multiplicity > 1) line += " ESR";
@@ -113,8 +138,8 @@ std::vector<std::string> mopac_atom_table(const Store& st, const MopacOptions& o
 }
 
 std::vector<std::string> mopac_force_job(const MopacOptions& o, const std::string& method) {
-    const std::string line = " " + method + "  CHARGE=" + text::format_i(o.charge, 3) + spin_word(o.multiplicity) +
-                             open_shell_words(o) + " OLDGEO FORCE XYZ";
+    const std::string line = " " + method + "  CHARGE=" + text::format_i(o.charge, 3) +
+                             spin_word(o.multiplicity, true) + open_shell_words(o) + " OLDGEO FORCE XYZ";
     return {"", line, " Force constants on the optimised geometry", " *********************", ""};
 }
 

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "session/molecule_store.h"
@@ -15,6 +16,11 @@ struct Session;
 
 inline constexpr int kMopac6 = 0;
 inline constexpr int kMopac2016 = 1;
+
+// The highest multiplicity the 2016 generation has a word for (NONET).
+inline constexpr int kMaxModernMultiplicity = 9;
+// The method dialog 107 offers the first time: PM7.
+inline constexpr int kDefaultMethod = 7;
 
 // What dialog 107 holds.
 struct MopacOptions {
@@ -37,6 +43,13 @@ std::string mopac_method(int index);
 bool method_needs_2016(int index);
 // Methods the open-source MOPAC no longer takes (PDG, MDG).
 bool method_dropped_by_modern_mopac(int index);
+// The index of a keyword ("PM7" -> 7), 0 when it is none of the table.
+int mopac_method_index(std::string_view keyword);
+
+// Why the engine generation `version` cannot run these options, as the
+// user is told; "" when it can. `mopac2016_checked`: the user asked for the
+// 2016 generation (and `version` 0 means it is not installed).
+std::string mopac_refusal(const MopacOptions& o, int version, bool mopac2016_checked);
 
 // The three header lines. A FORCE run resets run_type to 2, as the deck
 // asks for the Hessian itself.

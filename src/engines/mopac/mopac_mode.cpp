@@ -52,23 +52,27 @@ void finish_deck(Session& s, const MopacState& m) {
     files::write_lines(job_file(s, ".inp"), deck);
 }
 
-void run_engine(Session& s, const MopacState& m) {
+// The engine's key in engines.def.
+const char* engine_key(const MopacState& m) { return m.version == kMopac6 ? "mopac6" : "mopac2016"; }
+
+// Runs the deck; false when the engine is not installed.
+bool run_engine(Session& s, const MopacState& m) {
     const std::string deck = job_file(s, ".inp"), listing = job_file(s, ".lst");
     files::remove(listing);   // an old listing must not pass for this run's
+    const std::string program = engine_command(s, engine_key(m));
     if (m.version == kMopac6) {
         files::copy(deck, "INPUT");
         files::remove("for01*");
-        const std::string program = engine_command(s, "mopac6");
         if (!program.empty()) run_blocking(s, shell_line(program, {}));
         files::copy("output", listing);
     } else {
         files::copy(deck, job_file(s, ".mop"));
-        const std::string program = engine_command(s, "mopac2016");
         if (!program.empty()) run_blocking(s, shell_line(program, {files::resolve(job_file(s, ".mop"))}));
         files::copy(job_file(s, ".out"), listing);
     }
     for (const char* name : {"output", "punch", "graph.dat"}) files::remove(name);
     files::remove(job_file(s, ".mpf"));
+    return !program.empty();
 }
 
 std::vector<std::string> labels_of(const Store& st) {
@@ -85,22 +89,31 @@ void take_structure(Session& s, const MopacListing& r) {
     show_job_name(s);
 }
 
-}  // namespace
+// The listing of the last run, read once; nullopt when there is none (the
+// engine is missing or did not start).
+std::optional<MopacListing> read_job_listing(Session& s, const MopacState& m) {
+    const auto lines = files::read_text_lines(job_file(s, ".lst"));
+    if (!lines) return std::nullopt;
+    return read_mopac_listing(lines->views(), m.version, s.flags.spin_multiplicity, s.store.natoms);
+}
 
-void update_from_listing(Session& s, MopacState& m, bool asked) {
-    auto lines = files::read_lines(job_file(s, ".lst"));
-    if (!lines) {
-        // No listing at all: the engine is missing or did not start.
-        if (!m.force)
-            s.tk.WMessageBox(kButtonsOk, MessageIcon::Exclamation, 1, "Convergence Fault or NO parameters/file", "Mopac");
-        return;
-    }
+void convergence_fault(Session& s) {
+    s.tk.WMessageBox(kButtonsOk, MessageIcon::Exclamation, 1, "Convergence Fault or NO parameters/file", "Mopac");
+}
+
+void keep_orbitals(MopacState& m, const MopacListing& r) {
+    m.mo_energy = r.mo_energy;
+    m.first_orbital = r.first_orbital;
+    m.homo_index = r.homo_index;
+}
+
+// The listing into the job: the .GEO log, the charge and spin logs, the
+// charges, and the structure of an optimisation. True when the structure
+// was taken.
+bool take_listing(Session& s, MopacState& m, const MopacListing& r) {
     const bool energy_run = m.options.run_type == 1;
-    const MopacListing r = read_mopac_listing(*lines, m.version, s.flags.spin_multiplicity, s.store.natoms);
-    if (r.energy_found) {
-        for (const std::string& l : mopac_geo_lines(r, energy_run)) log_line(s, l);
-        s.tk.WindowOutStatusBar(status_message_field, r.status_text);
-    }
+    for (const std::string& l : mopac_geo_lines(r, energy_run)) log_line(s, l);
+    if (r.energy_found) s.tk.WindowOutStatusBar(status_message_field, r.status_text);
     const auto charges = mopac_charge_log(r, labels_of(s.store));
     if (!charges.empty()) files::write_lines(job_file(s, "_chg.log"), charges);
     for (std::size_t i = 0; i < r.charges.size() && i + 1 < s.store.atom_charge.size(); ++i)
@@ -110,16 +123,34 @@ void update_from_listing(Session& s, MopacState& m, bool asked) {
         files::write_lines(job_file(s, "_spn.log"), spins);
         s.flags.charges_stale = true;
     }
-    if (r.coordinates_found && !energy_run) {
-        take_structure(s, r);
-        if (asked) s.tk.WindowOutStatusBar(status_message_field, "Mopac finished structure updated");
-    }
+    const bool updated = r.coordinates_found && !energy_run;
+    if (updated) take_structure(s, r);
     m.energy_run = energy_run && r.vectors_found;
-    m.mo_energy = r.mo_energy;
-    m.homo_index = r.homo_index;
-    if (!r.complete() && !m.force)
-        s.tk.WMessageBox(kButtonsOk, MessageIcon::Exclamation, 1, "Convergence Fault or NO parameters/file", "Mopac");
+    keep_orbitals(m, r);
+    return updated;
 }
+
+// The result stays in the message field until the next command: the method
+// and the energy, and whether the molecule took the new structure.
+void show_result(Session& s, const MopacState& m, const std::optional<MopacListing>& r, bool updated) {
+    std::string text = "Mopac finished without a result";
+    if (r && r->energy_found) {
+        text = mopac_result_text(*r, mopac_method(m.options.method));
+        if (updated) text += "  structure updated";
+    }
+    s.tk.WindowOutStatusBar(status_message_field, text);
+}
+
+// Reads the listing into the job and says what it gave.
+void finish_run(Session& s, MopacState& m, const std::optional<MopacListing>& r) {
+    const bool updated = r && take_listing(s, m, *r);
+    if ((!r || !r->complete()) && !m.force) convergence_fault(s);
+    show_result(s, m, r, updated);
+}
+
+}  // namespace
+
+void update_from_listing(Session& s, MopacState& m) { finish_run(s, m, read_job_listing(s, m)); }
 
 namespace {
 
@@ -128,10 +159,12 @@ namespace {
 std::optional<double> mopac_single_point(Session& s, MopacState& m) {
     finish_deck(s, m);
     run_engine(s, m);
-    auto lines = files::read_lines(job_file(s, ".lst"));
-    if (!lines) return std::nullopt;
-    const MopacListing r = read_mopac_listing(*lines, m.version, s.flags.spin_multiplicity, s.store.natoms);
-    return r.energy_found ? std::optional<double>(r.energy) : std::nullopt;
+    const auto r = read_job_listing(s, m);
+    if (!r || !r->energy_found) return std::nullopt;
+    // A listing with only the heat of formation: the profile's relative
+    // energies are the same, so it goes in converted to eV.
+    if (r->energy_kind == MopacEnergy::heat_of_formation) return r->heat_of_formation * kKcalToKj / kEvToKjMol;
+    return r->energy;
 }
 
 void mopac_rotation_profile(Session& s, MopacState& m) {
@@ -158,13 +191,17 @@ void run_mopac(Session& s, MopacState& m) {
     }
     finish_deck(s, m);
     s.tk.WindowOutStatusBar(status_message_field, "Mopac running");
-    run_engine(s, m);
+    const bool installed = run_engine(s, m);
+    // The listing first: the graph file's orbitals are numbered from it.
+    const std::optional<MopacListing> r = read_job_listing(s, m);
     if (m.version == kMopac6) make_mopac6_graph(m.options.plot_type);
-    else make_mopac2016_graph(s);
-    update_from_listing(s, m, true);
+    else make_mopac2016_graph(s, r && r->levels_found ? r->homo_index : 0);
+    finish_run(s, m, r);
     files::remove("for01*");
     files::remove("shutdown");
-    s.tk.WindowOutStatusBar(status_message_field, "Mopac finished");
+    if (!installed)
+        s.tk.WindowOutStatusBar(status_message_field, std::string("MOPAC is not installed: set \"") + engine_key(m) +
+                                                          "\" in engines.def");
 }
 
 namespace {
@@ -184,8 +221,11 @@ Next dispatch(Session& s, MopacState& m, int command) {
         case 1: return Next::Leave;
         case 2: add_comment(s); break;
         case 5: edit_file(s, files::current_dir() + "/" + files::resolve("mopac.inp")); break;
-        case 6: run_mopac(s, m); break;
-        case 7: update_from_listing(s, m, true); break;
+        case 6:
+            if (files::exists("mopac.inp") || files::exists(job_file(s, ".inp"))) run_mopac(s, m);
+            else tell(s, {"No Mopac input yet: make one with NewInput"});
+            break;
+        case 7: update_from_listing(s, m); break;
         case 8: edit_file(s, files::current_dir() + "/" + files::resolve(job_file(s, ".lst"))); break;
         case 9: open_command_window(s, ""); break;
         case 10:
@@ -214,7 +254,9 @@ Next dispatch(Session& s, MopacState& m, int command) {
             break;
         }
         case 23:
-            if (new_input(s, m) == 3 && s.store.natoms > 0) run_mopac(s, m);
+            if (new_input(s, m) != 3) break;
+            if (s.store.natoms > 0) run_mopac(s, m);
+            else tell(s, {"No atoms to calculate: build a molecule first"});
             break;
         default: break;
     }
@@ -232,12 +274,10 @@ Next run_mode(Session& s, MopacState& m) {
 // Back from orbview (MOPA nn): the orbital table of the Energy run it
 // plotted is read again, so that the next plot needs no new run.
 void resume_after_plot(Session& s, MopacState& m) {
-    auto lines = files::read_lines(job_file(s, ".lst"));
-    if (!lines) return;
-    const MopacListing r = read_mopac_listing(*lines, m.version, s.flags.spin_multiplicity, s.store.natoms);
-    m.energy_run = r.vectors_found;
-    m.mo_energy = r.mo_energy;
-    m.homo_index = r.homo_index;
+    const auto r = read_job_listing(s, m);
+    if (!r) return;
+    m.energy_run = r->vectors_found;
+    keep_orbitals(m, *r);
 }
 
 void mopac_mode(Session& s) {

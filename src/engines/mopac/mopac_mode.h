@@ -16,7 +16,8 @@ struct MopacState {
     int version = kMopac2016;
     bool force = false;              // the deck asks for force constants
     bool energy_run = false;         // the last run was an Energy run that read its orbitals
-    std::vector<float> mo_energy;
+    std::vector<float> mo_energy;    // by orbital number, as the listing printed them
+    int first_orbital = 1;           // the lowest orbital the listing printed
     int homo_index = 0;
 };
 
@@ -30,8 +31,9 @@ int choose_mopac_version(Session& s, bool mopac2016_checked);
 // Finishes the deck, runs the engine and reads its listing.
 void run_mopac(Session& s, MopacState& m);
 
-// Reads job.lst again into the molecule; `asked` by the user's Update.
-void update_from_listing(Session& s, MopacState& m, bool asked);
+// UpDate: reads job.lst again into the job and the molecule, and shows the
+// result in the message field.
+void update_from_listing(Session& s, MopacState& m);
 
 // The mode's loop until the user leaves it.
 void mopac_mode(Session& s);

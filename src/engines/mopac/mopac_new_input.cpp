@@ -9,6 +9,7 @@
 #include "engines/runner.h"
 #include "session/jobs.h"
 #include "session/session.h"
+#include "text/fixed_format.h"
 #include "toolkit/files.h"
 #include "toolkit/toolkit.h"
 
@@ -19,10 +20,27 @@ namespace {
 constexpr int kMethodFields[] = {1049, 1050, 1056, 1057, 1058, 1059, 1077, 1035, 1075, 1025};
 constexpr char kMarker[] = "MOP2016.TXT";
 
+// The method of the job's last deck ("PM7" at the head of job.inp), 0 when
+// there is none.
+int last_deck_method(const Session& s) {
+    const auto deck = files::read_text_lines(job_file(s, ".inp"));
+    if (!deck || deck->empty()) return 0;
+    const std::string_view head = text::trim((*deck)[0]);
+    return mopac_method_index(head.substr(0, head.find(' ')));
+}
+
+// The last method chosen: in this visit of the mode, else in the job's last
+// deck, else PM7.
+int method_to_offer(const Session& s, const MopacState& m) {
+    if (m.options.method >= 1) return m.options.method;
+    const int last = last_deck_method(s);
+    return last >= 1 ? last : kDefaultMethod;
+}
+
 void fill_dialog(Session& s, const MopacState& m) {
     Toolkit& tk = s.tk;
     tk.WDialogLoad(107);
-    if (m.options.method >= 1) tk.WDialogPutRadioButton(kMethodFields[m.options.method - 1]);
+    tk.WDialogPutRadioButton(kMethodFields[method_to_offer(s, m) - 1]);
     tk.WDialogPutRadioButton(1051);
     tk.WDialogPutInteger(1101, 30);
     tk.WDialogFieldState(1101, 0);
@@ -56,9 +74,11 @@ int choose_mopac_version(Session& s, bool mopac2016_checked) {
     const bool mopac6 = engine_available(s, "mopac6");
     const bool modern = engine_available(s, "mopac2016");
     // Unchecked, a configured Mopac 6 runs; without one the MOPAC of today
-    // does, so that a fresh installation runs MOPAC at all.
-    int version = kMopac6;
-    if (modern && (mopac2016_checked || !mopac6)) version = kMopac2016;
+    // does, so that a fresh installation runs MOPAC at all. With neither
+    // installed the deck is the modern one, and the run says which engine
+    // to install.
+    int version = kMopac2016;
+    if (mopac6 && (!mopac2016_checked || !modern)) version = kMopac6;
     if (version == kMopac2016) files::write_atomic(kMarker, "MOPAC 2016 generation\n");
     return version;
 }
@@ -82,10 +102,12 @@ int new_input(Session& s, MopacState& m) {
         if (o.bond_rotation) o.run_type = 1;
         if (o.run_type != 1) o.bond_rotation = false;
         const int version = choose_mopac_version(s, o.mopac2016);
-        // A method the chosen engine does not know: the dialog comes again.
-        if (o.method < 1 || (version == kMopac6 && method_needs_2016(o.method)) ||
-            (version != kMopac6 && method_dropped_by_modern_mopac(o.method))) {
+        // What the chosen engine cannot run is refused, saying why, and the
+        // dialog comes again with the choice kept.
+        const std::string refused = mopac_refusal(o, version, o.mopac2016);
+        if (!refused.empty()) {
             m.options.method = o.method;
+            s.tk.WMessageBox(kButtonsOk, MessageIcon::Exclamation, 1, refused, "Mopac");
             continue;
         }
         m.options = o;

@@ -27,22 +27,14 @@ std::string xyz(double x, double y, double z, int w, int d) {
 
 }  // namespace
 
-std::vector<std::string> mgf_head(const std::vector<std::string>& mgf) {
-    std::vector<std::string> head;
-    for (const std::string& line : mgf) {
-        if (line.rfind(" Keywords", 0) == 0) break;
-        head.push_back(line);
-    }
-    return head;
-}
-
 std::vector<std::string> graph_file_from_mgf(const Mop2016Vectors& v) {
     std::vector<std::string> lines{text::format_i(v.natoms, 6) + text::format_i(v.nbasis, 6) +
                                    text::format_i(v.norbitals, 6) + text::format_i(v.homo, 6)};
     for (const MgfAtom& a : v.atoms) lines.push_back(text::format_i(a.atomic_number, 4) + xyz(a.x, a.y, a.z, 12, 6));
     for (int i = 1; i <= v.norbitals && i <= static_cast<int>(v.orbitals.size()); ++i) {
         const MgfOrbital& o = v.orbitals[static_cast<std::size_t>(i - 1)];
-        lines.push_back(" ORBITAL" + text::format_i(i, 5) + text::format_i(o.occupancy, 3) + text::format_f(o.energy, 12, 5));
+        lines.push_back(" ORBITAL" + text::format_i(v.first_orbital + i - 1, 5) + text::format_i(o.occupancy, 3) +
+                        text::format_f(o.energy, 12, 5));
         std::string row;
         for (std::size_t k = 0; k < o.coefficients.size(); ++k) {
             row += text::format_f(o.coefficients[k], 14, 8);
@@ -107,12 +99,14 @@ void make_mopac6_graph(int plot_kind) {
                                                             density.value_or(std::vector<std::string>{})));
 }
 
-void make_mopac2016_graph(Session& s) {
-    auto mgf = files::read_lines(job_file(s, ".mgf"));
+void make_mopac2016_graph(Session& s, int listing_homo) {
+    const auto mgf = files::read_text_lines(job_file(s, ".mgf"));
     if (!mgf) return;
-    const std::vector<std::string> head = mgf_head(*mgf);
-    files::write_lines("mgf.tmp", head);
-    const Mop2016Vectors v = read_mop2016_vectors(head);
+    const LineViews head = mgf_head(mgf->views());
+    std::string copy;
+    for (std::string_view line : head) copy.append(line).push_back('\n');
+    files::write_atomic("mgf.tmp", copy);
+    const Mop2016Vectors v = read_mop2016_vectors(head, listing_homo);
     for (const std::string& l : v.geo_lines) log_line(s, l);
     files::write_lines("graph.dat", graph_file_from_mgf(v));
     files::remove("mgf.tmp");
@@ -124,7 +118,7 @@ namespace {
 // cancelled.
 std::optional<PlotRequest> ask_plot(Session& s, const MopacState& m) {
     Toolkit& tk = s.tk;
-    const int norbitals = static_cast<int>(m.mo_energy.size());
+    const int first = std::max(m.first_orbital, 1), last = static_cast<int>(m.mo_energy.size());
     while (true) {
         tk.WDialogLoad(110);
         tk.WDialogPutRadioButton(kHomoRadio);
@@ -142,8 +136,10 @@ std::optional<PlotRequest> ask_plot(Session& s, const MopacState& m) {
         if (lumo && r.orbital == m.homo_index) ++r.orbital;
         r.kind = std::clamp(s.flags.plot_kind, 0, 2);
         r.homo_index = m.homo_index;
-        if (r.orbital >= 1 && r.orbital <= norbitals) return r;
-        tk.WindowOutStatusBar(status_message_field, "M.O. # from 1 to " + std::to_string(norbitals));
+        // Orbitals the listing did not print have no coefficients to map.
+        if (r.orbital >= first && r.orbital <= last) return r;
+        tk.WindowOutStatusBar(status_message_field,
+                              "M.O. # from " + std::to_string(first) + " to " + std::to_string(last));
     }
 }
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "engines/mopac/mopac_listing.h"
+#include "engines/mopac/mopac_mgf.h"
 #include "session/molecule_store.h"
 
 namespace zentol {
@@ -23,13 +23,11 @@ struct PlotRequest {
     int homo_index = 0;
 };
 
-// The lines of job.mgf up to the " Keywords" line, as they go to mgf.tmp.
-std::vector<std::string> mgf_head(const std::vector<std::string>& mgf);
-
 // graph.dat of a 2016-generation run: a head line (atoms, basis functions,
-// orbitals, H.O.M.O, 4I6), one line an atom (atomic number I4, x y z
-// 3F12.6), and for each orbital " ORBITAL", its number I5, occupancy I3 and
-// energy F12.5, then its coefficients five a line (5F14.8).
+// orbitals in the file, the H.O.M.O's number, 4I6), one line an atom
+// (atomic number I4, x y z 3F12.6), and for each orbital " ORBITAL", its
+// number as the listing numbers it I5, occupancy I3 and energy F12.5, then
+// its coefficients five a line (5F14.8).
 std::vector<std::string> graph_file_from_mgf(const Mop2016Vectors& v);
 
 // graph.dat of a Mopac 6 density or spin plot: the orbital graph file with
@@ -57,7 +55,8 @@ void mopac_plot(Session& s, MopacState& m);
 void make_mopac6_graph(int plot_kind);
 
 // After a 2016-generation run: job.mgf cut at " Keywords" into mgf.tmp, its
-// orbital table to the .GEO log and graph.dat built from it.
-void make_mopac2016_graph(Session& s);
+// orbital table to the .GEO log and graph.dat built from it, the orbitals
+// numbered from the listing's highest occupied level (0: from 1).
+void make_mopac2016_graph(Session& s, int listing_homo);
 
 }  // namespace zentol

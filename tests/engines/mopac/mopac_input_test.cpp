@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "engines/mopac/mopac_plot.h"
+#include "text/text_lines.h"
 #include "session/store_ops.h"
 
 using namespace zentol;
@@ -65,6 +66,10 @@ TEST(MopacDeck, HeaderLineOneForEachCase) {
         {options(7, 0, 2, 2), kMopac2016, " PM7  CHARGE=  0 DOUBLET GRAPHF DENSITY ESR VECTORS XYZ DISP RHF"},
         {uhf, kMopac2016, " PM7  CHARGE=  0 DOUBLET GRAPHF DENSITY ESR VECTORS XYZ DISP UHF"},
         {options(7, 0, 3, 1), kMopac2016, " PM7  CHARGE=  0 TRIPLET GRAPHF DENSITY ESR VECTORS XYZ DISP OPEN(2,2) 1SCF"},
+        // Quartets and above say their multiplicity and run UHF, RHF chosen or not.
+        {options(7, 0, 4, 1), kMopac2016, " PM7  CHARGE=  0 QUARTET GRAPHF DENSITY ESR VECTORS XYZ DISP UHF 1SCF"},
+        {options(7, -3, 6, 2), kMopac2016, " PM7  CHARGE= -3 SEXTET GRAPHF DENSITY ESR VECTORS XYZ DISP UHF"},
+        {options(7, 0, 9, 2), kMopac2016, " PM7  CHARGE=  0 NONET GRAPHF DENSITY ESR VECTORS XYZ DISP UHF"},
         // Force constants come from a second job on the optimised geometry.
         {options(7, 0, 1, 3), kMopac2016, " PM7  CHARGE=  0 SINGLET GRAPHF DENSITY VECTORS XYZ DISP"},
     };
@@ -80,6 +85,18 @@ TEST(MopacDeck, HeaderLineOneForEachCase) {
         }
     }
     EXPECT_EQ(mopac_force_job(options(7, 0, 1, 2), "PM7")[1], " PM7  CHARGE=  0 SINGLET OLDGEO FORCE XYZ");
+    EXPECT_EQ(mopac_force_job(options(7, 0, 5, 2), "PM7")[1], " PM7  CHARGE=  0 QUINTET UHF OLDGEO FORCE XYZ");
+}
+
+// What an engine generation cannot run is refused with the reason; Mopac 6
+// takes every multiplicity of the dialog.
+TEST(MopacDeck, RefusalsSayWhy) {
+    EXPECT_EQ(mopac_refusal(options(7, 0, 9, 2), kMopac2016, true), "");
+    EXPECT_EQ(mopac_refusal(options(4, 0, 12, 2), kMopac6, false), "");
+    EXPECT_EQ(mopac_refusal(options(7, 0, 10, 2), kMopac2016, true), "MOPAC takes multiplicities up to 9 (NONET)");
+    EXPECT_EQ(mopac_refusal(options(1, 0, 1, 2), kMopac2016, true),
+              "MOPAC 2016 and later do not know PDG: choose another method");
+    EXPECT_EQ(mopac_refusal(options(7, 0, 1, 2), kMopac6, false), "PM7 needs MOPAC 2016 or later: check Mopac2016");
 }
 
 TEST(MopacDeck, InternalCoordinatesForShortMoleculesUnderMopac6) {
@@ -151,12 +168,19 @@ TEST(MopacPlotFiles, GraphFileFromTheMgfHead) {
         " 0.70710678D+00-0.70710678D+00",
         " Keywords: PM7  CHARGE=  0 SINGLET GRAPHF",
         " ORBITAL 2 3a    -99.0000"};
-    const auto head = mgf_head(mgf);
+    const text::TextLines lines = text::TextLines::from_lines(mgf);
+    const auto head = mgf_head(lines.views());
     ASSERT_EQ(head.size(), 9u);
     const auto graph = graph_file_from_mgf(read_mop2016_vectors(head));
     EXPECT_EQ(graph, (std::vector<std::string>{"     2     0     2     1", "   1    0.000000    0.000000    0.000000",
                                                "   1    0.740000    0.000000    0.000000",
                                                " ORBITAL    1  2   -20.50000", "    0.70710678    0.70710678",
                                                " ORBITAL    2  0     4.25000", "    0.70710678   -0.70710678"}));
+    // The orbitals keep the listing's numbers: the head line names the
+    // H.O.M.O by its number, the ORBITAL lines theirs.
+    const auto numbered = graph_file_from_mgf(read_mop2016_vectors(head, 12));
+    EXPECT_EQ(numbered[0], "     2     0     2    12");
+    EXPECT_EQ(numbered[3], " ORBITAL   12  2   -20.50000");
+    EXPECT_EQ(numbered[5], " ORBITAL   13  0     4.25000");
     EXPECT_EQ(graph_file_with_density({"a"}, {"b", "c"}), (std::vector<std::string>{"a", "b", "c"}));
 }

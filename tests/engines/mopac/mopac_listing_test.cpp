@@ -1,6 +1,8 @@
-// The MOPAC listing and graph-file readers on real listings of MOPAC 2016 and
-// of the open-source MOPAC 22, and on Mopac 6 style listings built here.
+// The MOPAC listing and graph-file readers on real listings of MOPAC 2012,
+// 2016, 21 and of the open-source MOPAC 22, and on Mopac 6 style listings
+// built here.
 #include "engines/mopac/mopac_listing.h"
+#include "engines/mopac/mopac_mgf.h"
 
 #include <cmath>
 
@@ -18,6 +20,17 @@ namespace {
 using Lines = std::vector<std::string>;
 
 Lines data(const std::string& name) { return test_data_lines("mopac/" + name); }
+
+// The readers take line views, as files::read_text_lines gives them.
+MopacListing read_listing(const Lines& lines, int version, int multiplicity, int natoms) {
+    const text::TextLines text = text::TextLines::from_lines(lines);
+    return read_mopac_listing(text.views(), version, multiplicity, natoms);
+}
+
+Mop2016Vectors read_mgf(const Lines& lines, int listing_homo = 0) {
+    const text::TextLines text = text::TextLines::from_lines(lines);
+    return read_mop2016_vectors(text.views(), listing_homo);
+}
 
 Lines without(Lines lines, const std::string& key) {
     std::erase_if(lines, [&](const std::string& l) { return l.find(key) != std::string::npos; });
@@ -63,26 +76,71 @@ Lines listing_with_blocks(const std::vector<double>& e, bool mopac6, std::size_t
 
 }  // namespace
 
-TEST(MopacListing, EnergyFromTheTotalLineOrFromItsParts) {
-    const MopacListing benzene = read_mopac_listing(data("m2016_benzene.out"), 1, 1, 12);
+TEST(MopacListing, EnergyFromTheTotalLineItsPartsOrTheHeatOfFormation) {
+    const MopacListing benzene = read_listing(data("m2016_benzene.out"), 1, 1, 12);
+    EXPECT_EQ(benzene.energy_kind, MopacEnergy::total);
     EXPECT_DOUBLE_EQ(benzene.energy, -817.56195);
     EXPECT_EQ(benzene.status_text, "      -817.56195 EV ");
+    EXPECT_EQ(benzene.method, "PM7");
 
     // With DISP the open-source MOPAC prints a kcal/mol total first.
     const Lines disp = data("m22_water_E_DISP.out");
-    const MopacListing water = read_mopac_listing(disp, 1, 1, 3);
+    const MopacListing water = read_listing(disp, 1, 1, 3);
     EXPECT_DOUBLE_EQ(water.energy, -322.67879);
     EXPECT_EQ(water.status_text, "      -322.67879 EV ");
+    EXPECT_EQ(mopac_result_text(water, "AM1"), "PM7  -322.67879 eV  -31133.50 kJ/mol");
 
-    // Without a total the parts add up to it, and the status reads the same.
-    const MopacListing summed = read_mopac_listing(without(disp, "TOTAL ENERGY"), 1, 1, 3);
-    EXPECT_TRUE(summed.energy_summed);
-    EXPECT_NEAR(summed.energy, -322.67879, 1e-9);
-    EXPECT_EQ(summed.status_text, water.status_text);
-    EXPECT_TRUE(summed.complete());
+    // Without a total the parts add up to it, and the status reads the same,
+    // whichever engine generation the job was set to.
+    for (int version : {0, 1}) {
+        const MopacListing summed = read_listing(without(disp, "TOTAL ENERGY"), version, 1, 3);
+        EXPECT_EQ(summed.energy_kind, MopacEnergy::summed);
+        EXPECT_NEAR(summed.energy, -322.67879, 1e-9);
+        EXPECT_EQ(summed.status_text, water.status_text);
+    }
+    EXPECT_TRUE(read_listing(without(disp, "TOTAL ENERGY"), 1, 1, 3).complete());
 
-    // Mopac 6 always printed the total: its absence is a fault there.
-    EXPECT_FALSE(read_mopac_listing(without(disp, "TOTAL ENERGY"), 0, 1, 3).energy_found);
+    // Neither (the open-source MOPAC without DISP): the heat of formation,
+    // in kcal/mol and kJ/mol, saying so.
+    //           FINAL HEAT OF FORMATION =        -57.79007 KCAL/MOL =    -241.79367 KJ/MOL
+    const MopacListing plain = read_listing(data("m22_water_E.out"), 1, 1, 3);
+    EXPECT_EQ(plain.energy_kind, MopacEnergy::heat_of_formation);
+    EXPECT_DOUBLE_EQ(plain.heat_of_formation, -57.79007);
+    EXPECT_TRUE(plain.complete());
+    EXPECT_EQ(mopac_geo_lines(plain, true).back(), " Heat of Formation =       -57.79007 kcal/mol     -241.79365 kJ/mol");
+    EXPECT_EQ(mopac_result_text(plain, ""), "PM7  HoF -57.79007 kcal/mol  -241.79 kJ/mol");
+
+    // A MOPAC 21 listing of several jobs: the first job printed only its
+    // heat of formation, and the rest of that job is read as usual ("HOMO
+    // LUMO ENERGIES (EV) = -11.388 4.304", 10 filled levels).
+    const MopacListing propane = read_listing(data("m21_propane_vectors.out"), 1, 1, 11);
+    EXPECT_TRUE(propane.complete());
+    EXPECT_DOUBLE_EQ(propane.heat_of_formation, -23.07796);
+    EXPECT_EQ(propane.homo_index, 10);
+    EXPECT_FLOAT_EQ(propane.mo_energy[9], -11.38812f);
+    EXPECT_FLOAT_EQ(propane.mo_energy[10], 4.30394f);
+}
+
+// MOPAC 2012 has no 29-blank key: its final structure is the ten-blank
+// block after the charges, x in columns 31-40, not the input above the SCF
+// line nor the orientation below (x in columns 21-30).
+TEST(MopacListing, TheMopac2012LayoutOfTheFinalStructure) {
+    const MopacListing r = read_listing(data("m2012_benzene_polar.out"), 1, 1, 12);
+    EXPECT_TRUE(r.complete());
+    EXPECT_DOUBLE_EQ(r.energy, -817.56195);
+    EXPECT_EQ(r.homo_index, 15);
+    EXPECT_FLOAT_EQ(r.mo_energy[14], -9.82365f);
+    EXPECT_FLOAT_EQ(r.charges[11], 0.148083f);
+    ASSERT_EQ(r.coordinates.size(), 12u);
+    //     12         H                 -3.4029   -2.5164    0.0000
+    EXPECT_FLOAT_EQ(r.coordinates[11][0], -3.4029f);
+    EXPECT_NEAR(r.coordinates[11][1], -2.5164 * 0.99939084, 1e-6);
+    EXPECT_NEAR(r.coordinates[11][2], -2.5164 * 0.0348995, 1e-6);
+    // Without its final block the listing has no structure to give: the
+    // orientation block further down is not taken for it.
+    Lines cut = data("m2012_benzene_polar.out");
+    cut.erase(cut.begin() + 182, cut.begin() + 200);
+    EXPECT_FALSE(read_listing(cut, 1, 1, 12).coordinates_found);
 }
 
 TEST(MopacListing, HomoIndexAndOrbitalEnergiesOfRealListings) {
@@ -95,16 +153,16 @@ TEST(MopacListing, HomoIndexAndOrbitalEnergiesOfRealListings) {
     const Case cases[] = {
         {"m22_water_E_DISP.out", 1, 1, 3, 4, 6, -12.095f, 4.044f},
         {"m22_water_optF.out", 1, 1, 3, 4, 6, -12.115f, 4.049f},   // the force job's roots stay out
-        {"m22_ch3_RHF.out", 1, 2, 4, 4, 7, -4.713f, 6.265f},       // the SOMO: filled levels + 1
-        {"m22_ch3_UHF.out", 1, 2, 4, 4, 7, -9.966f, 6.172f},       // the alpha set only
-        {"m22_o2_OPEN.out", 1, 3, 2, 6, 8, -5.029f, -5.029f},      // two open levels
+        {"m22_ch3_RHF.out", 1, 2, 4, 4, 7, -4.713f, 6.265f},       // the SOMO: 3 filled + 1 open level
+        {"m22_ch3_UHF.out", 1, 2, 4, 4, 7, -9.966f, 6.172f},       // 4 alpha electrons, the alpha set
+        {"m22_o2_OPEN.out", 1, 3, 2, 7, 8, -5.029f, 3.243f},       // 5 filled + 2 open levels
         {"m22_ethanol_E.out", 1, 1, 9, 10, 17, -10.878f, 3.500f},  // orbitals 2..17 printed
         {"m2016_benzene.out", 1, 1, 12, 15, 30, -9.82366f, 0.23578f},  // the upper of a pair
-        {"m2016_o2_trip.out", 1, 3, 2, 6, 8, -10.66781f, -10.66781f},  // beta electrons + 1
+        {"m2016_o2_trip.out", 1, 3, 2, 7, 8, -10.66781f, 2.45143f},    // 7 alpha electrons
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.file);
-        const MopacListing r = read_mopac_listing(data(c.file), c.version, c.multiplicity, c.natoms);
+        const MopacListing r = read_listing(data(c.file), c.version, c.multiplicity, c.natoms);
         ASSERT_TRUE(r.vectors_found);
         EXPECT_EQ(r.homo_index, c.homo);
         ASSERT_EQ(r.mo_energy.size(), c.orbitals);
@@ -112,12 +170,12 @@ TEST(MopacListing, HomoIndexAndOrbitalEnergiesOfRealListings) {
         EXPECT_FLOAT_EQ(r.mo_energy[static_cast<std::size_t>(c.homo)], c.lumo_energy);
     }
 
-    EXPECT_EQ(read_mopac_listing(data("m22_ethanol_E.out"), 1, 1, 9).first_orbital, 2);
+    EXPECT_EQ(read_listing(data("m22_ethanol_E.out"), 1, 1, 9).first_orbital, 2);
 }
 
 TEST(MopacListing, Mopac6BlocksAndTheTableLimit) {
     const MopacListing six =
-        read_mopac_listing(listing_with_blocks({-40.5, -20.25, -5.125, 3.0, 4.5, 6.75}, true, 4), 0, 1, 2);
+        read_listing(listing_with_blocks({-40.5, -20.25, -5.125, 3.0, 4.5, 6.75}, true, 4), 0, 1, 2);
     EXPECT_TRUE(six.complete());
     EXPECT_EQ(six.homo_index, 2);
     EXPECT_EQ(six.mo_energy, (std::vector<float>{-40.5f, -20.25f, -5.125f, 3.0f, 4.5f, 6.75f}));
@@ -127,7 +185,7 @@ TEST(MopacListing, Mopac6BlocksAndTheTableLimit) {
     std::vector<double> many;
     for (int k = 1; k <= 501; ++k) many.push_back(-60.0 + 0.125 * k);
     for (const Lines& listing : {listing_with_blocks(many, true, 10), listing_with_blocks(many, false, 8)}) {
-        const MopacListing r = read_mopac_listing(listing, 0, 1, 2);
+        const MopacListing r = read_listing(listing, 0, 1, 2);
         ASSERT_EQ(r.mo_energy.size(), 500u);
         EXPECT_FLOAT_EQ(r.mo_energy[0], -59.875f);
         EXPECT_FLOAT_EQ(r.mo_energy[498], -60.0f + 0.125f * 499);
@@ -136,26 +194,26 @@ TEST(MopacListing, Mopac6BlocksAndTheTableLimit) {
 }
 
 TEST(MopacListing, ChargesAndSpinDensities) {
-    const MopacListing water = read_mopac_listing(data("m22_water_E_DISP.out"), 1, 1, 3);
+    const MopacListing water = read_listing(data("m22_water_E_DISP.out"), 1, 1, 3);
     EXPECT_EQ(water.charges, (std::vector<float>{-0.645360f, 0.322680f, 0.322680f}));
     EXPECT_EQ(mopac_spin_log(water, {"O", "H", "H"}), Lines{});
 
     // From 251 atoms on the charges are not kept and no side log is written.
-    const MopacListing big = read_mopac_listing(data("m22_water_E_DISP.out"), 1, 1, 251);
+    const MopacListing big = read_listing(data("m22_water_E_DISP.out"), 1, 1, 251);
     EXPECT_TRUE(big.charges.empty());
     EXPECT_EQ(mopac_charge_log(big, Lines(251, "H")), Lines{});
     EXPECT_EQ(mopac_charge_log(water, Lines(250, "H")).size(), 4u);
 
     // RHF doublet: the C.I. table, total in the last column.
-    const MopacListing rhf = read_mopac_listing(data("m22_ch3_RHF.out"), 1, 2, 4);
+    const MopacListing rhf = read_listing(data("m22_ch3_RHF.out"), 1, 2, 4);
     EXPECT_TRUE(rhf.complete());
     EXPECT_EQ(rhf.spin_density, (std::vector<float>{1.0f, 0.0f, 0.0f, 0.0f}));
     // UHF: the spin populations, total in the first column.
-    const MopacListing uhf = read_mopac_listing(data("m22_ch3_UHF.out"), 1, 2, 4);
+    const MopacListing uhf = read_listing(data("m22_ch3_UHF.out"), 1, 2, 4);
     EXPECT_TRUE(uhf.complete());
     EXPECT_EQ(uhf.spin_density, (std::vector<float>{1.0910f, -0.0303f, -0.0303f, -0.0303f}));
     for (const char* triplet : {"m2016_o2_trip.out", "m22_o2_OPEN.out"}) {
-        const MopacListing o2 = read_mopac_listing(data(triplet), 1, 3, 2);
+        const MopacListing o2 = read_listing(data(triplet), 1, 3, 2);
         EXPECT_TRUE(o2.complete()) << triplet;
         EXPECT_EQ(o2.spin_density, (std::vector<float>{1.0f, 1.0f})) << triplet;
     }
@@ -171,14 +229,14 @@ TEST(MopacListing, ChargesAndSpinDensities) {
 TEST(MopacListing, FinalStructureTurnedTwoDegrees) {
     // The 2016 generation: the final block, not the input echo of the
     // ten-blank key (there the first hydrogen stands at x = 1.0790).
-    const MopacListing ch3 = read_mopac_listing(data("m22_ch3_RHF.out"), 1, 2, 4);
+    const MopacListing ch3 = read_listing(data("m22_ch3_RHF.out"), 1, 2, 4);
     ASSERT_EQ(ch3.coordinates.size(), 4u);
     EXPECT_FLOAT_EQ(ch3.coordinates[1][0], 1.056744256f);
     EXPECT_NEAR(ch3.coordinates[2][1], 0.915123730 * 0.99939084, 1e-6);
     EXPECT_NEAR(ch3.coordinates[2][2], 0.915123730 * 0.0348995, 1e-6);
 
     // Mopac 6 columns.
-    const MopacListing six = read_mopac_listing(listing_with_blocks({-40.0, 4.0}, true, 4), 0, 1, 2);
+    const MopacListing six = read_listing(listing_with_blocks({-40.0, 4.0}, true, 4), 0, 1, 2);
     ASSERT_EQ(six.coordinates.size(), 2u);
     EXPECT_NEAR(six.coordinates[1][1], 0.7572 * 0.99939084 + 0.4692 * 0.0348995, 1e-6);
     EXPECT_NEAR(six.coordinates[1][2], 0.7572 * 0.0348995 - 0.4692 * 0.99939084, 1e-6);
@@ -193,43 +251,46 @@ TEST(MopacListing, FinalStructureTurnedTwoDegrees) {
 }
 
 TEST(MopacListing, MissingKeysStopTheReading) {
-    // The open-source MOPAC without DISP prints no energy at all.
-    const MopacListing plain = read_mopac_listing(data("m22_water_E.out"), 1, 1, 3);
+    // No energy of any kind: nothing after it is read.
+    const Lines no_energy = without(data("m22_water_E.out"), "FINAL HEAT OF FORMATION");
+    const MopacListing plain = read_listing(no_energy, 1, 1, 3);
     EXPECT_TRUE(plain.scf_found);
     EXPECT_FALSE(plain.energy_found);
     EXPECT_FALSE(plain.levels_found || plain.coordinates_found || plain.complete());
+    EXPECT_EQ(mopac_geo_lines(plain, true), Lines{});
+    EXPECT_EQ(mopac_result_text(plain, "PM7"), "PM7  no energy in the listing");
 
     const Lines disp = data("m22_water_E_DISP.out");
-    const MopacListing failed = read_mopac_listing(without(disp, "SCF FIELD WAS ACHIEVED"), 1, 1, 3);
+    const MopacListing failed = read_listing(without(disp, "SCF FIELD WAS ACHIEVED"), 1, 1, 3);
     EXPECT_FALSE(failed.scf_found);
     EXPECT_FALSE(failed.energy_found);
 
     // A listing that ends in the charge table keeps what it read, and the
     // reading ends there, though the structure stands further up.
     Lines cut = up_to(disp, "    2          H           0.322680");
-    const MopacListing short_table = read_mopac_listing(cut, 1, 1, 3);
+    const MopacListing short_table = read_listing(cut, 1, 1, 3);
     EXPECT_EQ(short_table.charges, std::vector<float>{-0.645360f});
     EXPECT_FALSE(short_table.coordinates_found);
 
     // An open shell needs its spin table; the structure is not reached.
-    const MopacListing no_spin = read_mopac_listing(disp, 1, 2, 3);
+    const MopacListing no_spin = read_listing(disp, 1, 2, 3);
     EXPECT_TRUE(no_spin.charges_found);
     EXPECT_FALSE(no_spin.spin_found || no_spin.coordinates_found || no_spin.complete());
 
     // Mopac 6 looks for its own geometry key.
     const Lines no_geometry = without(listing_with_blocks({-40.0}, true, 4), "CARTESIAN");
-    EXPECT_FALSE(read_mopac_listing(no_geometry, 0, 1, 2).coordinates_found);
+    EXPECT_FALSE(read_listing(no_geometry, 0, 1, 2).coordinates_found);
 }
 
 TEST(MopacListing, GeoLogLines) {
-    const MopacListing water = read_mopac_listing(data("m22_water_E_DISP.out"), 1, 1, 3);
+    const MopacListing water = read_listing(data("m22_water_E_DISP.out"), 1, 1, 3);
     EXPECT_EQ(mopac_geo_lines(water, true),
               (Lines{"", " Mopac Energy calculation", "     M.O.    Energy(eV)", "       6     6.30600",
                      "       5     4.04400 L.U.M.O", "       4   -12.09500 H.O.M.O", "       3   -14.25100",
                      "       2   -17.76100", "       1   -29.59600",
                      " Total Energy =      -322.67879 eV       -31133.50333 kJ/mol"}));
 
-    const Lines ethanol = mopac_geo_lines(read_mopac_listing(data("m22_ethanol_E.out"), 1, 1, 9), false);
+    const Lines ethanol = mopac_geo_lines(read_listing(data("m22_ethanol_E.out"), 1, 1, 9), false);
     ASSERT_EQ(ethanol.size(), 2u + 1u + 16u + 1u);
     EXPECT_EQ(ethanol[1], " Mopac Optimize calculation");
     EXPECT_EQ(ethanol[3], "      17     5.21500");
@@ -237,14 +298,13 @@ TEST(MopacListing, GeoLogLines) {
 
     // As far as the reader got: the title alone when the orbitals are missing.
     const Lines cut = up_to(data("m22_water_E_DISP.out"), "                EIGENVECTORS");
-    const MopacListing no_vectors = read_mopac_listing(cut, 1, 1, 3);
+    const MopacListing no_vectors = read_listing(cut, 1, 1, 3);
     EXPECT_EQ(mopac_geo_lines(no_vectors, true), (Lines{"", " Mopac Energy calculation"}));
     EXPECT_EQ(mopac_charge_log(no_vectors, {"O", "H", "H"}), Lines{});
-    EXPECT_EQ(mopac_geo_lines(read_mopac_listing(data("m22_water_E.out"), 1, 1, 3), true), Lines{});
 }
 
 TEST(MopacGraphFile, AtomsOrbitalsAndTheHomo) {
-    const Mop2016Vectors water = read_mop2016_vectors(data("m22_water_E.mgf"));
+    const Mop2016Vectors water = read_mgf(data("m22_water_E.mgf"));
     EXPECT_EQ(water.natoms, 3);
     EXPECT_EQ(water.nbasis, 6);
     ASSERT_EQ(water.atoms.size(), 3u);
@@ -260,11 +320,21 @@ TEST(MopacGraphFile, AtomsOrbitalsAndTheHomo) {
 
     // A doublet's singly filled level is its highest filled one; a UHF file
     // lists the beta set after the alpha set.
-    EXPECT_EQ(read_mop2016_vectors(data("m22_ch3_RHF.mgf")).homo, 4);
-    const Mop2016Vectors uhf = read_mop2016_vectors(data("m22_ch3_UHF.mgf"));
+    EXPECT_EQ(read_mgf(data("m22_ch3_RHF.mgf")).homo, 4);
+    const Mop2016Vectors uhf = read_mgf(data("m22_ch3_UHF.mgf"));
     EXPECT_EQ(uhf.orbitals.size(), 14u);
     EXPECT_EQ(uhf.homo, 4);
     EXPECT_EQ(uhf.geo_lines.size(), 2u + 7u);
 
-    EXPECT_EQ(read_mop2016_vectors({}).geo_lines, Lines{" Mopac 2016"});
+    // Numbered from the listing's highest occupied level: a file that
+    // starts at HOMO-3 of a listing whose HOMO is 12 holds orbitals 9-14.
+    const Mop2016Vectors shifted = read_mgf(data("m22_water_E.mgf"), 12);
+    EXPECT_EQ(shifted.first_orbital, 9);
+    EXPECT_EQ(shifted.homo, 12);
+    EXPECT_EQ(shifted.geo_lines[2], "      14     6.30580");
+    EXPECT_EQ(shifted.geo_lines[4], "      12   -12.09510 H.O.M.O.");
+    EXPECT_EQ(shifted.geo_lines.back(), "       9   -29.59570");
+    EXPECT_EQ(read_mgf(data("m22_water_E.mgf"), 3).first_orbital, 1);   // no room below: as it stands
+
+    EXPECT_EQ(read_mgf({}).geo_lines, Lines{" Mopac 2016"});
 }

@@ -4,6 +4,7 @@
 #include "engines/runner.h"
 
 #include <filesystem>
+#include <map>
 
 #include <gtest/gtest.h>
 
@@ -28,10 +29,15 @@ std::vector<double> logged_energies(const std::string& geo) {
     return e;
 }
 
-bool status_shows(const TestSession& t, const std::string& part) {
-    for (const auto& [field, text] : t.tk.status_writes())
-        if (field == status_message_field && text.find(part) != std::string::npos) return true;
-    return false;
+// What the message field showed when Mopac mode was left (the Display menu
+// loaded again).
+std::string message_on_leaving(const TestSession& t) {
+    std::string shown, on_leaving;
+    for (const std::string& line : t.tk.transcript()) {
+        if (line == "menu 30001") on_leaving = shown;
+        if (line.rfind("status 9: ", 0) == 0) shown = line.substr(10);
+    }
+    return on_leaving;
 }
 
 }  // namespace
@@ -50,11 +56,17 @@ TEST(MopacMode, EnergyAndOptimizeOnEachKindOfMolecule) {
         SCOPED_TRACE(c.job);
         TestSession t;
         t.s.engines.values["mopac2016"] = "mopac";
+        // The last method chosen comes back in the dialog: the optimisation
+        // runs PM7 without choosing it again. A key and a redraw after the
+        // run leave the result on screen.
         run_on_molecule(t, std::string("mopac/") + c.job + ".xyz",
                         "menu 40014\nmenu 40023\ndialog 107 button:3 1077=1 1054=1\n"
-                        "menu 40023\ndialog 107 button:3 1077=1 1055=1\nmenu 40001\n");
+                        "menu 40023\ndialog 107 button:3 1055=1\nkey 258\nexpose\nmenu 40001\n");
         EXPECT_TRUE(t.tk.message_boxes().empty()) << t.tk.message_boxes()[0];
-        EXPECT_TRUE(status_shows(t, " EV"));
+        const std::string result = message_on_leaving(t);
+        EXPECT_EQ(result.rfind("PM7  -", 0), 0u) << result;
+        EXPECT_NE(result.find(" eV  "), std::string::npos) << result;
+        EXPECT_NE(result.find(" kJ/mol  structure updated"), std::string::npos) << result;
         const std::string dir = t.scratch(), job = dir + "/" + c.job;
         // The deck of the last run: PM7 from the dialog, the open shell's words.
         const std::string deck = read_file(job + ".inp");
@@ -69,6 +81,7 @@ TEST(MopacMode, EnergyAndOptimizeOnEachKindOfMolecule) {
         // The optimisation goes down from the single point of the start.
         const auto energies = logged_energies(job + ".geo");
         ASSERT_EQ(energies.size(), 2u);
+        EXPECT_NE(result.find(std::string(text::trim(text::format_f(energies[1], 20, 5))) + " eV"), std::string::npos);
         EXPECT_LT(energies[0], -10.0);
         EXPECT_LE(energies[1], energies[0] + 1e-4);
         EXPECT_EQ(files::read_lines(job + "_chg.log").value_or(std::vector<std::string>{}).size(),
@@ -79,6 +92,176 @@ TEST(MopacMode, EnergyAndOptimizeOnEachKindOfMolecule) {
             EXPECT_EQ(spins->size(), static_cast<std::size_t>(c.natoms + 1));
         }
         EXPECT_EQ(t.s.store.natoms, c.natoms);
+    }
+}
+
+namespace {
+
+// The number behind the "=" of the first listing line holding `key`; -1
+// when there is none.
+int listing_count(const std::vector<std::string>& listing, const std::string& key) {
+    for (const std::string& line : listing) {
+        const std::size_t at = line.find(key);
+        if (at == std::string::npos) continue;
+        const std::size_t eq = line.find('=', at);
+        if (eq == std::string::npos) continue;
+        auto v = text::read_reals(std::string_view(line).substr(eq + 1), 1);
+        return v && !v->empty() ? static_cast<int>((*v)[0]) : -1;
+    }
+    return -1;
+}
+
+// The two numbers of the listing's own "SOMO LUMO" line of the alpha set
+// (UHF), when it prints both.
+std::vector<double> alpha_somo_lumo(const std::vector<std::string>& listing) {
+    for (const std::string& line : listing)
+        if (line.rfind("          ALPHA SOMO LUMO (EV)", 0) == 0)
+            return text::read_reals(std::string_view(line).substr(line.find('=') + 1), 2).value_or(std::vector<double>{});
+    return {};
+}
+
+// The orbital numbers and energies the .GEO log marks (the listing's table,
+// not the graph file's, whose mark ends in a full stop).
+struct Marks {
+    int homo = 0, lumo = 0;
+    double homo_energy = 0, lumo_energy = 0;
+};
+
+Marks logged_marks(const std::string& geo) {
+    Marks m;
+    for (const std::string& line : files::read_lines(geo).value_or(std::vector<std::string>{})) {
+        const bool homo = line.ends_with(" H.O.M.O"), lumo = line.ends_with(" L.U.M.O");
+        if (!homo && !lumo) continue;
+        const int number = static_cast<int>(text::read_i(line.substr(0, 8)).value_or(0));
+        const double energy = text::read_f(line.substr(8, 12)).value_or(0);
+        (homo ? m.homo : m.lumo) = number;
+        (homo ? m.homo_energy : m.lumo_energy) = energy;
+    }
+    return m;
+}
+
+}  // namespace
+
+// Open shells with the real engine: the H.O.M.O mark stands on the highest
+// occupied level the listing reports (its doubly and singly occupied levels
+// for RHF with open levels, its alpha electrons for UHF) and the L.U.M.O on
+// the next one up. Quartets and above run as the multiplicity asked.
+TEST(MopacMode, OrbitalMarksAndSpinStatesOfOpenShells) {
+    if (on_path("mopac").empty()) GTEST_SKIP() << "no mopac on PATH";
+    struct Case {
+        const char* job;
+        bool uhf;          // UHF chosen in the dialog
+        const char* spin;  // the spin state the listing must say
+        int multiplicity;
+    };
+    const Case cases[] = {
+        {"methylene", false, "TRIPLET", 3}, {"methylene", true, "TRIPLET", 3}, {"oxygen", false, "TRIPLET", 3},
+        {"oxygen", true, "TRIPLET", 3},     {"fecl6", false, "SEXTET", 6},      {"nitrogen", false, "QUARTET", 4},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(std::string(c.job) + (c.uhf ? " UHF" : " RHF"));
+        TestSession t;
+        t.s.engines.values["mopac2016"] = "mopac";
+        run_on_molecule(t, std::string("mopac/") + c.job + ".xyz",
+                        std::string("menu 40014\nmenu 40023\ndialog 107 button:3 1077=1 1054=1") +
+                            (c.uhf ? " 1052=1" : "") + "\nmenu 40001\n");
+        EXPECT_TRUE(t.tk.message_boxes().empty()) << t.tk.message_boxes()[0];
+        const std::string job = t.scratch() + "/" + c.job;
+        const auto listing = files::read_lines(job + ".lst").value_or(std::vector<std::string>{});
+        ASSERT_FALSE(listing.empty());
+        EXPECT_NE(read_file(job + ".lst").find("SPIN STATE DEFINED AS A " + std::string(c.spin)), std::string::npos);
+
+        // The occupation as the listing states it at the start of the SCF.
+        int highest = 0;
+        const int alpha = listing_count(listing, "UHF CALCULATION, NO. OF ALPHA ELECTRONS");
+        if (alpha > 0) {
+            highest = alpha;
+            EXPECT_EQ(alpha - listing_count(listing, "NO. OF BETA  ELECTRONS =") + 1, c.multiplicity);
+        } else {
+            EXPECT_FALSE(c.uhf || c.multiplicity > 3);
+            highest = listing_count(listing, "RHF CALCULATION, NO. OF DOUBLY OCCUPIED LEVELS") +
+                      listing_count(listing, "NO. OF SINGLY OCCUPIED LEVELS");
+        }
+        const Marks marks = logged_marks(job + ".geo");
+        EXPECT_EQ(marks.homo, highest);
+        // A nitrogen atom's four alpha levels are all occupied: no L.U.M.O.
+        EXPECT_EQ(marks.lumo, std::string(c.job) == "nitrogen" ? 0 : highest + 1);
+        const auto somo_lumo = alpha_somo_lumo(listing);
+        if (somo_lumo.size() == 2) {
+            EXPECT_NEAR(marks.homo_energy, somo_lumo[0], 6e-4);
+            EXPECT_NEAR(marks.lumo_energy, somo_lumo[1], 6e-4);
+        }
+    }
+}
+
+namespace {
+
+// The molecule of tests/data/<file> opened as the job of a session that has
+// ended, the scratch directory current and the .GEO log open.
+void open_molecule(TestSession& t, const std::string& file, const std::string& job) {
+    t.s.engines.values["mopac2016"] = "mopac";
+    write_file(t.s.inst.cfgset + "/dir1.def", t.scratch() + "\n");
+    std::filesystem::copy_file(test_data(file), t.scratch() + "/" + job + ".xyz");
+    t.tk.load_script("");
+    run_program(t.s, {"zentol", job, "1"});
+    std::filesystem::current_path(t.scratch());
+    open_job_log(t.s, true, "");
+}
+
+// "Root No." numbers and energies of the first eigenvector section of a
+// listing of the open-source MOPAC.
+std::map<int, double> listing_orbitals(const std::vector<std::string>& listing) {
+    std::map<int, double> out;
+    for (std::size_t i = 0; i + 4 < listing.size(); ++i) {
+        if (listing[i].find("NET ATOMIC CHARGES") != std::string::npos) break;
+        if (listing[i].rfind("   Root No.", 0) != 0) continue;
+        const auto roots = text::read_ints(std::string_view(listing[i]).substr(11), 8).value_or(std::vector<long long>{});
+        const auto values = text::read_reals(listing[i + 4], 8).value_or(std::vector<double>{});
+        for (std::size_t k = 0; k < roots.size() && k < values.size(); ++k) out[static_cast<int>(roots[k])] = values[k];
+    }
+    return out;
+}
+
+}  // namespace
+
+// Without ALLVEC MOPAC writes only HOMO-8 to HOMO+7 to the graph file of a
+// molecule with more than 16 orbitals, and its listing prints the same
+// ones: graph.dat and the plot carry the listing's numbers, so the map
+// program is handed the H.O.M.O it asks for.
+TEST(MopacMode, GraphFileOrbitalsKeepTheListingsNumbers) {
+    if (on_path("mopac").empty()) GTEST_SKIP() << "no mopac on PATH";
+    for (const auto& [job, homo] : {std::pair{"acetone", 12}, std::pair{"benzene", 15}}) {
+        SCOPED_TRACE(job);
+        TestSession t;
+        open_molecule(t, std::string("mopac/") + job + ".xyz", job);
+        MopacState m;
+        m.version = kMopac2016;
+        m.options.method = 7;
+        m.options.run_type = 1;
+        files::write_lines("mopac.inp", mopac_header(m.options, m.version, job));
+        run_mopac(t.s, m);
+        EXPECT_EQ(m.homo_index, homo);
+        EXPECT_EQ(m.first_orbital, homo - 8);
+        EXPECT_TRUE(m.energy_run);
+
+        const auto printed = listing_orbitals(files::read_lines(std::string(job) + ".lst").value_or(std::vector<std::string>{}));
+        ASSERT_EQ(printed.size(), 16u);
+        EXPECT_EQ(printed.begin()->first, homo - 8);
+        const auto graph = files::read_lines("graph.dat").value_or(std::vector<std::string>{});
+        ASSERT_FALSE(graph.empty());
+        EXPECT_EQ(text::read_i(graph[0].substr(18, 6)).value_or(0), homo);
+        std::map<int, double> in_graph;
+        for (const std::string& line : graph)
+            if (line.rfind(" ORBITAL", 0) == 0)
+                in_graph[static_cast<int>(text::read_i(line.substr(8, 5)).value_or(0))] =
+                    text::read_f(line.substr(16, 12)).value_or(0);
+        ASSERT_EQ(in_graph.size(), printed.size());
+        for (const auto& [number, energy] : printed) EXPECT_NEAR(in_graph[number], energy, 6e-4) << number;
+        // The .GEO log numbers the graph file's table the same way.
+        int graph_homo = 0;
+        for (const std::string& line : files::read_lines(std::string(job) + ".geo").value_or(std::vector<std::string>{}))
+            if (line.ends_with(" H.O.M.O.")) graph_homo = static_cast<int>(text::read_i(line.substr(0, 8)).value_or(0));
+        EXPECT_EQ(graph_homo, homo);
     }
 }
 
@@ -105,6 +288,8 @@ TEST(MopacMode, AMissingEngineIsAConvergenceFault) {
     run_on_water(t, "menu 40014\nmenu 40023\ndialog 107 button:3 1057=1 1054=1\nmenu 40001\n");
     ASSERT_EQ(t.tk.message_boxes().size(), 1u);
     EXPECT_NE(t.tk.message_boxes()[0].find("Convergence Fault or NO parameters/file"), std::string::npos);
+    // The message field says which program is missing and where it is set.
+    EXPECT_EQ(message_on_leaving(t), "MOPAC is not installed: set \"mopac2016\" in engines.def");
 }
 
 TEST(MopacMode, ABondRotationProfileWithTheRealEngine) {

@@ -1,6 +1,7 @@
 // Mopac mode with a fake engine replaying recorded runs: the orbital plot
 // and its hand-over to orbview and back, Mopac 6's fixed file names, and
 // listings or graph files cut short.
+#include <array>
 #include <cstdlib>
 #include <filesystem>
 
@@ -175,8 +176,12 @@ TEST(MopacNewInput, TheDialogsRulesUnderMopac6) {
     int shown = 0;
     for (int id : t.tk.dialogs_shown()) shown += id == 107;
     EXPECT_EQ(shown, 3);
-    ASSERT_EQ(t.tk.message_boxes().size(), 1u);
+    // Each refusal says why: the profile, then PM7 with the box checked but
+    // no MOPAC 2016 installed.
+    ASSERT_EQ(t.tk.message_boxes().size(), 2u);
     EXPECT_NE(t.tk.message_boxes()[0].find("No Dihedral Stored"), std::string::npos);
+    EXPECT_EQ(t.tk.message_boxes()[1],
+              "PM7 needs MOPAC 2016 or later, which is not installed: set \"mopac2016\" in engines.def");
     const auto deck = files::read_lines(t.scratch() + "/water.inp").value_or(std::vector<std::string>{"none"});
     EXPECT_EQ(deck[0], " AM1  CHARGE=  0 SINGLET GRAPH DENSITY FORCE VECTORS XYZ");
     EXPECT_FALSE(file_present(t.scratch() + "/water_ir.lst"));
@@ -191,4 +196,66 @@ TEST(MopacMode, RunBeforeAnyNewInputRunsTheLastDeck) {
     write_file(t.scratch() + "/water.inp", last);
     run_on_water(t, "menu 40014\nmenu 40006\nmenu 40001\n");
     EXPECT_EQ(read_file(t.scratch() + "/deck.seen"), last);
+}
+
+// Dialog 107 offers PM7 the first time, then the last method chosen, also
+// on the next visit of the mode (from the job's last deck).
+TEST(MopacNewInput, TheDialogOpensWithTheLastMethod) {
+    TestSession t;
+    use_fakes(t, false, false, false);
+    const std::string deck = t.scratch() + "/water.inp";
+    run_on_water(t, "menu 40014\nmenu 40023\ndialog 107 button:1\nmenu 40001\n");
+    EXPECT_EQ(read_file(deck).substr(0, 5), " PM7 ");
+
+    TestSession again;
+    use_fakes(again, false, false, false);
+    run_on_water(again, "menu 40014\nmenu 40023\ndialog 107 button:1 1057=1\nmenu 40001\n"
+                        "menu 40014\nmenu 40023\ndialog 107 button:1 1072=1\nmenu 40001\n");
+    EXPECT_EQ(read_file(again.scratch() + "/water.inp").substr(0, 5), " AM1 ");
+    EXPECT_TRUE(again.tk.message_boxes().empty());
+}
+
+// UpDate on listings the user made with other MOPAC versions: MOPAC 2012
+// (its own layout of the final structure) and MOPAC 21 without DISP (no
+// energy in eV at all). Everything is read, nothing is called a fault, and
+// the result stays in the message field.
+TEST(MopacMode, UpDateReadsListingsOfOtherVersions) {
+    struct Case {
+        const char* job;
+        const char* listing;
+        const char* result;
+        const char* energy_line;
+        std::array<float, 3> first, last;   // the first and last atom as the listing has them
+    };
+    const Case cases[] = {
+        {"benzene", "m2012_benzene_polar.out", "PM7  -817.56195 eV  -78882.06 kJ/mol  structure updated",
+         " Total Energy =      -817.56195 eV       -78882.06005 kJ/mol", {-4.5118f, -0.6687f, 0.0f},
+         {-3.4029f, -2.5164f, 0.0f}},
+        {"propane", "m21_propane_vectors.out", "PM7  HoF -23.07796 kcal/mol  -96.56 kJ/mol  structure updated",
+         " Heat of Formation =       -23.07796 kcal/mol      -96.55818 kJ/mol",
+         {-2.479386294f, 1.948915792f, 0.111908676f}, {-3.962897209f, 0.460650646f, 0.698689570f}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.job);
+        TestSession t;
+        use_fakes(t, false, false, false);
+        const std::string job = t.scratch() + "/" + c.job;
+        std::filesystem::copy_file(test_data(std::string("mopac/") + c.listing), job + ".lst");
+        run_on_molecule(t, std::string("mopac/") + c.job + ".xyz", "menu 40014\nmenu 40007\nexpose\nmenu 40001\n");
+        EXPECT_TRUE(t.tk.message_boxes().empty()) << t.tk.message_boxes()[0];
+        EXPECT_TRUE(transcript_has(t, std::string("status 9: ") + c.result));
+        const std::string geo = read_file(job + ".geo");
+        EXPECT_NE(geo.find(c.energy_line), std::string::npos) << geo;
+        EXPECT_NE(geo.find(" H.O.M.O\n"), std::string::npos);
+        EXPECT_EQ(files::read_lines(job + "_chg.log").value_or(std::vector<std::string>{}).size(),
+                  static_cast<std::size_t>(t.s.store.natoms + 1));
+        // The listing's structure, turned 2 degrees about x (as the store
+        // holds it, centred: compare the vector from the first atom).
+        const auto& first = t.s.store.atom_rec[1];
+        const auto& last = t.s.store.atom_rec[t.s.store.natoms];
+        const float dy = c.last[1] - c.first[1], dz = c.last[2] - c.first[2];
+        EXPECT_NEAR(last[kX] - first[kX], c.last[0] - c.first[0], 1e-4);
+        EXPECT_NEAR(last[kY] - first[kY], dy * 0.99939084f - dz * 0.0348995f, 1e-4);
+        EXPECT_NEAR(last[kZ] - first[kZ], dy * 0.0348995f + dz * 0.99939084f, 1e-4);
+    }
 }
