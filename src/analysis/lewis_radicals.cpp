@@ -28,19 +28,24 @@ bool is_radical(const Work& w, int i) {
 
 bool free_radical(const Work& w, int i) { return is_radical(w, i) && !w.ligand_atom[i]; }
 
+// A ligand atom with a full shell, which can take an odd electron for its
+// metal bond.
+bool takes_odd_electron(const Work& w, int i) { return w.ligand_atom[i] && !w.is_h(i) && w.r.tec[i] == 8; }
+
 enum class Goal { pair, move };
 
 // A depth-first search for an alternating path of bonds from `start`:
 // raise, lower, raise, ... ending by a raise onto another free radical
-// (Goal::pair) or by a lower onto `target` (Goal::move). With `memo`,
-// states that failed once are not tried again: quick, but it can miss a
-// path that runs around an odd ring; without it the search is exhaustive
-// up to its step budget.
+// (Goal::pair) or by a lower onto a ligand atom that takes the electron
+// (Goal::move). With `memo`, states that failed once are not tried again:
+// quick, but it can miss a path that runs around an odd ring; without it
+// the search is exhaustive. All searches of one analysis share a step
+// budget, so that no molecule of 300 atoms keeps the user waiting.
 class PathSearch {
 public:
-    PathSearch(const Work& w, int start, Goal goal, int target, bool memo)
-        : w_(w), start_(start), goal_(goal), target_(target), memo_(memo),
-          on_path_(w.nat() + 1, false), dead_(2 * (w.nat() + 1), false) {}
+    PathSearch(Work& w, int start, Goal goal, bool memo)
+        : w_(w), start_(start), goal_(goal), memo_(memo), on_path_(w.nat() + 1, false),
+          dead_(2 * (w.nat() + 1), false) {}
 
     bool run() {
         on_path_[start_] = true;
@@ -50,7 +55,7 @@ public:
 
 private:
     bool step(int x, bool raise) {
-        if (--budget_ < 0) return false;
+        if (--w_.path_budget < 0) return false;
         const std::size_t state = 2 * static_cast<std::size_t>(x) + (raise ? 1 : 0);
         if (memo_ && dead_[state]) return false;
         for (int k : w_.bonds_at[x]) {
@@ -59,7 +64,7 @@ private:
             if (raise ? w_.r.order[k] >= 3 : w_.r.order[k] < 2) continue;
             path_.push_back(k);
             if (raise && goal_ == Goal::pair && free_radical(w_, y)) return true;
-            if (!raise && goal_ == Goal::move && y == target_) return true;
+            if (!raise && goal_ == Goal::move && takes_odd_electron(w_, y)) return true;
             on_path_[y] = true;
             if (step(y, !raise)) return true;
             on_path_[y] = false;
@@ -69,20 +74,18 @@ private:
         return false;
     }
 
-    const Work& w_;
+    Work& w_;
     int start_;
     Goal goal_;
-    int target_;
     bool memo_;
-    long budget_ = 200000;
     std::vector<bool> on_path_, dead_;
     std::vector<int> path_;
 };
 
 // Raises the odd bonds of the path and lowers the even ones.
-bool flip_path(Work& w, int start, Goal goal, int target) {
+bool flip_path(Work& w, int start, Goal goal) {
     for (bool memo : {true, false}) {
-        PathSearch search(w, start, goal, target, memo);
+        PathSearch search(w, start, goal, memo);
         if (!search.run()) continue;
         int sign = 1;
         for (int k : search.path()) {
@@ -94,19 +97,16 @@ bool flip_path(Work& w, int start, Goal goal, int target) {
     return false;
 }
 
-// Sweep 1. Only a ligand atom with a full shell can take the electron.
+// Sweep 1.
 void move_to_metal_contacts(Work& w) {
-    for (int r = 1; r <= w.nat(); ++r) {
-        if (!free_radical(w, r)) continue;
-        for (int t = 1; t <= w.nat(); ++t)
-            if (w.ligand_atom[t] && !w.is_h(t) && w.r.tec[t] == 8 && flip_path(w, r, Goal::move, t)) break;
-    }
+    for (int r = 1; r <= w.nat(); ++r)
+        if (free_radical(w, r)) flip_path(w, r, Goal::move);
 }
 
 // Sweep 2.
 void pair_along_paths(Work& w) {
     for (int r = 1; r <= w.nat(); ++r)
-        if (free_radical(w, r)) flip_path(w, r, Goal::pair, 0);
+        if (free_radical(w, r)) flip_path(w, r, Goal::pair);
 }
 
 // Sweep 3. The more electronegative odd atom takes the electron.
@@ -122,7 +122,7 @@ void pair_through_lone_pairs(Work& w) {
             if (w.outside[k] || w.ligand_atom[m] || w.is_h(m) || w.r.atn[m] == 9) continue;
             if (w.r.tec[m] != 8 || w.left(m) < 2) continue;
             w.move_electron(m, r, true);
-            if (flip_path(w, m, Goal::pair, 0)) break;
+            if (flip_path(w, m, Goal::pair)) break;
             w.move_electron(r, m, true);
         }
     }
@@ -131,7 +131,7 @@ void pair_through_lone_pairs(Work& w) {
 }  // namespace
 
 void pair_radicals(Work& w) {
-    move_to_metal_contacts(w);
+    if (w.has_metal) move_to_metal_contacts(w);
     pair_along_paths(w);
     pair_through_lone_pairs(w);
 }

@@ -36,6 +36,7 @@ struct Work {
     std::vector<int> single_contacts;   // bonds from a metal to one atom of a ligand
     std::vector<int> metal_metal;       // bonds between two metals
     bool has_metal = false;
+    long path_budget = 2000000;   // steps left for the searches of lewis_radicals.cpp
 
     int nat() const { return static_cast<int>(in.atoms.size()); }
     int nbond() const { return static_cast<int>(in.bonds.size()); }
