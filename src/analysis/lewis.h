@@ -57,8 +57,10 @@ enum class MetalBond { none, covalent, dative, contact, metal_metal };
 
 struct LewisDonorBond {
     int bond = 0;            // 1-based bond number
-    int donor = 0;           // the end that was negative
-    int acceptor = 0;        // the end that was positive
+    // The end that was negative and the end that was positive; for a
+    // ligand's dative bond to its metal, the ligand and the metal.
+    int donor = 0;
+    int acceptor = 0;
     int donor_net = 0;       // what is left of each end's net charge
     int acceptor_net = 0;
 };
