@@ -1,17 +1,23 @@
-// The Lewis analysis runs in eleven steps, numbered in the comments below:
-// exceptions (1), start (2), positive and negative charges (3, 4), the nitro
-// and zwitterion patterns (5), bonds to hydrogen (6), the sigma and multiple
-// bond passes (7), octet completion by dative pairs (8), hypervalent atoms
-// (9), oxidation states (10) and donor bonds (11). tec is kept as ve + be
-// throughout.
+// The Lewis analysis runs in eleven steps: exceptions (1), start (2),
+// positive and negative charges (3, 4), the nitro and zwitterion patterns
+// (5), bonds to hydrogen (6), the sigma and multiple bond passes (7), octet
+// completion by dative pairs (8), hypervalent atoms (9), oxidation states
+// (10) and donor bonds (11). Steps 3 to 9 live in lewis_passes.cpp, the odd
+// electrons they leave in lewis_radicals.cpp, and the bonds of metals to
+// their ligands in lewis_metals.cpp. tec is kept as ve + be throughout.
 #include "analysis/lewis.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 
+#include "analysis/lewis_work.h"
+#include "building/connectivity.h"
 #include "session/store_ops.h"
 
 namespace zentol {
+
+using lewis_detail::Work;
 
 namespace {
 
@@ -23,60 +29,6 @@ constexpr const char* kSymbols[] = {
     "Gd", "Tb", "Dy", "Ho", "Er", "Tm", "Yb", "Lu", "Hf", "Ta", "W",  "Re", "Os", "Ir", "Pt", "Au",
     "Hg", "Tl", "Pb", "Bi", "Po", "At", "Rn", "Fr", "Ra", "Ac", "Th", "Pa", "U"};
 constexpr int kLastSymbol = static_cast<int>(sizeof(kSymbols) / sizeof(kSymbols[0])) - 1;
-
-// The working state: the result tables plus each atom's neighbours.
-struct Work {
-    const LewisInput& in;
-    LewisResult& r;
-    std::vector<std::vector<int>> nbrs;
-
-    int nat() const { return static_cast<int>(in.atoms.size()); }
-    int nbond() const { return static_cast<int>(in.bonds.size()); }
-    int a(int k) const { return in.bonds[k - 1][0]; }
-    int b(int k) const { return in.bonds[k - 1][1]; }
-    bool is_h(int i) const { return r.atn[i] == 1; }
-    int left(int i) const { return r.ve[i] - r.be[i]; }
-    void retec(int i) { r.tec[i] = r.ve[i] + r.be[i]; }
-
-    // How many more bonds the atom's own electrons allow: ve already carries
-    // the ionic and formal charges, so N+ (ve 4) takes four bonds and O- one.
-    int limit(int i) const { return r.ve[i] <= 4 ? r.ve[i] : 8 - r.ve[i]; }
-
-    // Electrons the atom may gather: the octet, or twice its group electrons
-    // for a heavy atom with more than two neighbours.
-    int octet_limit(int i) const { return (r.atn[i] > 12 && r.coor[i] > 2) ? 2 * r.group_e[i] : 8; }
-
-    void raise_order(int k, int n) {
-        r.order[k] += n;
-        r.be[a(k)] += n;
-        r.be[b(k)] += n;
-        retec(a(k));
-        retec(b(k));
-    }
-    // One electron from one atom to another, booked as formal or ionic charge.
-    void move_electron(int from, int to, bool formal) {
-        --r.ve[from];
-        ++r.ve[to];
-        (formal ? r.fc : r.chg)[from] += 1;
-        (formal ? r.fc : r.chg)[to] -= 1;
-        retec(from);
-        retec(to);
-    }
-    void add_charge(int i, int q) {
-        r.chg[i] += q;
-        r.ve[i] -= q;
-        retec(i);
-    }
-};
-
-int valence_of(int group_e) { return group_e > 4 ? 8 - group_e : group_e; }
-
-void size_tables(LewisResult& r, int n, int nb) {
-    for (auto* t : {&r.atn, &r.group_e, &r.ve, &r.be, &r.tec, &r.chg, &r.fc, &r.coor, &r.os, &r.net})
-        t->assign(n + 1, 0);
-    r.en.assign(n + 1, 0.0f);
-    r.order.assign(nb + 1, 0);
-}
 
 // Step 1: As with five carbons or Te with six are hypervalent by nature;
 // any As or Te on carbon switches the hypervalence test off.
@@ -93,273 +45,35 @@ void find_exceptions(Work& w) {
     }
 }
 
-bool has_neighbour_of(const Work& w, int i, int atn) {
-    for (int j : w.nbrs[i])
-        if (w.r.atn[j] == atn) return true;
-    return false;
-}
-
-// Step 3: a quaternary N-H nitrogen takes the positive charge, else an atom
-// with more neighbours than its valence, else (for a charge of one) the
-// first atom with a bond to spare.
-void place_positive(Work& w) {
-    LewisResult& r = w.r;
-    bool placed = false;
-    for (int i = 1; i <= w.nat(); ++i)
-        if (r.atn[i] == 7 && r.coor[i] == 4 && has_neighbour_of(w, i, 1)) {
-            w.add_charge(i, 1);
-            placed = true;
-        }
-    for (int i = 1; i <= w.nat() && !placed; ++i)
-        if (r.coor[i] > valence_of(r.group_e[i])) {
-            w.add_charge(i, 1);
-            placed = true;
-        }
-    if (placed) return;
-    if (std::abs(w.in.total_charge) != 1) {
-        r.ierr = 1;
-        return;
-    }
-    for (int i = 1; i <= w.nat(); ++i)
-        if (valence_of(r.group_e[i]) > r.coor[i]) {
-            w.add_charge(i, 1);
-            return;
-        }
-    r.ierr = 1;
-}
-
-// Step 4: terminal atoms of the marked anion's element take the charges of
-// a polyanion; a single charge goes to the marked atom when it is terminal,
-// else to the first atom whose neighbours do not exceed its valence.
-void place_negative(Work& w) {
-    LewisResult& r = w.r;
-    const int marked = (w.in.anion_atom >= 1 && w.in.anion_atom <= w.nat()) ? w.in.anion_atom : 0;
-    const int element = marked ? r.atn[marked] : -1;
-    int remaining = std::abs(w.in.total_charge);
-    if (remaining > 1) {
-        for (int i = 1; i <= w.nat() && remaining > 0; ++i)
-            if (r.atn[i] == element && r.coor[i] == 1) {
-                w.add_charge(i, -1);
-                --remaining;
-            }
-        if (remaining == 0) return;
-        if (remaining > 1) {
-            r.ierr = 2;
-            return;
-        }
-    }
-    int target = 0;
-    if (marked && r.coor[marked] == 1 && r.chg[marked] == 0) target = marked;
-    for (int i = 1; i <= w.nat() && target == 0; ++i)
-        if (r.chg[i] == 0 && r.coor[i] <= valence_of(r.group_e[i])) target = i;
-    if (target == 0) {
-        r.ierr = 2;
-        return;
-    }
-    w.add_charge(target, -1);
-}
-
-int bond_between(const Work& w, int i, int j) {
-    for (int k = 1; k <= w.nbond(); ++k)
-        if ((w.a(k) == i && w.b(k) == j) || (w.a(k) == j && w.b(k) == i)) return k;
-    return 0;
-}
-
-// Step 5.2: a nitrogen with three neighbours and two terminal oxygens. The
-// nitro pattern counts one N-O bond double and the other single. With both
-// oxygens neutral the single-bonded one takes an electron of the nitrogen as
-// formal charge (N+ and O-), which leaves the nitrogen its fourth bond; an
-// oxygen that already holds a negative charge is the single-bonded one.
-void nitro_pattern(Work& w, int n) {
-    LewisResult& r = w.r;
-    int neutral[2] = {0, 0}, n_neutral = 0, anion = 0;
-    for (int j : w.nbrs[n]) {
-        if (r.atn[j] != 8 || r.coor[j] != 1) continue;
-        if (r.chg[j] == 0 && n_neutral < 2) neutral[n_neutral++] = j;
-        if (r.chg[j] == -1 && anion == 0) anion = j;
-    }
-    int dbl = 0, sgl = 0;
-    if (anion && n_neutral >= 1) {
-        dbl = neutral[0];
-        sgl = anion;
-    } else if (n_neutral == 2) {
-        dbl = neutral[0];
-        sgl = neutral[1];
-        w.move_electron(n, sgl, true);
-    } else {
-        return;
-    }
-    w.raise_order(bond_between(w, n, dbl), 2);
-    w.raise_order(bond_between(w, n, sgl), 1);
-}
-
-// Step 5.3, for a neutral molecule: carboxylate and ammonium of a
-// zwitterion. A boron next to any such nitrogen stops the ammonium charges.
-void zwitterion_pattern(Work& w) {
-    LewisResult& r = w.r;
-    for (int i = 1; i <= w.nat(); ++i) {
-        if (r.atn[i] != 6 || r.coor[i] != 3) continue;
-        int terminal = 0;
-        for (int j : w.nbrs[i])
-            if (r.atn[j] == 8 && r.coor[j] == 1 && ++terminal == 2) w.add_charge(j, -1);
-    }
-    std::vector<int> ammonium;
-    for (int i = 1; i <= w.nat(); ++i) {
-        if (r.atn[i] != 7 || r.coor[i] != 4 || !has_neighbour_of(w, i, 1)) continue;
-        if (has_neighbour_of(w, i, 5)) return;
-        ammonium.push_back(i);
-    }
-    for (int i : ammonium) w.add_charge(i, 1);
-}
-
-void patterns(Work& w) {
-    for (int i = 1; i <= w.nat(); ++i) w.retec(i);
-    for (int i = 1; i <= w.nat(); ++i)
-        if (w.r.atn[i] == 7 && w.r.coor[i] == 3) nitro_pattern(w, i);
-    if (w.in.total_charge == 0) zwitterion_pattern(w);
-}
-
-// Step 6: every hydrogen gets its one bond first; H-H pairs up the same way.
-void hydrogen_bonds(Work& w) {
-    LewisResult& r = w.r;
-    for (int k = 1; k <= w.nbond(); ++k) {
-        int h = w.a(k), p = w.b(k);
-        if (!w.is_h(h)) std::swap(h, p);
-        if (!w.is_h(h) || r.chg[h] != 0 || r.be[h] != 0) continue;
-        if (w.is_h(p)) {
-            if (r.chg[p] == 0 && r.be[p] == 0) w.raise_order(k, 1);
-            continue;
-        }
-        if (r.tec[p] < 8 && r.be[p] < w.limit(p)) w.raise_order(k, 1);
-    }
-}
-
-bool both_boron(const Work& w, int k) { return w.r.atn[w.a(k)] == 5 && w.r.atn[w.b(k)] == 5; }
-
-// Step 7.1: the first order of every bond still at 0.
-bool sigma_pass(Work& w) {
-    LewisResult& r = w.r;
-    bool changed = false;
-    for (int k = 1; k <= w.nbond(); ++k) {
-        const int i = w.a(k), j = w.b(k);
-        if (r.order[k] != 0 || w.is_h(i) || w.is_h(j) || both_boron(w, k)) continue;
-        if (r.be[i] >= w.limit(i) || r.be[j] >= w.limit(j)) continue;
-        if (r.tec[i] < 8 && r.tec[j] < 8 && w.left(i) > 0 && w.left(j) > 0) {
-            w.raise_order(k, 1);
-            changed = true;
-        }
-    }
-    return changed;
-}
-
-// Step 7.2: one more order on every bond whose atoms are both short of their
-// octet (or hypervalent) limit and still have electrons of their own. A heavy
-// atom with more than two neighbours gathers its extra bonds here.
-bool multiple_pass(Work& w) {
-    LewisResult& r = w.r;
-    bool changed = false;
-    for (int k = 1; k <= w.nbond(); ++k) {
-        const int i = w.a(k), j = w.b(k);
-        if (w.is_h(i) || w.is_h(j) || both_boron(w, k)) continue;
-        if (r.tec[i] < w.octet_limit(i) && r.tec[j] < w.octet_limit(j) && w.left(i) > 0 && w.left(j) > 0) {
-            w.raise_order(k, 1);
-            changed = true;
-        }
-    }
-    return changed;
-}
-
-void general_passes(Work& w) {
-    for (int round = 1; round <= 3; ++round) {
-        const bool sigma = sigma_pass(w);
-        const bool multiple = multiple_pass(w);
-        if (!sigma && !multiple) break;
-    }
-}
-
-// A pair of the donor's own electrons becomes a bond to an atom at six
-// electrons or fewer: the donor turns formally positive, the acceptor
-// negative.
-void try_dative(Work& w, int k, int donor, int acceptor) {
-    if (w.left(donor) >= 2 && w.r.tec[acceptor] <= 6 && !w.is_h(acceptor)) {
-        w.move_electron(donor, acceptor, true);
-        w.raise_order(k, 1);
-    }
-}
-
-// Step 8. Fluorine never gives a pair in any of the three sweeps.
-void complete_octets(Work& w) {
-    LewisResult& r = w.r;
-    for (int sweep = 1; sweep <= 3; ++sweep)
-        for (int k = 1; k <= w.nbond(); ++k) {
-            if (r.atn[w.a(k)] == 9 || r.atn[w.b(k)] == 9) continue;
-            try_dative(w, k, w.a(k), w.b(k));
-            try_dative(w, k, w.b(k), w.a(k));
-        }
-    for (int i = 1; i <= w.nat(); ++i) {
-        if (r.atn[i] != 7 || r.coor[i] != 3 || r.tec[i] != 7) continue;
-        for (int j : w.nbrs[i])
-            if (w.left(j) > 0) {
-                w.move_electron(j, i, true);
-                break;
-            }
-    }
-    for (int k = 1; k <= w.nbond(); ++k) {
-        const int i = w.a(k), j = w.b(k);
-        if (r.tec[i] == 7 && r.tec[j] == 7 && w.left(i) > 0 && w.left(j) > 0) w.raise_order(k, 1);
-    }
-}
-
-// Step 9: a multiple bond at a flagged atom of ten electrons or more gives
-// up one order for a charge pair, the hypervalent atom positive.
-void reduce_hypervalence(Work& w) {
-    LewisResult& r = w.r;
-    std::vector<bool> flag(w.nat() + 1, false);
-    for (int i = 1; i <= w.nat(); ++i) flag[i] = r.tec[i] > 8;
-    for (int k = 1; k <= w.nbond(); ++k) {
-        const int i = w.a(k), j = w.b(k);
-        if (r.atn[i] > 10 && r.atn[j] < 10) flag[i] = true;
-        if (r.atn[j] > 10 && r.atn[i] < 10) flag[j] = true;
-    }
-    if (r.exception) flag.assign(flag.size(), false);
-    auto reduce = [&](int k, int hi, int lo) {
-        w.raise_order(k, -1);
-        w.add_charge(hi, 1);
-        w.add_charge(lo, -1);
-    };
-    for (int k = 1; k <= w.nbond(); ++k) {
-        const int i = w.a(k), j = w.b(k);
-        if (r.order[k] > 1 && flag[i] && r.tec[i] >= 10) reduce(k, i, j);
-        if (r.order[k] > 1 && flag[j] && r.tec[j] >= 10) reduce(k, j, i);
-    }
-    complete_octets(w);
-}
-
 // Step 10. The charges on an atom count first, formal ones included: an
 // oxidation state counts every electron the atom holds, and a formal charge
 // is an electron moved. Each bond then goes wholly to the more electro-
 // negative atom; an atom without an Allen value (0) is below everything.
+// Bonds to metals follow their own rule (lewis_metals.cpp).
 void oxidation_states(Work& w) {
     LewisResult& r = w.r;
     for (int i = 1; i <= w.nat(); ++i) r.os[i] = r.chg[i] + r.fc[i];
     for (int k = 1; k <= w.nbond(); ++k) {
         const int i = w.a(k), j = w.b(k);
-        if (r.atn[i] == r.atn[j] || r.en[i] == r.en[j]) continue;
+        if (w.outside[k] || r.atn[i] == r.atn[j] || r.en[i] == r.en[j]) continue;
         const int hi = r.en[i] > r.en[j] ? i : j;
         const int lo = hi == i ? j : i;
         r.os[hi] -= r.order[k];
         r.os[lo] += r.order[k];
     }
+    lewis_detail::metal_oxidation_terms(w);
 }
 
 // Step 11: a bond between a positive and a negative atom is a donor bond,
-// the negative atom the donor; each such bond uses up one unit of both.
+// the negative atom the donor; each such bond uses up one unit of both. A
+// ligand's dative bond to its metal comes first.
 void donor_bonds(Work& w) {
     LewisResult& r = w.r;
     for (int i = 1; i <= w.nat(); ++i) r.net[i] = r.chg[i] + r.fc[i];
+    lewis_detail::metal_donor_bonds(w);
     for (int k = 1; k <= w.nbond(); ++k) {
         const int i = w.a(k), j = w.b(k);
-        if (r.net[i] == 0 || r.net[j] == 0 || (r.net[i] > 0) == (r.net[j] > 0)) continue;
+        if (w.outside[k] || r.net[i] == 0 || r.net[j] == 0 || (r.net[i] > 0) == (r.net[j] > 0)) continue;
         const int pos = r.net[i] > 0 ? i : j;
         const int neg = pos == i ? j : i;
         --r.net[pos];
@@ -368,10 +82,20 @@ void donor_bonds(Work& w) {
     }
 }
 
+void size_tables(LewisResult& r, int n, int nb) {
+    for (auto* t : {&r.atn, &r.group_e, &r.ve, &r.be, &r.tec, &r.chg, &r.fc, &r.coor, &r.os, &r.net})
+        t->assign(n + 1, 0);
+    r.en.assign(n + 1, 0.0f);
+    r.ligands.assign(n + 1, {});
+    r.order.assign(nb + 1, 0);
+    r.metal_bond.assign(nb + 1, MetalBond::none);
+}
+
 void start(Work& w) {
     const int n = w.nat();
     size_tables(w.r, n, w.nbond());
     w.nbrs.assign(n + 1, {});
+    w.bonds_at.assign(n + 1, {});
     for (int i = 1; i <= n; ++i) {
         const LewisAtom& at = w.in.atoms[i - 1];
         w.r.atn[i] = at.atn;
@@ -382,8 +106,11 @@ void start(Work& w) {
     for (int k = 1; k <= w.nbond(); ++k) {
         w.nbrs[w.a(k)].push_back(w.b(k));
         w.nbrs[w.b(k)].push_back(w.a(k));
+        w.bonds_at[w.a(k)].push_back(k);
+        w.bonds_at[w.b(k)].push_back(k);
     }
     for (int i = 1; i <= n; ++i) w.r.coor[i] = static_cast<int>(w.nbrs[i].size());
+    lewis_detail::find_ligands(w);
 }
 
 }  // namespace
@@ -413,9 +140,11 @@ std::string lewis_element_symbol(int atn) {
     return (atn >= 1 && atn <= kLastSymbol) ? kSymbols[atn] : "";
 }
 
+// A ring centroid counts as bonded to the ring atoms around it, as the
+// analysis takes it.
 std::string lewis_refusal(const LewisInput& in) {
     const int n = static_cast<int>(in.atoms.size());
-    if (n == 0 || n > kLewisMaxAtoms) return "Lewis analysis needs one molecule of at most 100 atoms";
+    if (n == 0 || n > kLewisMaxAtoms) return "Lewis analysis needs one molecule of at most 300 atoms";
     if (static_cast<int>(in.bonds.size()) > kLewisSlots) return "Lewis analysis takes at most 300 bonds";
     std::vector<std::vector<int>> nbrs(n + 1);
     for (const auto& bd : in.bonds) {
@@ -423,6 +152,12 @@ std::string lewis_refusal(const LewisInput& in) {
         nbrs[bd[0]].push_back(bd[1]);
         nbrs[bd[1]].push_back(bd[0]);
     }
+    for (int c = 1; c <= n; ++c)
+        if (lewis_detail::is_centroid(in.atoms[c - 1]))
+            for (int j : lewis_detail::centroid_ring(in, c)) {
+                nbrs[c].push_back(j);
+                nbrs[j].push_back(c);
+            }
     std::vector<bool> seen(n + 1, false);
     std::vector<int> stack{1};
     seen[1] = true;
@@ -464,22 +199,36 @@ LewisInput lewis_input_from(Store& st, int total_charge) {
         in.atoms.push_back(at);
     }
     for (int k = 1; k <= st.nbonds; ++k) in.bonds.push_back({st.bond_a[k], st.bond_b[k]});
+    // The bond list takes each pair from the lower atom's row; a pair named
+    // only in the higher atom's row (a ring carbon naming a metal whose row
+    // is full) is a bond too.
+    for (int i = 1; i <= st.natoms; ++i)
+        for (int slot = 1; slot <= std::min(st.conn_count(i), kMaxNeighbours); ++slot) {
+            const int j = st.nbr(i, slot);
+            if (j < 1 || j >= i || has_neighbour(st, j, i)) continue;
+            in.bonds.push_back({j, i});
+        }
     return in;
 }
 
+// In a complex the charge is the metal's (lewis_metals.cpp); the ligands go
+// through the main-group steps neutral and bond to the metal after step 9.
 LewisResult lewis_analysis(const LewisInput& in) {
+    using namespace lewis_detail;
     LewisResult r;
-    Work w{in, r, {}};
+    Work w(in, r);
     start(w);
     find_exceptions(w);
-    if (in.total_charge > 0) place_positive(w);
-    if (in.total_charge < 0) place_negative(w);
+    if (w.has_metal && in.total_charge != 0) place_complex_charge(w);
+    else if (in.total_charge > 0) place_positive(w);
+    else if (in.total_charge < 0) place_negative(w);
     if (r.ierr != 0) return r;
     patterns(w);
     hydrogen_bonds(w);
     general_passes(w);
     complete_octets(w);
     reduce_hypervalence(w);
+    bond_metals(w);
     oxidation_states(w);
     donor_bonds(w);
     for (int i = 1; i <= w.nat(); ++i)

@@ -4,6 +4,11 @@
 // results go to the job's .geo log and to lewis.brt; a metal atom also gets
 // its Covalent Bond Classification line.
 //
+// A metal's ligands are taken as neutral and the charge of a complex as the
+// metal's: each ligand gets its own Lewis structure with its metal bonds cut,
+// then bonds to the metal by its odd electrons (covalent) or by a lone pair
+// (dative), as the Covalent Bond Classification counts them.
+//
 // The analysis is pure: it takes numbers and gives tables. Per-atom tables
 // are 1-based like the store's (slot 0 unused), so atom i of the input is
 // slot i; bond k of the input is slot k of `order`.
@@ -17,7 +22,7 @@
 
 namespace zentol {
 
-inline constexpr int kLewisMaxAtoms = 100;   // what the command takes on
+inline constexpr int kLewisMaxAtoms = 300;   // what the command takes on
 inline constexpr int kLewisSlots = 300;      // table size for atoms and bonds
 
 struct LewisAtom {
@@ -32,14 +37,30 @@ struct LewisInput {
     std::vector<std::array<int, 2>> bonds;  // atom numbers, lower first
     int total_charge = 0;
     // The atom the user marked as the anion; its element takes a negative
-    // charge first. 0 when none is marked.
+    // charge first. 0 when none is marked: the analysis then chooses one.
     int anion_atom = 0;
 };
 
+// Ligands of one metal by kind: l dative pairs, x covalent electrons (kind 2
+// counts 1, kind 3 counts 2), z the charge of the complex.
+struct LigandCounts {
+    int l = 0;
+    int x = 0;
+    int z = 0;
+};
+
+// How a bond to a metal is made. A covalent bond shares one electron of each
+// end per order (a methyl, a chloride, an oxo); a dative one is a pair of the
+// ligand's (CO, NH3); a contact ties a side-on ligand (an eta-5 ring, or its
+// centroid) whose electrons are counted per ligand and not per contact.
+enum class MetalBond { none, covalent, dative, contact, metal_metal };
+
 struct LewisDonorBond {
     int bond = 0;            // 1-based bond number
-    int donor = 0;           // the end that was negative
-    int acceptor = 0;        // the end that was positive
+    // The end that was negative and the end that was positive; for a
+    // ligand's dative bond to its metal, the ligand and the metal.
+    int donor = 0;
+    int acceptor = 0;
     int donor_net = 0;       // what is left of each end's net charge
     int acceptor_net = 0;
 };
@@ -49,12 +70,19 @@ struct LewisResult {
     bool exception = false;  // As or Te bonded to carbon: no hypervalence test
     std::vector<std::string> messages;   // to be shown to the user
 
-    // Per atom, slots 1..natoms.
+    // Per atom, slots 1..natoms. be sums the orders of an atom's bonds,
+    // except that a side-on ligand's contacts count the electron pairs it
+    // shares with its metal (one per pi bond and per odd electron): such
+    // a pair adds one to the metal's ve and be, so tec counts it and the
+    // metal's lone electrons (ve - be) stay its own.
     std::vector<int> atn, group_e, ve, be, tec, chg, fc, coor, os;
     std::vector<float> en;
     std::vector<int> net;    // chg + fc after the donor bonds took their share
     // Per bond, slots 1..nbonds.
     std::vector<int> order;
+    std::vector<MetalBond> metal_bond;   // MetalBond::none for bonds without a metal
+    // Per atom: for a metal, its ligands by kind and its share of the charge.
+    std::vector<LigandCounts> ligands;
 
     std::vector<LewisDonorBond> donors;
     std::vector<int> radicals;           // atoms left at 7 electrons
@@ -76,11 +104,14 @@ bool lewis_is_metal(int atn);
 std::string lewis_element_symbol(int atn);
 
 // Empty when the analysis can take the molecule, else the reason to show:
-// at most 100 atoms, at most 300 bonds, one connected molecule.
+// at most 300 atoms, at most 300 bonds, one connected molecule (a ring
+// centroid joins the ring around it).
 std::string lewis_refusal(const LewisInput& in);
 
 // The current molecule of the store with atomic numbers and electronegativi-
-// ties from its element table; deuterium counts as hydrogen.
+// ties from its element table; deuterium counts as hydrogen. The bonds are
+// those of the bond list, plus any pair that only the later atom's row names
+// (a metal's row holds eight neighbours, a ring of ten carbons may name it).
 LewisInput lewis_input_from(Store& st, int total_charge);
 
 LewisResult lewis_analysis(const LewisInput& in);
@@ -97,13 +128,7 @@ std::vector<std::string> lewis_brt_lines(const LewisInput& in, const LewisResult
 // toolkit's text viewer.
 std::vector<std::string> lewis_table_text(const LewisInput& in, const LewisResult& r);
 
-// Ligands of one metal by kind: l dative pairs, x covalent electrons (kind 2
-// counts 1, kind 3 counts 2), z the charge of the complex.
-struct LigandCounts {
-    int l = 0;
-    int x = 0;
-    int z = 0;
-};
+// The ligands of one metal as the analysis bonded them; see lewis_metals.cpp.
 LigandCounts classify_ligands(const LewisInput& in, const LewisResult& r, int metal);
 
 // "Covalent Bond Classification NiL4  OS  0",

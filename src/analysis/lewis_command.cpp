@@ -29,9 +29,12 @@ void lewis_command(Session& s) {
         run_detached(s, shell_line(engine_command(s, "tabview"), {"lewis.brt"}));
         return;
     }
-    std::string text;
-    for (const std::string& line : lewis_table_text(in, r)) text += line + "\n";
+    // The metal lines go right under the title, where they are seen without
+    // scrolling past the tables.
+    const std::vector<std::string> table = lewis_table_text(in, r);
+    std::string text = table.front() + "\n";
     for (const std::string& line : cbc) text += line + "\n";
+    for (std::size_t k = 1; k < table.size(); ++k) text += table[k] + "\n";
     s.tk.show_text("Lewis Structure and Oxidation States", text);
 }
 

@@ -85,18 +85,6 @@ void brt_tables(const LewisInput& in, const LewisResult& r, std::vector<std::str
     out.push_back("ENDDONOR");
 }
 
-bool is_donor_bond(const LewisResult& r, int k, int donor) {
-    for (const LewisDonorBond& d : r.donors)
-        if (d.bond == k && d.donor == donor) return true;
-    return false;
-}
-
-// Covalent electrons e of a ligand: its pairs are kind 3, an odd one kind 2,
-// so x grows by e itself.
-void add_covalent(LigandCounts& c, int e) {
-    if (e > 0) c.x += e;
-}
-
 }  // namespace
 
 std::vector<std::string> lewis_log_lines(const LewisInput& in, const LewisResult& r) {
@@ -148,41 +136,14 @@ std::vector<std::string> lewis_table_text(const LewisInput& in, const LewisResul
     return out;
 }
 
-// How a ligand atom a bonded to the metal is counted:
-//  - bonded to the metal alone (a hydride, halide, oxo or nitride atom): by
-//    the valence of the free atom, since the charges the analysis puts on a
-//    single atom say nothing about its kind: valence 1 is kind 2 (X),
-//    valence 2 kind 3 (=O), valence 3 kind 3 and kind 2; valence 0 is kind 1.
-//  - otherwise kind 1 (L, a dative pair) when the ligand atom brings a pair
-//    of its own: the bond is a donor bond with the ligand as donor (CO on
-//    Ni(CO)4), or the ligand atom is positive (an ammine nitrogen that gave
-//    its charge to the complex), or the bond kept order 0 (the ligand was
-//    complete without the metal). Orders beyond the dative pair count as
-//    covalent electrons.
-//  - otherwise the bond order counts the ligand's covalent electrons: order
-//    1 is kind 2 (a methyl), order 2 kind 3 (an alkylidene), order 3 both.
-// A donor bond in which the metal is the donor leaves the ligand uncounted.
+// The analysis sorted the metal's ligands as it bonded them: kind 1 a
+// dative pair, kinds 2 and 3 one and two covalent electrons, a side-on
+// ligand by its pi bonds and odd electrons; z is the metal's share of the
+// charge, the whole charge of a complex with one metal.
 LigandCounts classify_ligands(const LewisInput& in, const LewisResult& r, int metal) {
-    LigandCounts c;
-    c.z = in.total_charge;
-    for (int k = 1; k <= static_cast<int>(in.bonds.size()); ++k) {
-        const int a0 = bond_a(in, k), b0 = bond_b(in, k);
-        if (a0 != metal && b0 != metal) continue;
-        const int lig = a0 == metal ? b0 : a0;
-        const int order = r.order[k];
-        if (r.coor[lig] == 1) {
-            const int g = r.group_e[lig];
-            const int valence = g > 4 ? 8 - g : g;
-            if (valence <= 0) ++c.l;
-            else add_covalent(c, valence);
-        } else if (is_donor_bond(r, k, lig) || r.chg[lig] + r.fc[lig] > 0 || order == 0) {
-            ++c.l;
-            add_covalent(c, order - 1);
-        } else if (!is_donor_bond(r, k, metal)) {
-            add_covalent(c, order);
-        }
-    }
-    return c;
+    (void)in;
+    if (r.ierr != 0 || metal < 1 || metal >= static_cast<int>(r.ligands.size())) return {};
+    return r.ligands[metal];
 }
 
 std::string cbc_line(const std::string& symbol, const LigandCounts& c) {
