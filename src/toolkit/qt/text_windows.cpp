@@ -1,10 +1,12 @@
 // The toolkit's own text editor and text viewer, the plot window, picture
 // writing through Qt's image writers, and the update fetch through Qt Network.
+#include <QClipboard>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QEventLoop>
 #include <QFile>
 #include <QFontDatabase>
+#include <QGuiApplication>
 #include <QImage>
 #include <QMessageBox>
 #include <QNetworkAccessManager>
@@ -96,6 +98,15 @@ bool QtToolkit::save_image(const Image& image, const std::string& path, int qual
     if (!format) return Toolkit::save_image(image, path, quality);   // PCX and BMP: our own writers
     QImage q(image.rgb.data(), image.width, image.height, image.width * 3, QImage::Format_RGB888);
     return q.save(QString::fromStdString(path), format, quality);
+}
+
+bool QtToolkit::copy_image_to_clipboard(const Image& image) {
+    QClipboard* clipboard = QGuiApplication::clipboard();
+    if (!clipboard || image.rgb.empty()) return false;
+    // The clipboard keeps its own copy: the picture's buffer goes away.
+    QImage q(image.rgb.data(), image.width, image.height, image.width * 3, QImage::Format_RGB888);
+    clipboard->setImage(q.copy());
+    return true;
 }
 
 std::optional<std::string> QtToolkit::http_get(const std::string& url, int timeout_ms) {
