@@ -124,10 +124,14 @@ void draw_transmission(Toolkit& tk, const std::vector<double>& heights, const st
     tk.IGrCharOut(0.92, 0.12, "-1");
     tk.IGrCharOut(0.13, 0.03, job);
     tk.IGrCharOut(0.45, 0.03, "Scale factor " + text::format_f(scale, 4, 2));
-    tk.IGrColourN(kCurveColour);
+    // The curve starts on the right-hand rule at (0.86, 0.9); its first
+    // stroke, down that rule to the baseline, keeps the rules' colour so
+    // that it does not read as a band at 200 cm-1.
     tk.IGrMoveTo(0.86, 0.9);
-    for (int n = 1; n <= static_cast<int>(heights.size()); ++n)
+    for (int n = 1; n <= static_cast<int>(heights.size()); ++n) {
         tk.IGrLineTo(transmission_x(n), heights[static_cast<std::size_t>(n - 1)]);
+        if (n == 1) tk.IGrColourN(kCurveColour);
+    }
 }
 
 std::string stick_file_name(const std::string& job, int kind) { return job + (kind == 2 ? "_RA.lst" : "_IR.lst"); }

@@ -93,7 +93,7 @@ TEST(Transmission, PictureAndItsCopies) {
     EXPECT_EQ(hpgl.substr(0, 17), "IN;\nSI0.19,0.27;\n");
     EXPECT_NE(hpgl.find("SP1;\nPU1000,1125;\nPD8600,1125;\n"), std::string::npos);
     EXPECT_NE(hpgl.find("PU3000,750;\nLB3000\x03\n"), std::string::npos);
-    EXPECT_NE(hpgl.find("SP4;\nPU8600,6750;\nPD"), std::string::npos);
+    EXPECT_NE(hpgl.find("PU8600,6750;\nPD8596,1500;\nSP4;\nPD"), std::string::npos);
     EXPECT_EQ(hpgl.substr(hpgl.size() - 9), "PU;\nSP0;\n");
     // One pen-down a line of the curve: it is drawn without lifting the pen.
     std::size_t pd = 0, pu = 0;
