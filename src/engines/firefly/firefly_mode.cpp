@@ -242,13 +242,12 @@ Next run_mode(Session& s) {
     return engine_mode_loop(s, "Firefly", 15, [&s](int command) { return dispatch(s, command); });
 }
 
+// The engine's and the converter's files go; the deck and the listing stay.
 void leave(Session& s) {
-    for (const std::string& name : {std::string("input"), std::string("PUNCH"), job_file(s, ".pun"),
-                                    std::string("dictnry*.*"), std::string("AOINTS.*"), std::string("pppgamet.tmp"),
-                                    std::string("pppgameb.tmp"), std::string("output"), std::string("output2"),
-                                    std::string("fort.26"), std::string("fort.19"), std::string("file.48"),
-                                    std::string("INPUT.out"), std::string("INPUT.arc")})
+    for (const char* name : {"input", "PUNCH", "dictnry*.*", "AOINTS.*", "pppgamet.tmp", "pppgameb.tmp", "output",
+                             "output2", "fort.26", "fort.19", "file.48", "INPUT.out", "INPUT.arc"})
         files::remove(name);
+    files::remove(job_file(s, ".pun"));
     s.tk.menu_load(30001);
     s.tk.WMenuToolbar(30101);
     s.tk.WMenuSetState(40017, 1, 1);

@@ -180,6 +180,7 @@ void ff_update(Session& s, int run_type) {
     if (s.firefly.wfn && !g.last.empty()) write_wavefunction_atoms(s, g.last);
     log_geometry_and_orbitals(s, *listing, cards, g);
     draw_scene(s);
+    s.tk.WindowOutStatusBar(status_message_field, "Firefly finished");
     if (run_type == 2) optimisation_verdict(s, g);
     else energy_report(s, *listing);
 }
