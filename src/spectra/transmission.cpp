@@ -100,6 +100,8 @@ std::vector<double> transmission_bands(const std::vector<Stick>& sticks, double 
 }
 
 std::vector<double> transmission_heights(const std::vector<double>& bands) {
+    if (bands.size() < static_cast<std::size_t>(kFirstPoint + kTransmissionPoints))
+        return std::vector<double>(kTransmissionPoints, 0.2);
     const auto first = bands.begin() + kFirstPoint, last = first + kTransmissionPoints;
     const double ymax = *std::max_element(first, last);
     std::vector<double> t;
