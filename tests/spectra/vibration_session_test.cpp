@@ -58,7 +58,7 @@ TEST(FireflySpectra, ModesMovieAndBothPlots) {
     EXPECT_FALSE(file_present(keep + "/MV99.INS"));
     EXPECT_NE(read_file(dir + "/MV01.INS"), read_file(dir + "/MV10.INS"));
     EXPECT_TRUE(t.s.flags.movie_made);
-    // The IR plot: its files, the clipboard and the designed message.
+    // The IR plot: its files, the clipboard and the closing message.
     EXPECT_TRUE(box_says(t, "The spectrum has been copied to the clipboard\rand written to empty_ir.hgl and "
                             "empty_ir.png,\rempty_IR.lst and empty.geo contain original and corr. peaks."));
     EXPECT_TRUE(box_says(t, "and written to empty_ra.hgl and empty_ra.png\r"));
