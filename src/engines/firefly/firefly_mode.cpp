@@ -157,6 +157,8 @@ void add_to_firefly_queue(Session& s) {
     // The queued run must not find the engine's files of an earlier one.
     files::remove("punch");
     files::remove("dictnry*.*");
+    // The deck's path as it is on disk (a Linux path keeps its case); the
+    // queue compares its records without regard to case all the same.
     const int added = add_to_queue(firefly_queue_file(s), files::current_dir() + "/" + files::resolve(deck));
     if (added < 0) message(s, "Cannot write the queue " + firefly_queue_file(s));
     else s.tk.WMessageBox(kButtonsOk, MessageIcon::Information, 1, s.job.name + ".inp Added to Q", "Firefly");
