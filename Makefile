@@ -3,7 +3,7 @@
 #            xvfb-run), then the test programs again under AddressSanitizer+UBSan
 PACKAGES := cmake g++ make ccache libgtest-dev libgmock-dev libbenchmark-dev \
             qt6-base-dev qt6-charts-dev libqt6opengl6-dev libgl-dev libglu1-mesa-dev libgl1-mesa-dri \
-            xvfb xauth mopac zlib1g-dev
+            xvfb xauth mopac dos2unix zlib1g-dev
 BUILD := build
 ASAN_BUILD := build-asan
 JOBS ?= 2

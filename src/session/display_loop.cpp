@@ -21,6 +21,7 @@
 #include "analysis/point_group_command.h"
 #include "analysis/unique_names.h"
 #include "building/build_mode.h"
+#include "engines/firefly/firefly_mode.h"
 #include "engines/mopac/mopac_mode.h"
 #include "engines/tinker/tinker_mode.h"
 #include "toolkit/files.h"
@@ -204,7 +205,14 @@ bool dispatch(Session& s, const Event& e) {
             }
             loop_start(s);
             break;
-        case 15: mode_not_here(s, "Firefly mode"); break;
+        case 15:
+            firefly_mode(s);
+            if (s.flags.quit_requested) {
+                close_path(s);
+                return false;
+            }
+            loop_start(s);
+            break;
         case 26: show_current_job(s); break;
         case 29: align_to_symmetry(s); break;
         case 31: point_group_command(s); break;

@@ -17,6 +17,8 @@ const std::vector<std::string>& job_file_endings() {
         ".xyz_2", ".arc", ".dyn", ".bak",
         // MOPAC
         ".inp", ".mop", ".out", ".lst", ".mgf", ".mpf", ".rat", ".mat", "_mo.pdb", "_ir.lst",
+        // Firefly and the drawn spectra
+        ".pun", ".kew", ".wfn", "_d.bat", "_d.inp", "_ra.lst", "_ir.hgl", "_ir.png", "_ra.hgl", "_ra.png",
         // left by engines the Purge command clears
         ".engrad", ".gbw", ".ino", ".opt", "_trj.xyz", ".molden.input", "_orca.pdb"};
     return endings;

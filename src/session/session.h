@@ -81,6 +81,38 @@ struct TinkerSettings {
     float tk_vib_number = 0.0f;
 };
 
+// Firefly mode's choices: the input dialog's values, the orbital-plot
+// numbers and the number of cores, kept for the session so that the next
+// visit starts from the last deck's settings.
+struct FireflySettings {
+    int scf_type = 1;               // 1 RHF, 2 UHF, 3 GVB
+    int run_type = 1;               // 1 Ener, 2 Opt, 3 Hessian, 4 Raman
+    int method = 6;                 // 1..5 MINI MIDI MNDO AM1 PM3, 6 3-21G, 7 6-31G
+    int nd = 0, np = 0;             // d and p polarisation sets
+    float opt_tol = 0.0001f;
+    int maxit = 500;
+    int max_steps = 500;
+    int time_limit = 60000;
+    int memory_mwords = 5;          // shown in the dialog only: the deck's memory is fixed
+    int charge = 0;
+    int multiplicity = 1;
+    bool chelpg = false;
+    bool bond_rotation = false;
+    int plot = 0;                   // 0 none, 1 density, 2 orbital
+    bool dft = false;
+    bool disp = false;
+    bool nbo = false;
+    bool wfn = false;
+    bool zmat = false;
+    bool lpun = false;
+    bool gq2 = false;
+    bool charges_box = false;       // shown in the dialog only
+    float cores = 1.0f;             // physical cores, rounded when read
+    int plot_orbital = 0;           // the two numbers of an orbital plot
+    int plot_homo = 0;
+    int grid_steps = 64;
+};
+
 // 48 colour entries (1-based) and the 32 steps of the charge scale.
 struct Palette {
     std::array<float, 49> r{}, g{}, b{};
@@ -183,6 +215,7 @@ struct Session {
     EngineConfig engines;
     Options opt;
     TinkerSettings tinker;
+    FireflySettings firefly;
     Palette palette;
     Flags flags;
     StartWords words;

@@ -240,6 +240,12 @@ void ScriptedToolkit::close_plot() {
     note("plot window \"" + plot().title + "\" closed with " + std::to_string(plot().items.size()) + " items");
 }
 
+bool ScriptedToolkit::copy_image_to_clipboard(const Image& image) {
+    clipboard_ = image;
+    note("clipboard image " + std::to_string(image.width) + "x" + std::to_string(image.height));
+    return true;
+}
+
 void ScriptedToolkit::show_chart(const Chart& chart) {
     chart_ = chart;
     note("chart \"" + chart.title + "\" with " + std::to_string(chart.points.size()) + " points");

@@ -60,6 +60,8 @@ public:
     void edit_text_file(const std::string& path) override { note("editor: " + path); }
     void show_text(const std::string& title, const std::string&) override { note("viewer: " + title); }
     void show_chart(const Chart& chart) override;
+    // Recorded as "clipboard image WxH"; the picture is kept.
+    bool copy_image_to_clipboard(const Image& image) override;
     // Answered by "print ok" or "print cancel"; cancelled when the script
     // has no answer, as every chooser is.
     bool print_chart(const Chart& chart) override;
@@ -77,6 +79,8 @@ public:
     // The chart shown last, and how many charts went to the printer.
     const std::optional<Chart>& last_chart() const { return chart_; }
     int charts_printed() const { return charts_printed_; }
+    // The picture put on the clipboard last.
+    const std::optional<Image>& clipboard_image() const { return clipboard_; }
 
 protected:
     int show_dialog(DialogModel& dialog, int type) override;
@@ -102,6 +106,7 @@ private:
     std::vector<int> dialogs_shown_;
     std::optional<Chart> chart_;
     int charts_printed_ = 0;
+    std::optional<Image> clipboard_;
     std::vector<std::pair<int, std::string>> menu_strings_;
     std::string title_;
     int width_ = 800, height_ = 600;

@@ -63,6 +63,7 @@ void Toolkit::IGrCharOut(double x, double y, const std::string& text) {
 
 std::string filter_string(int filter_id) {
     if (filter_id == 20001) return "Zentol file .XYZ|*.XYZ|";
+    if (filter_id == kFilterFireflyPunch) return "Firefly PUN file|*.pun|";
     return "All files|*|";
 }
 

@@ -106,6 +106,11 @@ public:
     // and .png here, .jpg where the toolkit has image writers). quality is
     // for JPEG, -1 for the writer's default.
     virtual bool save_image(const Image& image, const std::string& path, int quality);
+    // Puts a picture on the system clipboard; false when there is none.
+    virtual bool copy_image_to_clipboard(const Image& image) {
+        (void)image;
+        return false;
+    }
 
     // A chart in a window of its own, which stays up until the next chart
     // replaces it or the program closes its windows.
@@ -153,6 +158,9 @@ private:
     std::map<int, std::unique_ptr<DialogModel>> loaded_;
     int selected_ = 0;
 };
+
+// The chooser filter of Firefly punch files.
+inline constexpr int kFilterFireflyPunch = 20016;
 
 // Filter strings of the file chooser, by number.
 std::string filter_string(int filter_id);

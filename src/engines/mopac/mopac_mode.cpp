@@ -7,6 +7,7 @@
 #include "display/view.h"
 #include "engines/mopac/mopac_listing.h"
 #include "engines/mopac/mopac_plot.h"
+#include "engines/mopac/mopac_vibrations.h"
 #include "engines/mode_loop.h"
 #include "engines/runner.h"
 #include "engines/tinker/atom_charges.h"
@@ -232,8 +233,8 @@ Next dispatch(Session& s, MopacState& m, int command) {
             mopac_plot(s, m);
             if (s.flags.plot_exit) return Next::Leave;
             break;
-        case 11:
-        case 12: s.tk.WindowOutStatusBar(status_message_field, "Not available in this version"); break;
+        case 11: mopac_animate_vibrations(s); break;
+        case 12: mopac_ir_spectrum(s); break;
         case 13:
             s.flags.view_action = 10;
             prepare_display(s);

@@ -58,6 +58,7 @@ public:
     void edit_text_file(const std::string& path) override;
     void show_text(const std::string& title, const std::string& text) override;
     bool save_image(const Image& image, const std::string& path, int quality) override;
+    bool copy_image_to_clipboard(const Image& image) override;
     std::optional<std::string> http_get(const std::string& url, int timeout_ms) override;
     void show_chart(const Chart& chart) override;
     bool print_chart(const Chart& chart) override;

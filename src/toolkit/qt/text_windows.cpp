@@ -1,11 +1,13 @@
 // The toolkit's own text editor and text viewer, the plot window, picture
 // writing through Qt's image writers, and the update fetch through Qt Network.
 #include <QBuffer>
+#include <QClipboard>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QEventLoop>
 #include <QFile>
 #include <QFontDatabase>
+#include <QGuiApplication>
 #include <QImage>
 #include <QMessageBox>
 #include <QNetworkAccessManager>
@@ -102,6 +104,15 @@ bool QtToolkit::save_image(const Image& image, const std::string& path, int qual
     buffer.open(QIODevice::WriteOnly);
     if (!q.save(&buffer, format, quality)) return false;
     return files::write_atomic(path, std::string(bytes.constData(), static_cast<std::size_t>(bytes.size())));
+}
+
+bool QtToolkit::copy_image_to_clipboard(const Image& image) {
+    QClipboard* clipboard = QGuiApplication::clipboard();
+    if (!clipboard || image.rgb.empty()) return false;
+    // The clipboard keeps its own copy: the picture's buffer goes away.
+    QImage q(image.rgb.data(), image.width, image.height, image.width * 3, QImage::Format_RGB888);
+    clipboard->setImage(q.copy());
+    return true;
 }
 
 std::optional<std::string> QtToolkit::http_get(const std::string& url, int timeout_ms) {

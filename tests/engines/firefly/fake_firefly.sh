@@ -1,0 +1,22 @@
+#!/bin/sh
+# A stand-in for Firefly that replays a recorded run.
+#   fake_firefly.sh -i job.inp -o job.lst [-np N]
+# The listing comes from FAKE_FIREFLY_LST and the punch file, written as
+# PUNCH, from FAKE_FIREFLY_PUN; either may be unset. The deck it was given
+# is kept as deck.seen and its words as args.seen; every run adds a line
+# to runs.seen.
+echo "$*" > args.seen
+echo run >> runs.seen
+in=""
+out=""
+while [ $# -gt 0 ]; do
+    case "$1" in
+        -i) in=$2; shift ;;
+        -o) out=$2; shift ;;
+    esac
+    shift
+done
+[ -n "$in" ] && cp "$in" deck.seen
+[ -n "$FAKE_FIREFLY_LST" ] && [ -n "$out" ] && cp "$FAKE_FIREFLY_LST" "$out"
+[ -n "$FAKE_FIREFLY_PUN" ] && cp "$FAKE_FIREFLY_PUN" PUNCH
+exit 0

@@ -1,0 +1,73 @@
+// The DGrid batch and deck for a Firefly wavefunction, with the installed
+// DGrid versions and the converters as fake programs.
+#include "wavefunction/dgrid.h"
+
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+#include "session/openers.h"
+#include "session/session.h"
+#include "support/test_support.h"
+#include "toolkit/files.h"
+
+using namespace zentol;
+using namespace zentol::testing;
+
+namespace {
+
+// An executable script in the test's directory.
+std::string program(TestSession& t, const std::string& name, const std::string& body) {
+    const std::string path = t.dir / name;
+    write_file(path, "#!/bin/sh\n" + body);
+    std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+    return path;
+}
+
+// The converters of a test: elf_input_gen writes run_<job> with CRLF line
+// ends, which dos2unix (Debian's) turns into LF.
+void converters(TestSession& t) {
+    t.s.engines.values["elf_input_gen"] = program(t, "elf_input_gen", "printf 'dgrid %s\\r\\n' \"$1\" > run_$1\n");
+    t.s.engines.values["dos2unix"] = "dos2unix";
+}
+
+}  // namespace
+
+TEST(Dgrid, DeckIsTheFixedNonInteractiveRun) {
+    const auto deck = dgrid_deck("water");
+    ASSERT_EQ(deck.size(), 29u);
+    EXPECT_EQ(deck[0], "::water");
+    EXPECT_EQ(deck[1], ":--------------------------------------------------|");
+    EXPECT_EQ(deck[2], "wfn_1=water.gwf");
+    EXPECT_EQ(deck[8], "mesh=0.10 rho=0.001 parallel");
+    EXPECT_EQ(deck[14], "crop using field_1 0.0001");
+    EXPECT_EQ(deck[28], "DI_end");
+    EXPECT_EQ(dgrid_batch("/opt/dgrid-5.1", "water"), std::vector<std::string>{"'/opt/dgrid-5.1' 'water.wfn'"});
+}
+
+TEST(Dgrid, VersionFileAndConverters) {
+    if (on_path("dos2unix").empty()) GTEST_SKIP() << "no dos2unix";
+    struct Case {
+        bool v50, v51;
+    };
+    for (const Case c : {Case{true, false}, Case{true, true}, Case{false, false}}) {
+        SCOPED_TRACE(std::to_string(c.v50) + std::to_string(c.v51));
+        TestSession t;
+        converters(t);
+        t.s.engines.values["dgrid50"] = c.v50 ? program(t, "dgrid-5.0", "exit 0\n") : "";
+        t.s.engines.values["dgrid51"] = c.v51 ? program(t, "dgrid-5.1", "exit 0\n") : "";
+        // Without the wavefunction nothing at all happens.
+        EXPECT_FALSE(dgrid_prepare(t.s, "water"));
+        EXPECT_FALSE(file_present(t.scratch() + "/run_water"));
+        write_file(t.scratch() + "/water.wfn", "wavefunction\n");
+        EXPECT_TRUE(dgrid_prepare(t.s, "water"));
+        const std::string batch = read_file(t.scratch() + "/water_D.bat");
+        if (c.v51) EXPECT_NE(batch.find("dgrid-5.1' 'water.wfn'"), std::string::npos);
+        else if (c.v50) EXPECT_NE(batch.find("dgrid-5.0' 'water.wfn'"), std::string::npos);
+        else EXPECT_FALSE(file_present(t.scratch() + "/water_D.inp"));
+        EXPECT_EQ(file_present(t.scratch() + "/water_D.inp"), c.v50 || c.v51);
+        EXPECT_EQ(t.tk.message_boxes().size(), c.v50 || c.v51 ? 0u : 1u);
+        // The converters ran in every case.
+        EXPECT_EQ(read_file(t.scratch() + "/run_water"), "dgrid water\n");
+    }
+}
