@@ -26,6 +26,7 @@
 #include "engines/tinker/tinker_mode.h"
 #include "toolkit/files.h"
 #include "toolkit/toolkit.h"
+#include "wavefunction/multiwfn.h"
 
 namespace zentol {
 
@@ -224,7 +225,7 @@ bool dispatch(Session& s, const Event& e) {
         case 80: write_zmatrix_input(s); break;
         case 81: lewis_command(s); break;
         case 83: open_document(s, help_page(s, "periodic-table.html")); break;
-        case 84: mode_not_here(s, "MultiWFN"); break;
+        case 84: multiwfn_command(s); break;
         case 85:
             if (!orca_mode(s)) break;
             if (s.flags.quit_requested) {
