@@ -47,6 +47,7 @@ test: build
 bench: build
 	./$(BUILD)/bench/save_and_reload_bench
 	./$(BUILD)/bench/bond_perception_bench
+	./$(BUILD)/bench/orca_update_bench
 	xvfb-run -a ./$(BUILD)/bench/frame_bench
 
 clean:
