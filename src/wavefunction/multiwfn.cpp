@@ -217,6 +217,26 @@ void interactive(Session& s, const Run& r) {
     run_detached(s, "exec " + shell_line(terminal, {"-e", r.program, r.molden}));
 }
 
+// A Molden file of a molecule with core potentials gets the [Nval] section
+// Multiwfn needs. Without it Multiwfn stops at load time to warn of the
+// large net charge, its prompt takes the first answer of the file and every
+// later answer lands in the wrong menu; and the core atoms would count
+// their full nuclear charge. False when the file cannot be used.
+bool valence_electrons_told(Session& s, const Run& r) {
+    auto molden = files::read_text_lines(r.molden);
+    if (!molden) return false;
+    const auto section = valence_section(*molden, s.flags.total_charge);
+    if (!section) {
+        say(s, r.molden + " has core potentials of unknown size.\rAdd a [Nval] section (element and valence "
+                          "electrons, such as \"Y 11\") after its [Atoms] block.");
+        return false;
+    }
+    if (section->empty()) return true;
+    if (!files::write_lines(r.molden, with_valence_section(*molden, *section))) return false;
+    s.tk.WindowOutStatusBar(status_message_field, "[Nval] added to " + r.molden + " for the core potentials");
+    return true;
+}
+
 void open_manual(Session& s) {
     const std::string manual(text::trim(s.engines.get("multiwfn_manual")));
     if (manual.empty()) {
@@ -244,6 +264,7 @@ void multiwfn_action(Session& s, int action) {
         s.tk.WindowOutStatusBar(status_message_field, job_file(s, ".molden.input") + " missing: optimise in Orca first");
         return;
     }
+    if (!valence_electrons_told(s, r)) return;
     switch (action) {
         case 1: interactive(s, r); break;
         case 2: cubes_and_compositions(r); break;

@@ -1,5 +1,8 @@
 #include "wavefunction/multiwfn_answers.h"
 
+#include <algorithm>
+#include <cmath>
+
 #include "text/fixed_format.h"
 
 namespace zentol {
@@ -156,6 +159,80 @@ bool molden_unrestricted(const text::TextLines& molden) {
             return true;
     }
     return false;
+}
+
+namespace {
+
+// Core electrons of the def2 core potentials, which ORCA adds by itself to
+// a def2 basis from rubidium on; 0 where the def2 sets have none.
+int def2_core_electrons(long long z) {
+    if (z >= 37 && z <= 54) return 28;
+    if (z >= 55 && z <= 57) return 46;
+    if (z >= 58 && z <= 71) return 28;
+    if (z >= 72 && z <= 86) return 60;
+    return 0;
+}
+
+bool section_heading(std::string_view r, std::string_view name) { return text::starts_with_nocase(text::trim(r), name); }
+
+struct MoldenAtoms {
+    std::size_t end = 0;                                  // the record after the [Atoms] block
+    std::vector<std::pair<std::string, long long>> atoms; // symbol and nuclear charge
+};
+
+MoldenAtoms atoms_block(const text::TextLines& molden) {
+    // "Y    1  39          0.0000000000         0.0000000000         0.0000000000"
+    MoldenAtoms block;
+    std::size_t i = 0;
+    while (i < molden.size() && !section_heading(molden[i], "[Atoms]")) ++i;
+    for (++i; i < molden.size() && text::trim(molden[i]).substr(0, 1) != "["; ++i) {
+        std::string_view r = text::trim(molden[i]);
+        const std::size_t blank = r.find(' ');
+        if (blank == std::string_view::npos) continue;
+        auto numbers = text::read_ints(r.substr(blank), 2);
+        if (numbers && numbers->size() == 2) block.atoms.emplace_back(std::string(r.substr(0, blank)), (*numbers)[1]);
+    }
+    block.end = i;
+    return block;
+}
+
+}  // namespace
+
+std::optional<std::vector<std::string>> valence_section(const text::TextLines& molden, int charge) {
+    // Multiwfn reads [Nval] in the first 500 records only.
+    for (std::size_t i = 0; i < molden.size() && i < 500; ++i)
+        if (section_heading(molden[i], "[Nval]")) return std::vector<std::string>{};
+    double electrons = 0;
+    for (std::string_view r : molden) {
+        const std::string_view t = text::trim(r);
+        if (text::starts_with_nocase(t, "Occup=")) electrons += text::read_f(t.substr(6)).value_or(0);
+    }
+    const MoldenAtoms block = atoms_block(molden);
+    long long nuclear = 0, cores = 0;
+    std::vector<std::string> section{"[Nval]"}, listed;
+    for (const auto& [symbol, z] : block.atoms) {
+        nuclear += z;
+        const int core = def2_core_electrons(z);
+        cores += core;
+        if (core == 0 || std::find(listed.begin(), listed.end(), symbol) != listed.end()) continue;
+        listed.push_back(symbol);
+        section.push_back(symbol + " " + std::to_string(z - core));
+    }
+    // orca_2mkl writes the full nuclear charges; the electrons a core
+    // potential replaces are missing from the orbitals.
+    // Without an element of a def2 core there is nothing to tell.
+    if (cores == 0) return std::vector<std::string>{};
+    const long long missing = std::llround(static_cast<double>(nuclear - charge) - electrons);
+    if (missing <= 0) return std::vector<std::string>{};
+    if (missing != cores) return std::nullopt;
+    return section;
+}
+
+std::vector<std::string> with_valence_section(const text::TextLines& molden, const std::vector<std::string>& section) {
+    std::vector<std::string> lines = molden.strings();
+    const std::size_t at = std::min(atoms_block(molden).end, lines.size());
+    lines.insert(lines.begin() + static_cast<long>(at), section.begin(), section.end());
+    return lines;
 }
 
 }  // namespace zentol

@@ -53,4 +53,13 @@ std::optional<std::vector<std::string>> hirshfeld_charge_log(const text::TextLin
 // Whether a Molden file holds beta orbitals (an unrestricted wavefunction).
 bool molden_unrestricted(const text::TextLines& molden);
 
+// The [Nval] section a Molden file of a molecule with core potentials
+// needs before Multiwfn reads it: "[Nval]", then "Y 11" for each element
+// with a core. Empty when the file needs none (no core potential, or a
+// section there already); nullopt when the core sizes cannot be told.
+std::optional<std::vector<std::string>> valence_section(const text::TextLines& molden, int charge);
+
+// The file's records with the section put after its [Atoms] block.
+std::vector<std::string> with_valence_section(const text::TextLines& molden, const std::vector<std::string>& section);
+
 }  // namespace zentol

@@ -109,6 +109,22 @@ TEST(MultiwfnAnswers, HirshfeldChargesAndUnrestrictedFiles) {
     EXPECT_TRUE(molden_unrestricted(data("li2cation/job.molden.input")));
 }
 
+TEST(MultiwfnAnswers, CorePotentialsGetTheValenceSection) {
+    // orca_2mkl's file of a Y atom with the def2 core of 28 electrons.
+    const text::TextLines y = data("y_ecp/job.molden.input");
+    EXPECT_EQ(valence_section(y, 0), (Lines{"[Nval]", "Y 11"}));
+    const Lines edited = with_valence_section(y, {"[Nval]", "Y 11"});
+    ASSERT_EQ(edited.size(), y.size() + 2);
+    EXPECT_EQ(edited[5], "Y    1  39          0.0000000000         0.0000000000         0.0000000000 ");
+    EXPECT_EQ(edited[6], "[Nval]");
+    EXPECT_EQ(edited[8], "[GTO]");
+    // Once there, or without cores, nothing is added; a charge that does
+    // not fit the cores leaves their size unknown.
+    EXPECT_EQ(valence_section(text::TextLines::from_lines(edited), 0), Lines{});
+    EXPECT_EQ(valence_section(data("ch4/job.molden.input"), 0), Lines{});
+    EXPECT_FALSE(valence_section(y, -3).has_value());
+}
+
 TEST(MultiwfnActions, CubesCompositionsAndTheDOrbitalKey) {
     MultiwfnJob j;
     j.act(2, "4,5,6");
@@ -185,6 +201,20 @@ TEST(MultiwfnActions, AnOpenShellLobaRunSwitchesTheCompositionOff) {
     j.act(4);
     EXPECT_EQ(j.answers(1)[1], "-9");
     EXPECT_NE(read_file("loba.lst").find("The sum of oxidation states:     1"), std::string::npos);
+}
+
+TEST(MultiwfnActions, AMoldenFileWithCorePotentialsIsMadeReadable) {
+    MultiwfnJob j("y_ecp");
+    j.t.s.store.natoms = 1;
+    j.act(6);
+    EXPECT_EQ(files::read_lines("job.molden.input")->at(6), "[Nval]");
+    EXPECT_EQ(files::read_lines("job_chg.log")->at(1), "Y      0.000000");
+    // A charge that does not fit: said, and nothing runs.
+    MultiwfnJob k("y_ecp");
+    k.t.s.flags.total_charge = 2;
+    k.act(6);
+    EXPECT_EQ(k.runs(), 0);
+    EXPECT_NE(k.t.tk.message_boxes().back().find("[Nval]"), std::string::npos);
 }
 
 TEST(MultiwfnActions, WithoutTheProgramOrTheMoldenFileNothingRuns) {
