@@ -96,7 +96,8 @@ bool orca_new_input(Session& s, OrcaState& m) {
         return false;
     }
     s.tk.WindowOutStatusBar(status_message_field, deck + " written");
-    return button == 2;
+    // Run is button 3: the toolkit reads button 2 as Cancel.
+    return button == 3;
 }
 
 std::string orca_queue_file(const Session& s) { return queue_directory(s.job.scratch_dir, "orca") + "/qorca.txt"; }
@@ -147,7 +148,8 @@ void edit_job_file(Session& s, const std::string& name) {
         s.tk.WindowOutStatusBar(status_message_field, name + " not found");
         return;
     }
-    edit_file(s, files::current_dir() + "/" + files::resolve(name));
+    const std::string path = files::resolve(name);
+    edit_file(s, path.front() == '/' ? path : files::current_dir() + "/" + path);
 }
 
 void open_manual(Session& s) {

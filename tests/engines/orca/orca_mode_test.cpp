@@ -63,7 +63,7 @@ TEST(OrcaMode, AnOptimisationWithThePropertyFileReturnsItsGeometry) {
     FakeOrca::set("FAKE_ORCA_LST", test_data("orca/orca5.0_cl2_opt_numfreq_crlf.out"));
     FakeOrca::set("FAKE_ORCA_PROPERTY", test_data("orca/cl2_property.txt"));
     run_on_molecule(t, "orca/chlorine.xyz",
-                    "menu 40085\ndialog 104 ok 1101=2\nmenu 40002\ndialog 125 button:2 1049=1 1051=1\n"
+                    "menu 40085\ndialog 104 ok 1101=2\nmenu 40002\ndialog 125 button:3 1049=1 1051=1\n"
                     "msgbox yes\nmenu 40001\n");
     const std::string job = t.scratch() + "/chlorine";
     // The cores asked once and kept in the installation.
