@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include "session/session.h"
+#include "session/startup.h"
 #include "support/test_support.h"
 #include "toolkit/files.h"
 #include "wavefunction/multiwfn.h"
@@ -238,4 +239,24 @@ TEST(MultiwfnActions, WithoutTheProgramOrTheMoldenFileNothingRuns) {
     k.t.tk.load_script("dialog 127 ok 1050=1\n");
     multiwfn_command(k.t.s);
     EXPECT_NE(k.t.tk.message_boxes().back().find("\"multiwfn_manual\""), std::string::npos);
+}
+
+// The tool-bar command in a whole session: dialog 127, then the action.
+TEST(MultiwfnActions, TheToolBarCommandInASession) {
+    TestSession t;
+    t.s.engines.values["multiwfn"] = std::string(ZENTOL_TEST_DATA) + "/../wavefunction/fake_multiwfn.sh";
+    setenv("FAKE_MWFN_DATA", test_data("multiwfn/ch4").c_str(), 1);
+    write_file(t.scratch() + "/ch4.molden.input", read_file(test_data("multiwfn/ch4/job.molden.input")));
+    write_file(t.scratch() + "/ch4.xyz", "     5 ch4 chamul   0   1\n"
+                                         "     1  C     -1.375000    0.410714    0.000000     1     2     3     4     5\n"
+                                         "     2  H     -1.018345   -0.598096    0.000000     5     1\n"
+                                         "     3  H     -1.018327    0.915112    0.873652     5     1\n"
+                                         "     4  H     -1.018327    0.915112   -0.873652     5     1\n"
+                                         "     5  H     -2.445000    0.410727    0.000000     5     1\n");
+    write_file(t.s.inst.cfgset + "/dir1.def", t.scratch() + "\n");
+    t.tk.load_script("menu 40084\ndialog 127 ok 1048=1\n");
+    run_program(t.s, {"zentol", "ch4", "1"});
+    unsetenv("FAKE_MWFN_DATA");
+    EXPECT_EQ(files::read_lines(t.scratch() + "/ch4_chg.log")->size(), 6u);
+    EXPECT_TRUE(said(t, "dialog 114 shown"));
 }
