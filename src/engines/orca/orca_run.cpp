@@ -138,15 +138,19 @@ void orca_run(Session& s, OrcaState& m) {
     m.flags.geom_converged = false;
     const std::string deck = job_file(s, ".ino");
     if (!files::exists(deck)) return;
+    const std::string program = orca_program(s);
+    if (program.empty()) {
+        // Gone since the mode was entered: nothing is moved, nothing is run.
+        s.tk.WindowOutStatusBar(status_message_field, "ORCA is not installed: set \"orca\" in engines.def");
+        return;
+    }
     s.flags.view_action = 10;
     prepare_display(s);
     save_and_reload(s);
     files::remove(job_file(s, "_chg.log"));
     keep_structure_safe(s);
-    const std::string program = orca_program(s);
     s.tk.WindowOutStatusBar(status_message_field, "Orca running");
-    if (!program.empty())
-        run_blocking(s, shell_line(program, {files::resolve(deck)}, {"", job_file(s, ".lst")}));
+    run_blocking(s, shell_line(program, {files::resolve(deck)}, {"", job_file(s, ".lst")}));
     s.tk.WindowOutStatusBar(status_message_field, " ");
     const std::string saved = "old_" + job_file(s, ".xyz");
     if (!files::exists(job_file(s, ".lst"))) return;
