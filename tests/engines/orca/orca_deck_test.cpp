@@ -165,11 +165,3 @@ TEST(OrcaDeck, AnEmptyMoleculeClosesTheCoordinateBlockAtOnce) {
     EXPECT_EQ(lines[lines.size() - 2], " * xyz            0           1");
     EXPECT_EQ(lines.back(), " *");
 }
-
-TEST(OrcaDeck, TheCoresTemplateIsOneRightAlignedNumber) {
-    EXPECT_EQ(orca_cores_record(4), "    4");
-    EXPECT_EQ(read_orca_cores({"   12"}), 12);
-    EXPECT_EQ(read_orca_cores({"  6 cores"}), 6);
-    EXPECT_FALSE(read_orca_cores({}).has_value());
-    EXPECT_FALSE(read_orca_cores({"many"}).has_value());
-}

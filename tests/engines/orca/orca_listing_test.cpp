@@ -210,12 +210,6 @@ TEST(OrcaListing, FailedAndCutListingsKeepWhatTheyHold) {
     EXPECT_EQ(s.ir->size(), 3u + 10u);
 }
 
-TEST(OrcaListing, ProgramVersionsFromTheirBanners) {
-    EXPECT_EQ(orca_program_version("                         Program Version 6.0.1  -  RELEASE   -"), 6);
-    EXPECT_EQ(orca_program_version("                         Program Version 4.2.0 -  RELEASE  -"), 4);
-    EXPECT_FALSE(orca_program_version("Program Version 5.0.4").has_value());
-}
-
 TEST(OrcaListing, GeometriesFromThePropertyFileAndTheEnginesXyz) {
     auto h2 = property_geometry(listing("orca5.0_h2_property.txt"), 2);
     ASSERT_TRUE(h2 && h2->size() == 2);
