@@ -48,6 +48,7 @@ bench: build
 	./$(BUILD)/bench/save_and_reload_bench
 	./$(BUILD)/bench/bond_perception_bench
 	./$(BUILD)/bench/mopac_listing_bench
+	./$(BUILD)/bench/orca_update_bench
 	xvfb-run -a ./$(BUILD)/bench/frame_bench
 
 clean:

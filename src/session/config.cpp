@@ -43,7 +43,11 @@ std::string default_engines_def(const Installation& inst) {
            "# program (reads INPUT, writes output); mopac2016 the MOPAC of today.\n"
            "tinker_dir " + inst.root + "/exem\n"
            "mm3_params " + inst.root + "/exem/mm3\n"
-           "mopac6\nmopac2016 mopac\norca orca\nfirefly firefly\niconc iconc\nmultiwfn Multiwfn\n"
+           "mopac6\nmopac2016 mopac\n"
+           "# orca names ORCA by its full path (parallel runs need it); orca_pltvib and\n"
+           "# orca_2mkl default to the programs beside it. The manuals are documents.\n"
+           "orca orca\norca_pltvib\norca_2mkl\norca_manual\n"
+           "firefly firefly\niconc iconc\nmultiwfn Multiwfn\nmultiwfn_manual\nvmd\nchimerax\n"
            "symmol " + b + "symmol\nzmatgen " + b + "zmatgen\n"
            "zentol9 " + b + "zentol9\norbview " + b + "orbview\norbgrid " + b + "orbgrid\norbgrids " + b + "orbgrids\n"
            "tabview " + b + "tabview\nlauncher " + b + "brevan\n"
@@ -70,9 +74,10 @@ EngineConfig read_engines_def(const Installation& inst) {
 
 void prepare_installation(const Installation& inst) {
     for (const auto& dir : {inst.bin, inst.cfgset, inst.default_library, inst.default_scratch}) files::make_dirs(dir);
-    std::string shipped = inst.data_dir + "/cfgset";
-    for (const auto& name : files::list(shipped, "*")) {
-        if (!files::exists(inst.cfgset + "/" + name)) files::copy(shipped + "/" + name, inst.cfgset + "/" + name);
+    // Shipped files the user may change: copied only when missing.
+    for (const auto& [from, to] : {std::pair{inst.data_dir + "/cfgset", inst.cfgset}, std::pair{inst.data_dir + "/bin", inst.bin}}) {
+        for (const auto& name : files::list(from, "*"))
+            if (!files::exists(to + "/" + name)) files::copy(from + "/" + name, to + "/" + name);
     }
     std::string def = inst.cfgset + "/zentol.def";
     if (!files::exists(def)) files::write_atomic(def, zentol_def_text(inst.default_library, inst.default_scratch, 1));

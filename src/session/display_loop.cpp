@@ -23,9 +23,11 @@
 #include "building/build_mode.h"
 #include "engines/firefly/firefly_mode.h"
 #include "engines/mopac/mopac_mode.h"
+#include "engines/orca/orca_mode.h"
 #include "engines/tinker/tinker_mode.h"
 #include "toolkit/files.h"
 #include "toolkit/toolkit.h"
+#include "wavefunction/multiwfn.h"
 
 namespace zentol {
 
@@ -231,8 +233,15 @@ bool dispatch(Session& s, const Event& e) {
         case 80: write_zmatrix_input(s); break;
         case 81: lewis_command(s); break;
         case 83: open_document(s, help_page(s, "periodic-table.html")); break;
-        case 84: mode_not_here(s, "MultiWFN"); break;
-        case 85: mode_not_here(s, "ORCA mode"); break;
+        case 84: multiwfn_command(s); break;
+        case 85:
+            if (!orca_mode(s)) break;
+            if (s.flags.quit_requested) {
+                close_path(s);
+                return false;
+            }
+            loop_start(s);
+            break;
         case 86: open_command_window(s, ""); break;
         default:
             if (c >= 67 && c <= 76) open_recent_job(s, c - 66);
@@ -283,7 +292,8 @@ void display_loop(Session& s) {
             return;
         }
         // Commands that answer in field 9 leave their answer standing.
-        keep_message = command.command == 44 || command.command == 31 || command.command == 29;
+        keep_message = command.command == 44 || command.command == 31 || command.command == 29 ||
+                       command.command == 84 || command.command == 85;
         if (s.flags.exit_requested) {
             close_path(s);
             return;

@@ -19,6 +19,9 @@ const std::vector<std::string>& job_file_endings() {
         ".inp", ".mop", ".out", ".lst", ".mgf", ".mpf", ".rat", ".mat", "_mo.pdb", "_ir.lst",
         // Firefly and the drawn spectra
         ".pun", ".kew", ".wfn", "_d.bat", "_d.inp", "_ra.lst", "_ir.hgl", "_ir.png", "_ra.hgl", "_ra.png",
+        // ORCA, its spectra and Multiwfn
+        "_uv.lst", "_summary.lst", "_property.txt", ".hess", "_irspec.lst", "_raspec.lst", "_uvvis.lst",
+        "_raman.png", "_uvvis.png", ".chg",
         // left by engines the Purge command clears
         ".engrad", ".gbw", ".ino", ".opt", "_trj.xyz", ".molden.input", "_orca.pdb"};
     return endings;

@@ -207,6 +207,13 @@ struct BuildState {
     int extra_conn[10][2] = {};
 };
 
+// What the MultiWFN actions dialog keeps between its uses in a session.
+struct MultiwfnSettings {
+    int action = 1;
+    std::string orbital_list;
+    float mloba_threshold = 50.0f;
+};
+
 struct Session {
     Session(Toolkit& toolkit, Renderer& renderer) : tk(toolkit), renderer(renderer) {}
 
@@ -222,6 +229,7 @@ struct Session {
     Job job;
     ViewState view;
     BuildState build;
+    MultiwfnSettings multiwfn;
     Toolkit& tk;
     Renderer& renderer;
 };

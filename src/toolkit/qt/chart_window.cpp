@@ -36,20 +36,33 @@ void fill_chart(QChart* target, const Chart& chart) {
         target->removeAxis(axis);
         delete axis;
     }
-    target->setTitle(QString::fromStdString(chart.title));
+    QString title = QString::fromStdString(chart.title).toHtmlEscaped();
+    if (!chart.caption.empty())
+        title += "<br><small>" + QString::fromStdString(chart.caption).toHtmlEscaped() + "</small>";
+    target->setTitle(title);
     target->legend()->hide();
 
     auto* series = new QLineSeries;
-    series->setPointsVisible(true);
+    series->setPointsVisible(chart.markers);
     for (const ChartPoint& p : chart.points) series->append(p.x, p.y);
     target->addSeries(series);
 
     auto* x = new QValueAxis;
     x->setTitleText(QString::fromStdString(chart.x_title));
     set_range(x, chart.x_min, chart.x_max);
+    x->setReverse(chart.x_reversed);
+    if (chart.x_tick > 0) {
+        // Ticks on round numbers (500, 1000, ...) rather than spread evenly
+        // from the range's odd ends.
+        x->setTickType(QValueAxis::TicksDynamic);
+        x->setTickAnchor(0);
+        x->setTickInterval(chart.x_tick);
+        x->setLabelFormat("%.0f");
+    }
     auto* y = new QValueAxis;
     y->setTitleText(QString::fromStdString(chart.y_title));
     set_range(y, chart.y_min, chart.y_max);
+    y->setReverse(chart.y_reversed);
     target->addAxis(x, Qt::AlignBottom);
     target->addAxis(y, Qt::AlignLeft);
     series->attachAxis(x);

@@ -14,6 +14,10 @@
 
 #include <functional>
 
+#include "engines/orca/orca_listing.h"
+#include "spectra/chart_spectrum.h"
+#include "support/test_support.h"
+#include "toolkit/files.h"
 #include "toolkit/qt/qt_test_support.h"
 #include "toolkit/qt/qt_toolkit.h"
 
@@ -103,6 +107,41 @@ TEST(QtCharts, AChartShowsItsTitlesRangesAndPointsAndGoesToThePrinter) {
 
     tk.close_all();
     EXPECT_EQ(tk.chart_window(), nullptr);
+}
+
+// A spectrum of a real ORCA 6 listing: 1900 points with no markers, 4000
+// cm-1 on the left, the bands hanging down from 0 at the top. With
+// ZENTOL_SHOT_DIR set the window is saved there as a picture to look at.
+TEST(QtCharts, AnIrSpectrumRunsBackwardsOnBothAxes) {
+    auto listing = files::read_text_lines(testing::test_data("orca/orca6.0_dvb_raman.out"));
+    ASSERT_TRUE(listing.has_value());
+    OrcaFlags flags;
+    const OrcaScan scan = scan_orca_listing(*listing, 0, "dvb", flags);
+    ASSERT_TRUE(scan.ir.has_value());
+    const StickSpectrum spectrum = spread_sticks(text::TextLines::from_lines(*scan.ir), 0.97f, 1);
+    QtToolkit tk;
+    tk.show_chart(stick_chart(spectrum, "dvb", 1, 0.97f));
+    ASSERT_NE(tk.chart_window(), nullptr);
+    EXPECT_EQ(tk.chart_window()->windowTitle(), "dvb IR spectrum");
+    QChart* chart = tk.chart_window()->view()->chart();
+    EXPECT_TRUE(chart->title().startsWith("dvb IR spectrum<br><small>Scale factor 0.97"));
+    auto* series = qobject_cast<QLineSeries*>(chart->series().first());
+    ASSERT_NE(series, nullptr);
+    EXPECT_FALSE(series->pointsVisible());
+    EXPECT_EQ(series->count(), 1900);
+    QValueAxis* x = axis(chart, Qt::Horizontal);
+    QValueAxis* y = axis(chart, Qt::Vertical);
+    ASSERT_TRUE(x && y);
+    EXPECT_TRUE(x->isReverse());
+    EXPECT_TRUE(y->isReverse());
+    EXPECT_EQ(x->tickType(), QValueAxis::TicksDynamic);
+    EXPECT_DOUBLE_EQ(x->tickInterval(), 500);
+    EXPECT_EQ(x->titleText(), "Wavenumber 1/cm");
+    if (const char* dir = std::getenv("ZENTOL_SHOT_DIR")) {
+        QApplication::processEvents();
+        tk.chart_window()->grab().save(QString(dir) + "/ir_chart_window.png");
+    }
+    tk.close_all();
 }
 
 }  // namespace

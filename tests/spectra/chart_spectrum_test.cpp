@@ -1,0 +1,204 @@
+// The chart spectra: sticks on the grid and their spread, the UV band, the
+// tables, and the pictures and windows of the commands.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <filesystem>
+
+#include "display/image.h"
+#include "session/session.h"
+#include "spectra/chart_picture.h"
+#include "spectra/chart_spectrum.h"
+#include "structure_files/geo_log.h"
+#include "text/fixed_format.h"
+#include "support/test_support.h"
+#include "toolkit/files.h"
+
+using namespace zentol;
+using namespace zentol::testing;
+
+namespace {
+
+text::TextLines stick_file(const std::vector<std::string>& rows, const char* title = "  IR Spectrum") {
+    std::vector<std::string> lines{"", title, "  freq.cm**-1  Int."};
+    lines.insert(lines.end(), rows.begin(), rows.end());
+    lines.emplace_back("  END");
+    return text::TextLines::from_lines(lines);
+}
+
+bool blue(const Image& image, int x, int y) {
+    const auto p = pixel(image, x, y);
+    return p[2] > 200 && p[0] < 80 && p[1] < 80;
+}
+
+// Whether the trace passes through a column of the picture between two
+// heights (pixel rows from the top).
+bool trace_in_column(const Image& image, int x, int top, int bottom) {
+    for (int y = top; y <= bottom; ++y)
+        for (int dx = -1; dx <= 1; ++dx)
+            if (blue(image, x + dx, y)) return true;
+    return false;
+}
+
+int px(const Chart& c, double x) { return static_cast<int>(std::lround(chart_plot_x(c, x) * 80.0)); }
+int py(const Chart& c, double y) { return static_cast<int>(std::lround((kChartUnitsHigh - chart_plot_y(c, y)) * 80.0)); }
+
+}  // namespace
+
+TEST(ChartSpectrum, AScaledStickLandsOnTheNearestGridPointAndSpreads) {
+    const StickSpectrum s = spread_sticks(stick_file({"  1000.70       12.00000    7"}), 0.97f, 1);
+    ASSERT_FALSE(s.abandoned);
+    const int i = nearest_ir_point(1000.7 * 0.97f);
+    EXPECT_DOUBLE_EQ(ir_grid_wave(i), 970.0);
+    EXPECT_EQ(s.strongest, i);
+    EXPECT_DOUBLE_EQ(s.band[i], 12.0);
+    const double fractions[] = {0.9, 0.5, 0.3, 0.15, 0.1, 0.05};
+    for (int k = 1; k <= 6; ++k) {
+        EXPECT_DOUBLE_EQ(s.band[i - k], fractions[k - 1] * 12.0);
+        EXPECT_DOUBLE_EQ(s.band[i + k], fractions[k - 1] * 12.0);
+    }
+    EXPECT_DOUBLE_EQ(s.band[i + 7], 0.0);
+    // What the GEO log receives.
+    ASSERT_EQ(s.geo_lines.size(), 6u);
+    EXPECT_EQ(s.geo_lines[1], " IR Spectrum");
+    EXPECT_EQ(s.geo_lines[2].rfind(" frequency scale factor", 0), 0u);
+    EXPECT_NEAR(text::read_f(s.geo_lines[2].substr(23)).value_or(0), 0.97, 1e-6);
+    EXPECT_EQ(s.geo_lines[3], " freq.cm**-1  Int.");
+    EXPECT_EQ(s.geo_lines[4], "   970.68  12.00000");
+    EXPECT_EQ(s.geo_lines[5], "");
+}
+
+TEST(ChartSpectrum, ALaterStickOverwritesTheTailOfAnEarlierOne) {
+    // 4 cm-1 apart: two grid points.
+    const StickSpectrum s = spread_sticks(stick_file({"  1000.00       10.00000", "  1004.00        2.00000"}), 1.0f, 1);
+    const int first = nearest_ir_point(1000.0), second = nearest_ir_point(1004.0);
+    ASSERT_EQ(second - first, 2);
+    // The second adds to the first's tail (0.5 of 10) and its own table
+    // then overwrites the first's centre with 0.5 of the sum.
+    EXPECT_DOUBLE_EQ(s.band[second], 5.0 + 2.0);
+    EXPECT_DOUBLE_EQ(s.band[first], 0.5 * 7.0);
+    EXPECT_DOUBLE_EQ(s.band[first - 1], 0.3 * 7.0);
+    // The first stick was the strongest and keeps the scale.
+    EXPECT_EQ(s.strongest, first);
+
+    // Sticks near the low end have no tails; one above 4000 lands on the last point.
+    const StickSpectrum low = spread_sticks(stick_file({"   205.00        3.00000", "  4400.00        1.00000"}), 1.0f, 2);
+    EXPECT_DOUBLE_EQ(low.band[2], 3.0);
+    EXPECT_DOUBLE_EQ(low.band[1], 0.0);
+    EXPECT_DOUBLE_EQ(low.band[3], 0.0);
+    EXPECT_DOUBLE_EQ(low.band[kIrGridPoints], 1.0);
+    EXPECT_EQ(low.geo_lines[1], " Raman Spectrum");
+}
+
+TEST(ChartSpectrum, ANegativeFrequencyAbandonsThePlotAndAnEmptyListIsFlat) {
+    const StickSpectrum s =
+        spread_sticks(stick_file({"   500.00        1.00000", "  -120.00        3.00000", "   900.00        1.00000"}), 1.0f, 1);
+    EXPECT_TRUE(s.abandoned);
+    EXPECT_EQ(s.geo_lines.size(), 5u);   // the heading and the stick before it
+
+    const StickSpectrum empty = spread_sticks(stick_file({}), 1.0f, 1);
+    EXPECT_FALSE(empty.abandoned);
+    EXPECT_EQ(empty.strongest, 1);
+    for (double v : empty.band) EXPECT_EQ(v, 0.0);
+    // A file cut before its rows is an empty list too.
+    EXPECT_FALSE(spread_sticks(text::TextLines::from_lines({"", "  IR Spectrum"}), 1.0f, 1).abandoned);
+}
+
+TEST(ChartSpectrum, UvTransitionsAccumulateAGaussianBand) {
+    const auto& w = uv_band_shape();
+    EXPECT_DOUBLE_EQ(w[20], 1.0);
+    EXPECT_DOUBLE_EQ(w[1], std::exp(-0.005 * 38 * 38));
+    EXPECT_DOUBLE_EQ(w[40], std::exp(-0.005 * 40 * 40));
+
+    const UvSpectrum s = spread_transitions(
+        text::TextLines::from_lines({"  300.0        0.50000", "  300.0        0.50000", "  101.0        2.00000", "  END"}));
+    const int k = nearest_uv_point(300.0);
+    EXPECT_DOUBLE_EQ(uv_grid_wave(k), 300.0);
+    EXPECT_DOUBLE_EQ(s.absorbance[k], 1.0);
+    EXPECT_DOUBLE_EQ(s.absorbance[k - 1], w[19]);
+    // At 101 nm the band starts at point 1; its lower half falls off the grid.
+    EXPECT_EQ(nearest_uv_point(101.0), 1);
+    EXPECT_DOUBLE_EQ(s.absorbance[1], 2.0 * w[20]);
+    EXPECT_EQ(s.strongest, 1);
+
+    const auto table = absorbance_table(s);
+    ASSERT_EQ(table.size(), 350u);
+    EXPECT_EQ(table[0], "   102.  2.0000");
+    EXPECT_EQ(table[k - 1], "   300.  1.0000");
+    EXPECT_EQ(table[349], "   800.  0.0000");
+}
+
+TEST(ChartSpectrum, TheChartRunsFrom4000DownwardsWithBandsHangingFromTheTop) {
+    const StickSpectrum s = spread_sticks(stick_file({"  1600.00       40.00000", "  3000.00       10.00000"}), 1.0f, 1);
+    const Chart c = stick_chart(s, "water", 1, 0.97f);
+    EXPECT_EQ(c.title, "water IR spectrum");
+    EXPECT_EQ(c.caption, "Scale factor 0.97");
+    EXPECT_EQ(c.x_title, "Wavenumber 1/cm");
+    EXPECT_EQ(c.y_title, "Intensity");
+    EXPECT_TRUE(c.x_reversed && c.y_reversed);
+    EXPECT_FALSE(c.markers);
+    EXPECT_EQ(c.points.size(), 1900u);
+    EXPECT_DOUBLE_EQ(c.x_min, 202);
+    EXPECT_DOUBLE_EQ(c.x_max, 4000);
+    EXPECT_DOUBLE_EQ(c.y_max, 40.0);
+    EXPECT_EQ(stick_chart(s, "water", 2, 1.0f).title, "water Raman spectrum");
+
+    const auto table = band_table(s);
+    ASSERT_EQ(table.size(), 1900u);
+    EXPECT_EQ(table[0], "    202.  0.00000000");
+    EXPECT_EQ(table[nearest_ir_point(1600) - 1], "   1600. 40.00000000");
+
+    // The picture: the strong band reaches the bottom of the graph, the
+    // baseline elsewhere runs along the top.
+    const Image image = chart_picture(c);
+    ASSERT_EQ(image.width, kChartPictureWidth);
+    EXPECT_TRUE(trace_in_column(image, px(c, 1600), py(c, 40.0) - 3, py(c, 40.0) + 3));
+    EXPECT_TRUE(trace_in_column(image, px(c, 2500), py(c, 0.0) - 3, py(c, 0.0) + 3));
+    EXPECT_FALSE(trace_in_column(image, px(c, 2500), py(c, 20.0), py(c, 40.0)));
+    EXPECT_LT(px(c, 3000), px(c, 1600));
+}
+
+// The commands in a session: files, GEO log, the chart on the screen.
+TEST(ChartSpectrum, PlotsWriteTheirPicturesTablesAndLogLines) {
+    TestSession t;
+    t.s.job.name = "dvb";
+    open_job_log(t.s, false, " Zentol dvb");
+    files::write_lines("dvb_ir.lst", {"", "  IR Spectrum", "  freq.cm**-1  Int.", "   950.60       37.06000   10",
+                                      "  2778.45     2425.16000   11", "  END"});
+    plot_spectrum(t.s, 0.97f, 1);
+    ASSERT_TRUE(t.tk.last_chart().has_value());
+    EXPECT_EQ(t.tk.last_chart()->title, "dvb IR spectrum");
+    EXPECT_EQ(files::read_lines("dvb_irspec.lst")->size(), 1900u);
+    auto png = decode_png(read_file(t.scratch() + "/dvb_ir.png"));
+    ASSERT_TRUE(png.has_value());
+    const Chart& c = *t.tk.last_chart();
+    EXPECT_TRUE(trace_in_column(*png, px(c, 2778.45 * 0.97), py(c, c.y_max) - 3, py(c, c.y_max) + 3));
+    const std::string geo = read_file(t.scratch() + "/dvb.geo");
+    EXPECT_NE(geo.find(" IR Spectrum\n frequency scale factor"), std::string::npos);
+    // Fixed fields: a wide intensity runs into the frequency.
+    EXPECT_NE(geo.find("  2695.102425.16000\n"), std::string::npos);
+
+    // An imaginary mode: the log keeps its heading, nothing else is written.
+    files::write_lines("dvb_ra.lst", {"", "  Raman Spectrum", "  freq.cm**-1  Int.", "  -388.51        1.00000    6", "  END"});
+    plot_spectrum(t.s, 1.0f, 2);
+    EXPECT_FALSE(files::exists("dvb_raman.png"));
+    EXPECT_FALSE(files::exists("dvb_raspec.lst"));
+    EXPECT_NE(read_file(t.scratch() + "/dvb.geo").find(" Raman Spectrum"), std::string::npos);
+
+    files::write_lines("dvb_uv.lst", {"  231.7        0.04293", "  216.7        8.31192", "  END"});
+    plot_uv(t.s);
+    EXPECT_EQ(t.tk.last_chart()->title, "dvb UV-visible spectrum");
+    EXPECT_EQ(t.tk.last_chart()->x_title, "Wavlength nm");
+    EXPECT_EQ(files::read_lines("dvb_uvvis.lst")->size(), 350u);
+    png = decode_png(read_file(t.scratch() + "/dvb_uvvis.png"));
+    ASSERT_TRUE(png.has_value());
+    const Chart& uv = *t.tk.last_chart();
+    EXPECT_TRUE(trace_in_column(*png, px(uv, 216), py(uv, uv.y_max) - 3, py(uv, uv.y_max) + 3));
+    close_job_log(t.s);
+
+    // No stick file: nothing at all.
+    files::remove("dvb_ir.lst");
+    files::remove("dvb_ir.png");
+    plot_spectrum(t.s, 1.0f, 1);
+    EXPECT_FALSE(files::exists("dvb_ir.png"));
+}

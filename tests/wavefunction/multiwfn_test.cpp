@@ -1,0 +1,262 @@
+// The Multiwfn actions: their answer files as Multiwfn takes them, and the
+// actions run by a fake Multiwfn that replays recorded runs (CH4, Li2+,
+// Ni(CO)4 from Multiwfn 3.8).
+#include <cstdlib>
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+#include "session/session.h"
+#include "session/startup.h"
+#include "support/test_support.h"
+#include "toolkit/files.h"
+#include "wavefunction/multiwfn.h"
+#include "wavefunction/multiwfn_answers.h"
+
+using namespace zentol;
+using namespace zentol::testing;
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+text::TextLines data(const std::string& name) {
+    auto lines = files::read_text_lines(test_data("multiwfn/" + name));
+    EXPECT_TRUE(lines.has_value()) << name;
+    return lines.value_or(text::TextLines{});
+}
+
+// A CH4 job in the scratch folder with its Molden file, the fake Multiwfn
+// replaying the runs of `molecule`.
+struct MultiwfnJob {
+    explicit MultiwfnJob(const std::string& molecule = "ch4") {
+        const std::string fake = std::string(ZENTOL_TEST_DATA) + "/../wavefunction/fake_multiwfn.sh";
+        t.s.engines.values["multiwfn"] = fake;
+        t.s.engines.values["editor"] = "";
+        setenv("FAKE_MWFN_DATA", test_data("multiwfn/" + molecule).c_str(), 1);
+        t.s.job.name = "job";
+        t.s.store.natoms = 5;
+        std::filesystem::copy_file(test_data("multiwfn/" + molecule + "/job.molden.input"),
+                                   t.scratch() + "/job.molden.input");
+    }
+    ~MultiwfnJob() { unsetenv("FAKE_MWFN_DATA"); }
+    // The answers the fake was given in its n-th run.
+    Lines answers(int n) const { return files::read_lines("answers." + std::to_string(n)).value_or(Lines{}); }
+    int runs() const {
+        int n = 0;
+        while (files::exists("answers." + std::to_string(n + 1))) ++n;
+        return n;
+    }
+    void act(int action, const std::string& list = "", float threshold = 50.0f) {
+        t.s.multiwfn.orbital_list = list;
+        t.s.multiwfn.mloba_threshold = threshold;
+        multiwfn_action(t.s, action);
+    }
+    TestSession t;
+};
+
+bool said(const TestSession& t, const std::string& part) {
+    for (const auto& line : t.tk.transcript())
+        if (line.find(part) != std::string::npos) return true;
+    return false;
+}
+
+}  // namespace
+
+TEST(MultiwfnAnswers, TheAnswerFilesAsMultiwfnTakesThem) {
+    EXPECT_EQ(cube_answers("4,5,6").lines(), (Lines{"200", "3", "4,5,6", "3", "1", "0", "q"}));
+    EXPECT_EQ(orbital_answers(4).lines(), (Lines{"8", "1", "004"}));
+    EXPECT_EQ(orbital_stem(7), "007");
+    EXPECT_EQ(orbital_stem(123), "123");
+    EXPECT_EQ(composition_answers({4, 5, 6}).lines(), (Lines{"8", "1", "  4", "  5", "  6", "q"}));
+    EXPECT_EQ(topmod_first_answers().lines(), (Lines{"17", "1", "9", "2", "12", "-10", "q"}));
+    EXPECT_EQ(loba_answers(50.0, false).lines(), (Lines{"19", "1", "8", "100", "50.000", "m", "0", "-10", "q"}));
+    EXPECT_EQ(loba_answers(10.0, true).lines(),
+              (Lines{"19", "-9", "0", "1", "8", "100", "10.000", "m", "0", "-10", "q"}));
+    EXPECT_EQ(esp_answers().lines(), (Lines{"12", "0", "6", "-1", "-1", "q"}));
+    EXPECT_EQ(hirshfeld_answers().lines(), (Lines{"7", "1", "1", "y", "0", "q"}));
+    EXPECT_EQ(spin_density_answers().lines(), (Lines{"5", "5", "3", "2", "0", "q"}));
+    EXPECT_EQ(d_orbital_key().size(), 6u);
+
+    EXPECT_EQ(parse_orbital_list("4,5,6"), (std::vector<int>{4, 5, 6}));
+    EXPECT_EQ(parse_orbital_list(" 41, 43-45 "), (std::vector<int>{41, 43, 44, 45}));
+    EXPECT_FALSE(parse_orbital_list("HOMO").has_value());
+    EXPECT_FALSE(parse_orbital_list("6-4").has_value());
+    EXPECT_FALSE(parse_orbital_list(",").has_value());
+}
+
+TEST(MultiwfnAnswers, BasinListsPickTheSecondRunsRecords) {
+    // CH4: a core and 2-synaptic basins only.
+    BasinLists ch4 = read_basin_lists(data("ch4/topmod.lst"));
+    EXPECT_EQ(ch4.core, "4");
+    EXPECT_FALSE(ch4.one_found);
+    EXPECT_EQ(topmod_second_answers(ch4).lines(), (Lines{"17", "1", "9", "2", "12", "-5", "b", "4", "1-3,5"}));
+    // Ni(CO)4: both kinds.
+    const BasinLists nico4 = read_basin_lists(data("nico4/topmod.lst"));
+    EXPECT_EQ(topmod_second_answers(nico4).lines(),
+              (Lines{"17", "1", "9", "2", "12", "-5", "b", "1,4,7,8,15,16,21,22", "2,3,5,6,9,10,13,14"}));
+    BasinLists only_one{"6-12", "1-5,13", "", true, false};
+    EXPECT_EQ(topmod_second_answers(only_one).lines().back(), "1-5,13");
+    EXPECT_EQ(topmod_second_answers(BasinLists{}).lines().size(), 11u);
+}
+
+TEST(MultiwfnAnswers, HirshfeldChargesAndUnrestrictedFiles) {
+    EXPECT_EQ(*hirshfeld_charge_log(data("ch4/job.chg"), 5),
+              (Lines{"#Orca hirshfeld charges", "C     -0.109250", "H      0.027310", "H      0.027314", "H      0.027314",
+                     "H      0.027312"}));
+    EXPECT_EQ(hirshfeld_charge_log(data("nico4/job.chg"), 9)->at(1), "Ni    -0.115588");
+    EXPECT_FALSE(hirshfeld_charge_log(text::TextLines::from_lines({"C  cut"}), 1).has_value());
+    EXPECT_FALSE(molden_unrestricted(data("ch4/job.molden.input")));
+    EXPECT_TRUE(molden_unrestricted(data("li2cation/job.molden.input")));
+}
+
+TEST(MultiwfnAnswers, CorePotentialsGetTheValenceSection) {
+    // orca_2mkl's file of a Y atom with the def2 core of 28 electrons.
+    const text::TextLines y = data("y_ecp/job.molden.input");
+    EXPECT_EQ(valence_section(y, 0), (Lines{"[Nval]", "Y 11"}));
+    const Lines edited = with_valence_section(y, {"[Nval]", "Y 11"});
+    ASSERT_EQ(edited.size(), y.size() + 2);
+    EXPECT_EQ(edited[5], "Y    1  39          0.0000000000         0.0000000000         0.0000000000 ");
+    EXPECT_EQ(edited[6], "[Nval]");
+    EXPECT_EQ(edited[8], "[GTO]");
+    // Once there, or without cores, nothing is added; a charge that does
+    // not fit the cores leaves their size unknown.
+    EXPECT_EQ(valence_section(text::TextLines::from_lines(edited), 0), Lines{});
+    EXPECT_EQ(valence_section(data("ch4/job.molden.input"), 0), Lines{});
+    EXPECT_FALSE(valence_section(y, -3).has_value());
+}
+
+TEST(MultiwfnActions, CubesCompositionsAndTheDOrbitalKey) {
+    MultiwfnJob j;
+    j.act(2, "4,5,6");
+    ASSERT_EQ(j.runs(), 5);
+    EXPECT_EQ(j.answers(1), (Lines{"200", "3", "4,5,6", "3", "1", "0", "q"}));
+    EXPECT_EQ(j.answers(3), (Lines{"8", "1", "005"}));
+    EXPECT_EQ(j.answers(5), (Lines{"8", "1", "  4", "  5", "  6", "q"}));
+    for (const char* f : {"orb000004.cub", "004.LST", "006.LST", "orb_comp.lst"}) EXPECT_TRUE(files::exists(f)) << f;
+    for (const char* f : {"cubes.txt", "dorb.txt", "orb_comp1.lst"}) EXPECT_FALSE(files::exists(f)) << f;
+    const Lines comp = files::read_lines("orb_comp.lst").value();
+    EXPECT_EQ(Lines(comp.begin(), comp.begin() + 6), d_orbital_key());
+    EXPECT_NE(read_file(j.t.scratch() + "/orb_comp.lst").find(" Orbital:     6"), std::string::npos);
+    EXPECT_TRUE(said(j.t, "editor: " + j.t.scratch() + "/orb_comp.lst"));
+    EXPECT_EQ(j.t.tk.dialogs_shown(), std::vector<int>{114});
+
+    // Eight orbitals or more: no file of their own, all in the composition.
+    MultiwfnJob k;
+    k.act(2, "1-8");
+    EXPECT_EQ(k.runs(), 2);
+    EXPECT_EQ(k.answers(2).size(), 11u);
+    EXPECT_FALSE(files::exists("001.LST"));
+    // An empty or unreadable list runs nothing.
+    k.act(2, "");
+    k.act(2, "HOMO");
+    EXPECT_EQ(k.runs(), 2);
+}
+
+TEST(MultiwfnActions, ElfLobaPotentialHirshfeldAndSpin) {
+    MultiwfnJob j;
+    std::filesystem::create_directories(j.t.scratch() + "/job-folder");
+    for (const char* f : {"job.molden.input"})
+        std::filesystem::rename(j.t.scratch() + "/" + f, j.t.scratch() + "/job-folder/" + f);
+    std::filesystem::current_path(j.t.scratch() + "/job-folder");
+    j.act(3);
+    EXPECT_EQ(j.answers(2), (Lines{"17", "1", "9", "2", "12", "-5", "b", "4", "1-3,5"}));
+    EXPECT_FALSE(files::exists("topmod.txt"));
+    // Away from the scratch folder the viewer's files are copied there.
+    for (const char* f : {"basinsyn.cub", "basinfunc.cub", "basinsyn.vmd"})
+        EXPECT_TRUE(file_present(j.t.scratch() + "/" + f)) << f;
+    EXPECT_EQ(j.t.tk.message_boxes().back(), "VMD files in " + j.t.scratch());
+
+    j.act(4, "", 35.5f);
+    EXPECT_EQ(j.answers(3)[4], "35.500");
+    EXPECT_EQ(files::read_lines("rloba.txt"), files::read_lines("loba.txt"));
+    const Lines bat = files::read_lines("rloba.bat").value();
+    ASSERT_EQ(bat.size(), 3u);
+    EXPECT_NE(bat[0].find("job.molden.input"), std::string::npos);
+    EXPECT_NE(bat[0].find("<'rloba.txt' >'rloba.lst'"), std::string::npos) << bat[0];
+    EXPECT_EQ(bat[1], "cat rloba.txt rloba.lst > rloba2.lst");
+    EXPECT_NE(read_file("loba.lst").find("Oxidation state of atom   1(C ) : -4"), std::string::npos);
+
+    write_file("job_orca.pdb", "CRYST1\n");
+    j.act(5);
+    EXPECT_EQ(j.answers(4), (Lines{"12", "0", "6", "-1", "-1", "q"}));
+    for (const char* f : {"mol1_orca1.pdb", "vtx1.pdb", "esp.vmd"})
+        EXPECT_TRUE(file_present(j.t.scratch() + "/" + f)) << f;
+
+    j.act(6);
+    EXPECT_EQ(files::read_lines("job_chg.log")->at(1), "C     -0.109250");
+
+    // A singlet has no spin density: nothing runs.
+    j.act(7);
+    EXPECT_EQ(j.runs(), 5);
+    j.t.s.flags.spin_multiplicity = 2;
+    j.act(7);
+    EXPECT_EQ(j.runs(), 6);
+    EXPECT_TRUE(files::exists("spindensity.cub"));
+    EXPECT_FALSE(files::exists("spind.txt"));
+    EXPECT_EQ(j.t.tk.message_boxes().back(), "Open job_orca.pdb and spindensity.cub usoing Chimera");
+}
+
+TEST(MultiwfnActions, AnOpenShellLobaRunSwitchesTheCompositionOff) {
+    MultiwfnJob j("li2cation");
+    j.act(4);
+    EXPECT_EQ(j.answers(1)[1], "-9");
+    EXPECT_NE(read_file("loba.lst").find("The sum of oxidation states:     1"), std::string::npos);
+}
+
+TEST(MultiwfnActions, AMoldenFileWithCorePotentialsIsMadeReadable) {
+    MultiwfnJob j("y_ecp");
+    j.t.s.store.natoms = 1;
+    j.act(6);
+    EXPECT_EQ(files::read_lines("job.molden.input")->at(6), "[Nval]");
+    EXPECT_EQ(files::read_lines("job_chg.log")->at(1), "Y      0.000000");
+    // A charge that does not fit: said, and nothing runs.
+    MultiwfnJob k("y_ecp");
+    k.t.s.flags.total_charge = 2;
+    k.act(6);
+    EXPECT_EQ(k.runs(), 0);
+    EXPECT_NE(k.t.tk.message_boxes().back().find("[Nval]"), std::string::npos);
+}
+
+TEST(MultiwfnActions, WithoutTheProgramOrTheMoldenFileNothingRuns) {
+    MultiwfnJob j;
+    // A program of 100 bytes or less is no Multiwfn.
+    write_file(j.t.dir / "Multiwfn", "#!/bin/sh\nexit 0\n");
+    std::filesystem::permissions(j.t.dir / "Multiwfn", std::filesystem::perms::owner_all);
+    j.t.s.engines.values["multiwfn"] = j.t.dir / "Multiwfn";
+    multiwfn_command(j.t.s);
+    EXPECT_TRUE(j.t.tk.dialogs_shown().empty());
+    EXPECT_NE(j.t.tk.status(9).find("\"multiwfn\""), std::string::npos);
+
+    MultiwfnJob k;
+    files::remove("job.molden.input");
+    k.t.tk.load_script("dialog 127 ok 1048=1\n");
+    multiwfn_command(k.t.s);
+    EXPECT_EQ(k.t.tk.dialogs_shown(), std::vector<int>{127});
+    EXPECT_EQ(k.runs(), 0);
+    EXPECT_NE(k.t.tk.status(9).find("job.molden.input"), std::string::npos);
+    // The manual is a document of its own key.
+    k.t.tk.load_script("dialog 127 ok 1050=1\n");
+    multiwfn_command(k.t.s);
+    EXPECT_NE(k.t.tk.message_boxes().back().find("\"multiwfn_manual\""), std::string::npos);
+}
+
+// The tool-bar command in a whole session: dialog 127, then the action.
+TEST(MultiwfnActions, TheToolBarCommandInASession) {
+    TestSession t;
+    t.s.engines.values["multiwfn"] = std::string(ZENTOL_TEST_DATA) + "/../wavefunction/fake_multiwfn.sh";
+    setenv("FAKE_MWFN_DATA", test_data("multiwfn/ch4").c_str(), 1);
+    write_file(t.scratch() + "/ch4.molden.input", read_file(test_data("multiwfn/ch4/job.molden.input")));
+    write_file(t.scratch() + "/ch4.xyz", "     5 ch4 chamul   0   1\n"
+                                         "     1  C     -1.375000    0.410714    0.000000     1     2     3     4     5\n"
+                                         "     2  H     -1.018345   -0.598096    0.000000     5     1\n"
+                                         "     3  H     -1.018327    0.915112    0.873652     5     1\n"
+                                         "     4  H     -1.018327    0.915112   -0.873652     5     1\n"
+                                         "     5  H     -2.445000    0.410727    0.000000     5     1\n");
+    write_file(t.s.inst.cfgset + "/dir1.def", t.scratch() + "\n");
+    t.tk.load_script("menu 40084\ndialog 127 ok 1048=1\n");
+    run_program(t.s, {"zentol", "ch4", "1"});
+    unsetenv("FAKE_MWFN_DATA");
+    EXPECT_EQ(files::read_lines(t.scratch() + "/ch4_chg.log")->size(), 6u);
+    EXPECT_TRUE(said(t, "dialog 114 shown"));
+}
