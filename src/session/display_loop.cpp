@@ -22,6 +22,7 @@
 #include "analysis/unique_names.h"
 #include "building/build_mode.h"
 #include "engines/firefly/firefly_mode.h"
+#include "engines/iconc/iconc_mode.h"
 #include "engines/mopac/mopac_mode.h"
 #include "engines/orca/orca_mode.h"
 #include "engines/tinker/tinker_mode.h"
@@ -225,7 +226,14 @@ bool dispatch(Session& s, const Event& e) {
         case 42: set_zoom(s, 1.0f); break;
         case 44: make_unique_names(s); break;
         case 45: edit_log(s); break;
-        case 52: mode_not_here(s, "ICONC mode"); break;
+        case 52:
+            iconc_mode(s);
+            if (s.flags.quit_requested) {
+                close_path(s);
+                return false;
+            }
+            loop_start(s);
+            break;
         case 60: redraw_screen(s); break;
         case 64: hard_copy(s); break;
         case 65: return hand_over_to(s, "orbview", "Orbview", s.flags.run_orbview_at_exit);
@@ -293,7 +301,7 @@ void display_loop(Session& s) {
         }
         // Commands that answer in field 9 leave their answer standing.
         keep_message = command.command == 44 || command.command == 31 || command.command == 29 ||
-                       command.command == 84 || command.command == 85;
+                       command.command == 52 || command.command == 84 || command.command == 85;
         if (s.flags.exit_requested) {
             close_path(s);
             return;

@@ -94,6 +94,14 @@ void ScriptedToolkit::add_line(const std::string& raw) {
     std::string line(text::trim(raw));
     if (line.empty() || line[0] == '#') return;
     auto w = split_words(line);
+    // "after 8 runs key 27": a message that comes in while commands run.
+    int after_runs = -1;
+    if (w[0] == "after") {
+        auto n = w.size() >= 4 ? text::read_i(w[1]) : std::nullopt;
+        if (!n || *n < 0 || w[2] != "runs") throw ScriptError("bad \"after N runs\" in: " + line);
+        after_runs = static_cast<int>(*n);
+        w.erase(w.begin(), w.begin() + 3);
+    }
     if (auto m = parse_message(w)) {
         int atom = 0;
         if (w.size() == 3 && w[1] == "atom") {
@@ -101,9 +109,10 @@ void ScriptedToolkit::add_line(const std::string& raw) {
             if (!n || *n < 1) throw ScriptError("bad atom number in: " + line);
             atom = static_cast<int>(*n);
         }
-        messages_.emplace_back(*m, atom);
+        messages_.push_back({*m, atom, after_runs});
         return;
     }
+    if (after_runs >= 0) throw ScriptError("no message after \"after N runs\" in: " + line);
     if (w[0] == "dialog" && w.size() >= 3) {
         DialogAnswer a;
         auto id = text::read_i(w[1]);
@@ -175,10 +184,12 @@ std::string ScriptedToolkit::menu_string(int id) const {
     return "";
 }
 
-Message ScriptedToolkit::next_message() {
+std::optional<Message> ScriptedToolkit::take_front() {
     while (!messages_.empty()) {
-        auto [m, atom] = messages_.front();
+        Message m = messages_.front().message;
+        const int atom = messages_.front().atom;
         messages_.pop_front();
+        runs_since_take_ = 0;
         if (m.type == MessageType::MouseMove && !moves_enabled_) continue;
         if (atom > 0) {
             auto at = locator_ ? locator_(atom) : std::nullopt;
@@ -191,6 +202,22 @@ Message ScriptedToolkit::next_message() {
         }
         return m;
     }
+    return std::nullopt;
+}
+
+std::optional<Message> ScriptedToolkit::poll_message() {
+    if (messages_.empty()) return std::nullopt;
+    const Scripted& front = messages_.front();
+    if (front.after_runs < 0 || runs_since_take_ < front.after_runs) return std::nullopt;
+    const Message m = front.message;
+    note("message after " + std::to_string(runs_since_take_) + " runs");
+    messages_.pop_front();
+    runs_since_take_ = 0;
+    return m;
+}
+
+Message ScriptedToolkit::next_message() {
+    if (auto m = take_front()) return *m;
     // The script has run out: the session is asked to close.
     if (closes_after_end_++ == 0) note("script ended: close requested");
     if (closes_after_end_ > 100) throw ScriptError("the session does not end after the script's close request");
@@ -300,6 +327,7 @@ bool ScriptedToolkit::WSelectDir(std::string& path, const std::string& title) {
 
 void ScriptedToolkit::IOsCommand(const std::string& command, bool wait) {
     note(std::string(wait ? "run: " : "start: ") + command);
+    if (wait) ++runs_since_take_;
     if (!process::run_shell(command, wait)) note("could not run: " + command);
 }
 

@@ -47,6 +47,9 @@ public:
     void WMenuSetState(int id, int which, int value) override;
     void WMenuSetString(int id, const std::string& text) override;
     Message next_message() override;
+    // Gives only a message written "after N runs ..." in the script, once N
+    // waited-for commands have run since the message before it was taken.
+    std::optional<Message> poll_message() override;
     void message_enable(MessageType type, bool on) override;
     int window_size(int which) override { return which == 1 ? width_ : height_; }
     void close_all() override;
@@ -92,7 +95,15 @@ private:
     bool take_chooser_answer(std::deque<std::optional<std::string>>& queue, const std::string& kind,
                              std::string& path, const std::string& title);
 
-    std::deque<std::pair<Message, int>> messages_;   // message, atom to locate (0 none)
+    struct Scripted {
+        Message message;
+        int atom = 0;          // atom to locate, 0 none
+        int after_runs = -1;   // "after N runs": for poll_message once N runs were made
+    };
+    std::optional<Message> take_front();
+
+    std::deque<Scripted> messages_;
+    int runs_since_take_ = 0;   // waited-for commands since the last message was taken
     std::deque<DialogAnswer> dialog_answers_;
     std::deque<int> box_answers_;                    // 1 yes/ok, 0 no
     std::deque<bool> print_answers_;                 // true print, false cancel

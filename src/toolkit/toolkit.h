@@ -50,6 +50,10 @@ public:
     virtual void WMenuSetState(int id, int which, int value) = 0;
     virtual void WMenuSetString(int id, const std::string& text) = 0;
     virtual Message next_message() = 0;
+    // A message that is already there, without waiting: how a long series
+    // of engine runs looks for Esc between two runs. nullopt when nothing
+    // came.
+    virtual std::optional<Message> poll_message() { return std::nullopt; }
     virtual void message_enable(MessageType type, bool on) = 0;
     virtual int window_size(int which) = 0;      // 1 width, 2 height of the view
     virtual void close_all() = 0;

@@ -126,6 +126,26 @@ TEST(ScriptedToolkit, ReplaysMessagesAndAnswersAndRecordsWhatWasShown) {
     EXPECT_THROW(tk.add_line("dialog 101 maybe"), ScriptError);
 }
 
+TEST(ScriptedToolkit, AMessageAfterRunsComesToThePollOnceThoseRunsWereMade) {
+    ScriptedToolkit tk;
+    tk.load_script("menu 40006\nafter 2 runs key 27\nmenu 40001\n");
+    EXPECT_FALSE(tk.poll_message());           // a plain message waits for the loop
+    EXPECT_EQ(tk.next_message().value, 40006);
+    tk.IOsCommand("true", true);
+    tk.IOsCommand("true", false);              // not waited for: not counted
+    EXPECT_FALSE(tk.poll_message());
+    tk.IOsCommand("true", true);
+    auto m = tk.poll_message();
+    ASSERT_TRUE(m);
+    EXPECT_EQ(m->type, MessageType::Key);
+    EXPECT_EQ(m->value, 27);
+    tk.IOsCommand("true", true);
+    EXPECT_FALSE(tk.poll_message());
+    EXPECT_EQ(tk.next_message().value, 40001);
+    EXPECT_THROW(tk.add_line("after runs key 27"), ScriptError);
+    EXPECT_THROW(tk.add_line("after 2 runs dialog 101 ok"), ScriptError);
+}
+
 TEST(Files, NamesMeetWhateverTheirCaseAndWritesAreWhole) {
     TempDir dir;
     std::string d = dir.path();

@@ -5,6 +5,7 @@
 #include <QEventLoop>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QKeyEvent>
 #include <QProcess>
 
 #include "toolkit/qt/qt_toolkit.h"
@@ -46,12 +47,16 @@ bool run_chooser(QFileDialog& dialog, std::string& path) {
 }
 
 // Swallows the user's input while a command runs, so that clicks and keys
-// given meanwhile are not acted on later; painting and timers go on.
+// given meanwhile are not acted on later; painting and timers go on. Only
+// Esc is remembered: it asks a series of runs to stop after this one.
 class InputBlocker : public QObject {
 public:
+    explicit InputBlocker(bool& escape) : escape_(escape) {}
     bool eventFilter(QObject* watched, QEvent* event) override {
         switch (event->type()) {
             case QEvent::KeyPress:
+                if (static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) escape_ = true;
+                return true;
             case QEvent::KeyRelease:
             case QEvent::ShortcutOverride:
             case QEvent::Shortcut:
@@ -69,6 +74,9 @@ public:
                 return QObject::eventFilter(watched, event);
         }
     }
+
+private:
+    bool& escape_;
 };
 
 }  // namespace
@@ -128,7 +136,7 @@ void QtToolkit::IOsCommand(const std::string& command, bool wait) {
         cannot_start("/bin/sh");
         return;
     }
-    InputBlocker blocker;
+    InputBlocker blocker(escape_during_run_);
     qApp->installEventFilter(&blocker);
     if (process.state() != QProcess::NotRunning) loop.exec();
     qApp->removeEventFilter(&blocker);

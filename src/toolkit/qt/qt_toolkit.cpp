@@ -81,12 +81,23 @@ void QtToolkit::WMenuSetString(int id, const std::string& text) {
 }
 
 Message QtToolkit::next_message() {
+    // An Esc from a run that nobody polled for means nothing any more.
+    escape_during_run_ = false;
     for (;;) {
         if (auto m = queue_.take()) return *m;
         // With the window gone nothing can come any more.
         if (!window_) return Message{MessageType::Close, 0, 0, 0};
         queue_.wait();
     }
+}
+
+std::optional<Message> QtToolkit::poll_message() {
+    QApplication::processEvents();
+    if (escape_during_run_) {
+        escape_during_run_ = false;
+        return Message{MessageType::Key, kKeyEsc, 0, 0};
+    }
+    return queue_.take();
 }
 
 void QtToolkit::message_enable(MessageType type, bool on) { queue_.enable(type, on); }

@@ -43,6 +43,9 @@ public:
     void WMenuSetState(int id, int which, int value) override;
     void WMenuSetString(int id, const std::string& text) override;
     Message next_message() override;
+    // Qt's pending events are handled first; an Esc pressed while a
+    // command ran comes as key 27.
+    std::optional<Message> poll_message() override;
     void message_enable(MessageType type, bool on) override;
     int window_size(int which) override;
     void close_all() override;
@@ -86,6 +89,7 @@ private:
     void cannot_start(const QString& program);
 
     MessageQueue queue_;
+    bool escape_during_run_ = false;   // Esc was pressed while a command ran
     QPointer<MainWindow> window_;
     std::map<int, QPointer<DialogWindow>> modeless_;
     QPointer<PlotWindow> plot_window_;

@@ -515,6 +515,30 @@ TEST_F(QtProcessTest, WaitedCommandRunsInTheCurrentDirectoryAndIgnoresInput) {
     expect_message(next_input(), MessageType::Key, 'A');
 }
 
+TEST_F(QtProcessTest, EscDuringAWaitedCommandComesToThePollAfterIt) {
+    drain();
+    EXPECT_FALSE(tk.poll_message());
+    QTimer::singleShot(50, [this] { key(Qt::Key_Escape, ""); });
+    tk.IOsCommand("sleep 0.3", true);
+    auto m = tk.poll_message();
+    ASSERT_TRUE(m);
+    expect_message(*m, MessageType::Key, kKeyEsc);
+    // Once only; a key given between runs comes like any message.
+    key(Qt::Key_A, "a");
+    std::optional<Message> polled;
+    while ((polled = tk.poll_message()) && polled->type != MessageType::Key) {
+    }
+    ASSERT_TRUE(polled);
+    expect_message(*polled, MessageType::Key, 'A');
+    // An Esc from a run that nobody polled for is forgotten by the next wait.
+    QTimer::singleShot(50, [this] { key(Qt::Key_Escape, ""); });
+    tk.IOsCommand("sleep 0.3", true);
+    tk.post(Message{MessageType::Menu, 40001, 0, 0});
+    while (tk.next_message().type != MessageType::Menu) {
+    }
+    while ((polled = tk.poll_message())) EXPECT_NE(polled->type, MessageType::Key);
+}
+
 TEST_F(QtProcessTest, DetachedStartsReturnAtOnceAndFailuresAreShown) {
     QElapsedTimer clock;
     clock.start();
