@@ -27,8 +27,9 @@ $(BUILD)/CMakeCache.txt:
 build: deps $(BUILD)/CMakeCache.txt
 	cmake --build $(BUILD) -j$(JOBS)
 
+# A copy of the benzene example in the scratch folder, not the tracked file.
 run: build
-	./$(BUILD)/src/zentol
+	./$(BUILD)/src/zentol --example benzene
 
 $(ASAN_BUILD)/CMakeCache.txt:
 	cmake -S . -B $(ASAN_BUILD) -DCMAKE_BUILD_TYPE=Debug -DZENTOL_SANITIZE=ON -DZENTOL_WITH_QT=OFF -DZENTOL_BENCH=OFF

@@ -144,8 +144,7 @@ FormulaWeight formula_weight(const std::vector<FormulaEntry>& formula, float vol
 
 void make_unique_names(Session& s) {
     std::vector<FormulaEntry> formula = relabel_atoms(s.store);
-    write_job_files(s);
-    save_and_reload(s);
+    reload_keeping_turn(s);
     order_formula(formula);
     const std::string text = formula_text(formula);
     s.tk.WindowOutStatusBar(9, text.empty() ? " " : text);

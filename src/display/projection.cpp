@@ -20,11 +20,12 @@ Matrix4 multiply(const Matrix4& a, const Matrix4& b) {
 
 }  // namespace
 
-Matrix4 perspective_matrix() {
+Matrix4 perspective_matrix(double aspect) {
     double f = 1.0 / std::tan(kFieldOfView * M_PI / 360.0);
+    if (!(aspect > 0) || !std::isfinite(aspect)) aspect = 1.0;
     Matrix4 m{};
-    m[0] = f / kAspect;
-    m[5] = f;
+    m[0] = aspect >= 1 ? f / aspect : f;
+    m[5] = aspect >= 1 ? f : f * aspect;
     m[10] = (kFar + kNear) / (kNear - kFar);
     m[11] = -1.0;
     m[14] = 2.0 * kFar * kNear / (kNear - kFar);
@@ -51,17 +52,23 @@ Matrix4 look_at_matrix() {
     return multiply(m, t);
 }
 
-std::pair<float, float> project_point(double x, double y, double z, const Viewport& vp) {
-    static const Matrix4 mvp = multiply(perspective_matrix(), look_at_matrix());
+Matrix4 camera_matrix(const Viewport& vp) {
+    const double aspect = static_cast<double>(std::max(vp.width, 1)) / std::max(vp.height, 1);
+    return multiply(perspective_matrix(aspect), look_at_matrix());
+}
+
+std::pair<float, float> project_point(double x, double y, double z, const Matrix4& mvp) {
     double in[4] = {x, y, z, 1};
     double out[4] = {0, 0, 0, 0};
     for (int row = 0; row < 4; ++row)
         for (int k = 0; k < 4; ++k) out[row] += mvp[k * 4 + row] * in[k];
     if (out[3] == 0) return {0.5f, 0.5f};
-    double nx = out[0] / out[3], ny = out[1] / out[3];
-    // Window coordinates over the viewport size; the viewport starts at 0,0.
-    double wx = vp.width * (nx + 1) / 2, wy = vp.height * (ny + 1) / 2;
-    return {static_cast<float>(wx / std::max(vp.width, 1)), static_cast<float>(wy / std::max(vp.height, 1))};
+    // Normalised device coordinates to fractions of the viewport.
+    return {static_cast<float>((out[0] / out[3] + 1) / 2), static_cast<float>((out[1] / out[3] + 1) / 2)};
+}
+
+std::pair<float, float> project_point(double x, double y, double z, const Viewport& vp) {
+    return project_point(x, y, z, camera_matrix(vp));
 }
 
 }  // namespace zentol

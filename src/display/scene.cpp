@@ -5,6 +5,7 @@
 #include <cstring>
 #include <string>
 
+#include "display/view.h"
 #include "session/session.h"
 #include "text/fixed_format.h"
 #include "toolkit/plot.h"
@@ -70,7 +71,11 @@ void add_atoms(const Session& s, const Frame& f, Scene& out) {
         const int colour = is_picked(s.view, i) ? kHighlightEntry : palette_entry(st.atom_colour[i]);
         out.spheres.push_back({x, y, z, radius, colour, alpha});
         if (!labels) continue;
-        SceneLabel l{x + s.opt.label_offset, y + s.opt.label_offset, z + 0.7f, {}, 0};
+        // Beside the atom, to its right at mid height, a gap of a quarter of
+        // the label offset away, and in front of its sphere, so the atom
+        // never hides its own label.
+        const float em = s.opt.label_size;
+        SceneLabel l{x + radius + 0.25f * s.opt.label_offset, y - 0.35f * em, z + radius + 0.05f, {}, 0};
         if (s.opt.charge_labels) {
             // The charge table serves molecules of up to 250 atoms.
             if (i >= static_cast<int>(st.atom_charge.size())) continue;
@@ -153,9 +158,10 @@ void build_scene(const Session& s, const BondMarks& marks, Scene& out) {
     const Frame f{st, s.flags.zoom, st.emphasis_count > 0};
     out.stick_radius = s.opt.bond_width * 0.3f * st.disp_scale * f.zoom;
     bool atoms = !st.hide_atoms && st.disp_natoms > 0;
-    if (s.flags.mouse_rotating) {
-        // While the mouse drags: thin sticks only, unless there is nothing
-        // but atoms to show.
+    if (s.flags.mouse_rotating && st.disp_natoms > kFullPictureWhileTurning) {
+        // While the mouse drags a large molecule: thin sticks only, unless
+        // there is nothing but atoms to show. Smaller ones draw fast enough
+        // to keep their whole picture.
         out.stick_radius *= 0.3f;
         if (st.nbonds > 0) atoms = false;
     }

@@ -1,5 +1,6 @@
 #include "display/view.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "session/display_loop.h"
@@ -13,7 +14,12 @@ namespace zentol {
 void apply_pending_rotation(Session& s) {
     int axis = s.flags.view_action;
     if (axis < 1 || axis > 3) return;
-    float angle = static_cast<float>(s.flags.view_rot_sign) * s.flags.rot_step / 57.2957763671875f;
+    turn_display(s, axis, static_cast<float>(s.flags.view_rot_sign) * s.flags.rot_step);
+}
+
+void turn_display(Session& s, int axis, float degrees) {
+    if (axis < 1 || axis > 3 || degrees == 0) return;
+    float angle = degrees / 57.2957763671875f;
     float c = std::cos(angle), sn = std::sin(angle);
     Store& st = s.store;
     for (int i = 1; i <= st.disp_natoms; ++i) {
@@ -48,13 +54,13 @@ bool rotate_by_key(Session& s, int key) {
     return true;
 }
 
-int drag_key(float px, float py, float x, float y) {
-    float dx = std::fabs(px - x), dy = std::fabs(py - y);
-    if (dx > dy) return x > px ? kKeyYPlus : kKeyYMinus;
-    if (y > py) return kKeyXMinus;
-    if (y < py) return kKeyXPlus;
-    return 0;
+void set_zoom(Session& s, float zoom) {
+    s.flags.zoom = std::clamp(zoom, 0.2f, 3.8f);
+    project_atoms(s);
+    draw_scene(s);
 }
+
+void zoom_by_wheel(Session& s, int steps) { set_zoom(s, s.flags.zoom + 0.1f * static_cast<float>(steps)); }
 
 float pick_tolerance_for(int natoms) { return natoms < 10 ? 0.05f : natoms < 20 ? 0.02f : 0.01f; }
 
@@ -102,14 +108,20 @@ bool drag_rotation(Session& s, const Event& e) {
     }
     if (!e.moved) return false;
     s.tk.WindowOutStatusBar(10, "Rotating");
-    s.flags.sphere_slices = s.flags.sphere_stacks = 8;
-    int key = drag_key(s.view.last_x, s.view.last_y, e.x, e.y);
+    // Large molecules drop to the quick picture while they turn; up to the
+    // size that draws in well under a frame's time the full one stays.
+    if (s.store.disp_natoms > kFullPictureWhileTurning) s.flags.sphere_slices = s.flags.sphere_stacks = 8;
+    const float dx = e.x - s.view.last_x, dy = e.y - s.view.last_y;
     s.view.last_x = e.x;
     s.view.last_y = e.y;
-    if (key) {
-        s.view.turned = true;
-        rotate_by_key(s, key);
-    }
+    if (dx == 0 && dy == 0) return true;
+    // The turn follows the distance moved, not the number of move events:
+    // across the whole view is half a turn.
+    s.view.turned = true;
+    s.flags.view_action = 0;
+    turn_display(s, 2, dx * kDegreesPerView);
+    turn_display(s, 1, -dy * kDegreesPerView);
+    draw_scene(s);
     return true;
 }
 

@@ -20,13 +20,22 @@ inline constexpr int kKeyXMinus = 265;
 // 1..3); the axis stays pending.
 void apply_pending_rotation(Session& s);
 
+// Turns the display copy about the screen's x (1), y (2) or z (3) axis.
+void turn_display(Session& s, int axis, float degrees);
+
+// A drag across the whole view turns the molecule this far.
+inline constexpr float kDegreesPerView = 180.0f;
+// Up to this many atoms a turning molecule keeps its full picture.
+inline constexpr int kFullPictureWhileTurning = 1000;
+
 // A cursor key sets the axis and sign of one step and draws. False for any
 // other key.
 bool rotate_by_key(Session& s, int key);
 
-// The key a drag from (px, py) to (x, y) stands for: the dominant direction,
-// vertical on a tie, 0 when the pointer did not move.
-int drag_key(float px, float py, float x, float y);
+// The zoom within its limits (0.2 to 3.8), projected and drawn; one wheel
+// step is 0.1.
+void set_zoom(Session& s, float zoom);
+void zoom_by_wheel(Session& s, int steps);
 
 // Picking tolerance for the atom count: 0.05 below 10 atoms, 0.02 below 20,
 // else 0.01.
@@ -37,8 +46,9 @@ float pick_tolerance_for(int natoms);
 // it lies strictly within the latest draw's tolerance.
 int nearest_atom(const Session& s, float x, float y, bool& found);
 
-// Mouse press begins a drag, every move while dragging rotates one step,
-// the release ends it. Returns true when the event was part of a drag.
+// Mouse press begins a drag, every move while dragging turns the molecule
+// by the distance moved (sideways about y, up and down about x), the
+// release ends it. Returns true when the event was part of a drag.
 bool drag_rotation(Session& s, const Event& e);
 
 // Picks the atom under (x, y), if any, highlights it and shows its label in

@@ -31,6 +31,10 @@ ModeNext engine_mode_loop(Session& s, const char* mode_name, int build_command,
             continue;
         }
         if (e.key && rotate_by_key(s, e.key)) continue;
+        if (e.wheel) {
+            zoom_by_wheel(s, e.wheel);
+            continue;
+        }
         drag_rotation(s, e);
     }
 }

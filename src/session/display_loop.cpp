@@ -50,6 +50,7 @@ Event read_event(Session& s) {
         case MessageType::Resize: e.state = 1; break;
         case MessageType::Expose: e.state = 2; break;
         case MessageType::Close: e.command = kCommandClose; break;
+        case MessageType::Wheel: e.wheel = m.value; break;
         case MessageType::None: break;
     }
     if ((e.command >= 1 && e.command <= 199) || e.key > 3) e.state = 3;
@@ -91,18 +92,12 @@ namespace {
 void loop_start(Session& s) {
     collect_elements(s.store);
     if (s.opt.colour_by_molecule) assign_molecule_colours(s.store);
-    draw_scene(s);
+    // The round trip ends with a draw of its own: one frame, not two.
+    // The counts of atoms and bonds are shown by the write of the job's files.
     if (!s.flags.mouse_rotating) save_and_reload(s);
-    s.tk.WindowOutStatusBar(4, text::format_i(s.store.natoms, 4));
-    s.tk.WindowOutStatusBar(6, text::format_i(s.store.nbonds, 4));
+    else draw_scene(s);
     s.flags.view_action = 0;
     s.flags.view_rot_sign = 0;
-}
-
-void set_zoom(Session& s, float zoom) {
-    s.flags.zoom = std::clamp(zoom, 0.2f, 3.8f);
-    project_atoms(s);
-    draw_scene(s);
 }
 
 void redraw_screen(Session& s) {
@@ -149,13 +144,6 @@ void write_zmatrix_input(Session& s) {
     files::write_lines("zmatgen.fhz", lines);
     run_blocking(s, shell_line(zmatgen, {}));
     files::remove("zmatgen.fhz");
-}
-
-// Setup, then the new colours and sizes on the screen.
-
-// Modes that have their own loop; until one is there its command only says so.
-void mode_not_here(Session& s, const char* name) {
-    s.tk.WindowOutStatusBar(9, std::string(name) + " is not available in this version");
 }
 
 int letter_command(int key) {
@@ -258,16 +246,29 @@ bool dispatch(Session& s, const Event& e) {
     return true;
 }
 
+// The view uncovered after being hidden or minimised: the turn so far goes
+// into the molecule before the round trip, so the picture comes back as it
+// was left.
+void window_uncovered(Session& s) { reload_keeping_turn(s); }
+
+// A command's answer in field 9 (a point group, a formula, an energy, a
+// picked atom's label) stands until the next command; redraws, turns and
+// uncovering the window leave it alone.
+bool answer_standing(const Session& s, const std::string& before) {
+    std::string now = s.tk.status_field(9);
+    return now != before && !text::trim(now).empty();
+}
+
 }  // namespace
 
 void display_loop(Session& s) {
     loop_start(s);
-    bool keep_message = false;   // a picked atom's label stays until the next event
+    bool standing = false;
     while (s.flags.session_running > 0) {
         if (!s.flags.mouse_rotating) s.tk.WindowOutStatusBar(10, "Display Idle");
         show_job_name(s);
-        if (!keep_message) s.tk.WindowOutStatusBar(9, short_directory(files::current_dir()));
-        keep_message = false;
+        const std::string folder = short_directory(files::current_dir());
+        if (!standing) s.tk.WindowOutStatusBar(9, folder);
         if (s.flags.start_in_mopac && !s.flags.plot_exit) {
             // Back from an orbital plot in orbview: straight into Mopac mode.
             s.flags.view_action = 10;
@@ -283,10 +284,14 @@ void display_loop(Session& s) {
         bool click = e.command == kCommandRelease && s.flags.mouse_rotating && !s.view.turned;
         if (drag_rotation(s, e)) {
             // A press and release that turned nothing is a click: it picks.
-            if (click) keep_message = pick_atom(s, e.x, e.y) > 0;
+            if (click) standing = pick_atom(s, e.x, e.y) > 0;
             continue;
         }
         if (e.key && rotate_by_key(s, e.key)) continue;
+        if (e.wheel) {
+            zoom_by_wheel(s, e.wheel);
+            continue;
+        }
         s.flags.view_action = 0;
         Event command = e;
         if (e.key && !e.command) command.command = letter_command(e.key);
@@ -294,14 +299,15 @@ void display_loop(Session& s) {
             project_atoms(s);
             draw_scene(s);
         } else if (e.state == 2) {
-            draw_scene(s);
-            save_and_reload(s);
-        } else if (!dispatch(s, command)) {
-            return;
+            window_uncovered(s);
+        } else if (command.command != 0) {
+            // A new command: the last answer goes, unless it gives one of its
+            // own. Closing the window leaves the last word as it is.
+            if (command.command != kCommandClose && command.command != kCommandExit)
+                s.tk.WindowOutStatusBar(9, folder);
+            if (!dispatch(s, command)) return;
+            standing = answer_standing(s, folder);
         }
-        // Commands that answer in field 9 leave their answer standing.
-        keep_message = command.command == 44 || command.command == 31 || command.command == 29 ||
-                       command.command == 52 || command.command == 84 || command.command == 85;
         if (s.flags.exit_requested) {
             close_path(s);
             return;

@@ -13,6 +13,7 @@ struct Event {
     int command = 0;    // menu/tool id - 40000, 311 press, 411 release, 500 close
     bool moved = false; // a mouse move
     int button = 0;     // mouse button of a press or release: 1 left, 3 right
+    int wheel = 0;      // wheel steps: above 0 away from the user (zoom in)
 };
 
 inline constexpr int kCommandPress = 311;

@@ -67,6 +67,8 @@ void take_job(Session& s, const std::string& name, const std::string& first_log_
     s.flags.xyz_damaged = false;
     s.flags.save_failed = false;
     s.flags.cut_on_load = 0;
+    s.view.pick_count = 0;   // a pick of the last job means nothing in this one
+    s.view.circle_count = 0;
     files::remove_stale_temporaries(".");
     close_job_log(s);
     int status = kXyzRead;

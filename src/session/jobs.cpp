@@ -4,6 +4,7 @@
 
 #include "session/job_files.h"
 #include "session/session.h"
+#include "session/startup.h"
 #include "text/fixed_format.h"
 #include "toolkit/files.h"
 #include "toolkit/toolkit.h"
@@ -55,7 +56,10 @@ void purge_job_files(const Session& s, bool keep, bool delete_movie) {
     if (delete_movie) files::remove("MV*.INS");
 }
 
-void show_job_name(Session& s) { s.tk.WindowOutStatusBar(2, std::string(1, s.job.instance_digit) + ":" + s.job.name); }
+void show_job_name(Session& s) {
+    s.tk.WindowOutStatusBar(2, std::string(1, s.job.instance_digit) + ":" + s.job.name);
+    s.tk.set_window_title(s.job.name + " - " + kWindowTitle);
+}
 
 void tell(Session& s, std::initializer_list<const char*> lines) {
     std::string text;

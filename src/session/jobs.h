@@ -24,7 +24,7 @@ void show_recent_jobs(Session& s);
 // <job>.dyn) unless keep; the movie frames MV*.INS when delete_movie.
 void purge_job_files(const Session& s, bool keep, bool delete_movie);
 
-// "N:job" in status field 2.
+// "N:job" in status field 2, and the job's name in the window's title.
 void show_job_name(Session& s);
 
 // A message box of lines (joined by character 13), OK only.

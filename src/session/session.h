@@ -40,7 +40,9 @@ struct Options {
     float bond_width = 0.2f;
     bool keep_dyn_files = false;
     bool labels_on = false;
-    float label_size = 0.5f;
+    // Setup shows five times this (0.50), inside the dialog's 0.2 to 0.9: an
+    // em of a tenth of the molecule's half width.
+    float label_size = 0.1f;
     float label_offset = 0.1f;
     bool charge_labels = false;
     bool charge_colours = false;

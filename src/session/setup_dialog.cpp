@@ -8,6 +8,7 @@
 #include "display/renderer.h"
 #include "session/config.h"
 #include "session/session.h"
+#include "session/setup_file.h"
 #include "session/store_ops.h"
 #include "structure_files/geo_log.h"
 #include "text/fixed_format.h"
@@ -117,6 +118,7 @@ SetupResult run_setup(Session& s) {
     r.palette_changed = s.opt.palette_choice != old_palette;
     s.tk.WindowOutStatusBar(7, level_name(s.flags.user_level));
     write_user_level(s);
+    save_setup(s);
     if (!s.opt.colour_by_molecule) perceive_bonds(s.store, &s.tk, s.opt.cov_tolerance);
     return r;
 }
@@ -144,7 +146,7 @@ void setup_command(Session& s) {
     if (!r.confirmed) return;
     if (r.palette_changed) {
         load_colour_map(s);
-        save_and_reload(s);
+        reload_keeping_turn(s);
     }
     recolour_atoms(s);
     s.renderer.init_gl_state();

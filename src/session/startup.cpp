@@ -9,6 +9,7 @@
 #include "session/job_files.h"
 #include "session/jobs.h"
 #include "session/session.h"
+#include "session/setup_file.h"
 #include "session/store_ops.h"
 #include "structure_files/geo_log.h"
 #include "structure_files/key_file.h"
@@ -172,6 +173,7 @@ int run_program(Session& s, const std::vector<std::string>& words) {
     read_zentol_def(s);
     s.tk.WindowOutStatusBar(7, level_name(s.flags.user_level));
     choose_start_directory(s);
+    load_setup(s);   // the last session's Setup choices
     load_colour_map(s);
     read_mru(s);
     bool accepted = true;

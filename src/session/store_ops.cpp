@@ -153,11 +153,11 @@ void prepare_display(Session& s) {
 }
 
 void project_atoms(Session& s) {
-    Viewport vp{s.tk.window_size(1), s.tk.window_size(2)};
+    const Matrix4 camera = camera_matrix(Viewport{s.tk.window_size(1), s.tk.window_size(2)});
     Store& st = s.store;
     for (int i = 1; i <= st.disp_natoms; ++i) {
         auto p = project_point(st.disp_x[i] * s.flags.zoom, st.disp_y[i] * s.flags.zoom,
-                               st.disp_z[i] * s.flags.zoom, vp);
+                               st.disp_z[i] * s.flags.zoom, camera);
         st.screen_x[i] = p.first;
         st.screen_y[i] = p.second;
     }
@@ -169,6 +169,12 @@ void draw_scene(Session& s) {
     s.view.pick_tolerance = pick_tolerance_for(s.store.disp_natoms);
     apply_pending_rotation(s);
     s.renderer.draw(s);
+}
+
+void reload_keeping_turn(Session& s) {
+    s.flags.view_action = 10;
+    prepare_display(s);
+    save_and_reload(s);
 }
 
 void save_and_reload(Session& s) {
@@ -185,6 +191,8 @@ void save_and_reload(Session& s) {
         case SaveResult::Failed:
         case SaveResult::Held:
             reload_from_text(s, format_xyz(s.store, s.job.name, s.flags.total_charge, s.flags.spin_multiplicity));
+            s.tk.WindowOutStatusBar(4, text::format_i(s.store.natoms, 4));
+            s.tk.WindowOutStatusBar(6, text::format_i(s.store.nbonds, 4));
             break;
     }
     prepare_display(s);

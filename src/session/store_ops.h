@@ -42,6 +42,10 @@ void project_atoms(Session& s);
 // the bonds, projects and draws.
 void save_and_reload(Session& s);
 
+// The round trip with the view's turn kept: the display copy goes back into
+// atom_rec first (view_action 10), so the molecule comes back as it is seen.
+void reload_keeping_turn(Session& s);
+
 // Draws the current display copy.
 void draw_scene(Session& s);
 

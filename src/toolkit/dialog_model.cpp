@@ -85,6 +85,10 @@ bool parse_section_line(const std::string& section, std::istringstream& in, Dial
         if (f.size() < 3 || f.front() != '(' || f.back() != ')')
             return (*error = "[Formats] line needs (fW.D)", false);
         d.formats[fid] = text::lower_case(f.substr(1, f.size() - 2));
+    } else if (section == "[Tips]") {
+        std::string tip = rest_text(in);
+        if (tip.empty()) return (*error = "[Tips] line needs a quoted text", false);
+        d.tips[fid] = tip;
     } else {
         return (*error = "unknown section " + section, false);
     }

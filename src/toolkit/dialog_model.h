@@ -34,6 +34,7 @@ struct DialogDesc {
     std::map<int, std::pair<double, double>> ranges;
     std::map<int, Trackbar> trackbars;
     std::map<int, std::string> formats;   // e.g. "f6.1"
+    std::map<int, std::string> tips;      // what a field with a short label does
 
     const FieldDesc* field(int id) const;
 };

@@ -33,7 +33,8 @@ struct ToolbarDesc {
 
 // Files: "<dir>/<id>.menu" and "<dir>/<id>.toolbar". Lines:
 //   popup "&File" ... end
-//   item 40005 "&Open existing Job" [key B]
+//   item 40005 "&Open existing Job" [key B | key Ctrl+O]  (a letter is only
+//                                     shown; a combination is a shortcut)
 //   separator
 //   button 40003 "Build" "Start Build Mode"        (toolbar)
 //   button 40007/40063 "Save" "..."                 (two-state button)

@@ -69,6 +69,10 @@ std::optional<Message> ScriptedToolkit::parse_message(const std::vector<std::str
         auto code = text::read_i(w[1]);
         if (code) return Message{MessageType::Key, static_cast<int>(*code), 0, 0};
     }
+    if (w[0] == "wheel" && w.size() == 2) {
+        auto steps = text::read_i(w[1]);
+        if (steps && *steps != 0) return Message{MessageType::Wheel, static_cast<int>(*steps), 0, 0};
+    }
     if (w[0] == "menu" && w.size() == 2) {
         auto id = text::read_i(w[1]);
         if (id && *id > 0) return Message{MessageType::Menu, static_cast<int>(*id), 0, 0};
@@ -217,6 +221,8 @@ std::optional<Message> ScriptedToolkit::poll_message() {
 }
 
 Message ScriptedToolkit::next_message() {
+    field9_when_taken_.push_back(status_[9]);
+    if (ask_hook_) ask_hook_(static_cast<int>(field9_when_taken_.size()));
     if (auto m = take_front()) return *m;
     // The script has run out: the session is asked to close.
     if (closes_after_end_++ == 0) note("script ended: close requested");

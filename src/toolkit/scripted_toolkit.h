@@ -72,11 +72,18 @@ public:
     // What was recorded.
     const std::vector<std::string>& transcript() const { return transcript_; }
     std::string status(int field) const { return field >= 1 && field <= 10 ? status_[field] : ""; }
+    std::string status_field(int field) const override { return status(field); }
     const std::vector<std::pair<int, std::string>>& status_writes() const { return status_writes_; }
+    // What field 9 showed each time the session asked for its next message.
+    const std::vector<std::string>& field9_when_asked() const { return field9_when_taken_; }
+    // Called each time the session asks for a message (1 the first time),
+    // before it is answered: tests look at the session as it goes idle.
+    void set_ask_hook(std::function<void(int)> hook) { ask_hook_ = std::move(hook); }
     const std::vector<std::string>& message_boxes() const { return message_boxes_; }
     const std::vector<int>& dialogs_shown() const { return dialogs_shown_; }
     std::string menu_string(int id) const;
     const std::string& window_title() const { return title_; }
+    void set_window_title(const std::string& title) override { title_ = title; }
     bool closed() const { return closed_; }
     std::size_t pending_messages() const { return messages_.size(); }
     // The chart shown last, and how many charts went to the printer.
@@ -113,6 +120,8 @@ private:
     std::vector<std::string> transcript_;
     std::string status_[11];
     std::vector<std::pair<int, std::string>> status_writes_;
+    std::vector<std::string> field9_when_taken_;
+    std::function<void(int)> ask_hook_;
     std::vector<std::string> message_boxes_;
     std::vector<int> dialogs_shown_;
     std::optional<Chart> chart_;

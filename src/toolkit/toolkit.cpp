@@ -97,6 +97,7 @@ void merge_pages(DialogDesc& desc, const std::string& ui_dir) {
         desc.ranges.insert(p.ranges.begin(), p.ranges.end());
         desc.trackbars.insert(p.trackbars.begin(), p.trackbars.end());
         desc.formats.insert(p.formats.begin(), p.formats.end());
+        desc.tips.insert(p.tips.begin(), p.tips.end());
     }
 }
 

@@ -16,14 +16,14 @@
 
 namespace zentol {
 
-enum class MessageType { None, Key, Menu, MouseDown, MouseUp, MouseMove, Expose, Resize, Close };
+enum class MessageType { None, Key, Menu, MouseDown, MouseUp, MouseMove, Expose, Resize, Close, Wheel };
 
 // Cursor keys are delivered by role as codes 258..265.
 inline constexpr int kKeyEsc = 27;
 
 struct Message {
     MessageType type = MessageType::None;
-    int value = 0;          // key code, menu or toolbar id, mouse button
+    int value = 0;          // key code, menu or toolbar id, mouse button, wheel steps
     float fx = 0, fy = 0;   // position as a fraction of the view, from the top left
 };
 
@@ -43,8 +43,13 @@ public:
 
     // Window, status bar, menus.
     virtual void window_open(int width, int height, const std::string& title) = 0;
+    virtual void set_window_title(const std::string& title) = 0;
     virtual void status_bar_parts(const std::vector<int>& widths) = 0;
     virtual void WindowOutStatusBar(int field, const std::string& text) = 0;
+    // What a status field shows now.
+    virtual std::string status_field(int field) const = 0;
+    // A mode's menu bar; the tool bar goes with the old one, until
+    // WMenuToolbar puts up the mode's own.
     virtual void menu_load(int menu_id) = 0;
     virtual void WMenuToolbar(int toolbar_id) = 0;
     virtual void WMenuSetState(int id, int which, int value) = 0;

@@ -23,4 +23,18 @@ grep -q '^window closed$' "$tmp/out" || fail "exit sequence"
 printf 'menu 40039\njump\n' > "$tmp/bad"
 if "$zentol" --headless --script "$tmp/bad" > "$tmp/out" 2> "$tmp/err"; then fail "bad script accepted"; fi
 grep -q 'script line 2' "$tmp/err" || fail "bad line named"
+# The options a user tries first; nothing is opened or written by them.
+cd "$tmp"
+"$zentol" --help > "$tmp/out" || fail "--help"
+grep -q '^Usage: zentol' "$tmp/out" || fail "--help text"
+"$zentol" --version > "$tmp/out" || fail "--version"
+grep -q '^zentol [0-9][0-9.]*$' "$tmp/out" || fail "--version text"
+if "$zentol" --frobnicate > "$tmp/out" 2> "$tmp/err"; then fail "unknown option accepted"; fi
+grep -q 'unknown option --frobnicate' "$tmp/err" || fail "unknown option named"
+[ ! -e "$tmp/--help.geo" ] && [ ! -e "$tmp/work/scratch/--help.xyz" ] || fail "an option became a job"
+# An example opens as a copy in the scratch folder; the shipped file is not touched.
+printf 'close\n' > "$tmp/script"
+"$zentol" --headless --script "$tmp/script" --example benzene > "$tmp/out" || fail "--example"
+[ -f "$tmp/work/scratch/benzene.xyz" ] || fail "example copied into scratch"
+grep -q '^status 2: 1:benzene$' "$tmp/out" || fail "example opened"
 echo "headless session: ok"

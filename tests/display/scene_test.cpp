@@ -108,6 +108,10 @@ TEST_F(SceneTest, DummyAtomsAreInvisibleButTheirBondsAreDrawn) {
     EXPECT_FLOAT_EQ(scene.spheres[1].y, 1.0f);
     ASSERT_EQ(scene.labels.size(), 2u);
     EXPECT_EQ(text_of(scene.labels[1]), "H23A");
+    // Beside its atom and in front of it, never inside the sphere.
+    const SceneSphere& h = scene.spheres[1];
+    EXPECT_GT(scene.labels[1].x, h.x + h.radius);
+    EXPECT_GT(scene.labels[1].z, h.z + h.radius);
     EXPECT_EQ(scene.sticks.size(), 4u);
 }
 
@@ -193,10 +197,18 @@ TEST_F(SceneTest, FastDrawingAndDraggingShowLessAndThinner) {
     EXPECT_FLOAT_EQ(scene.sticks[1].y1, 1.0f);
     EXPECT_FLOAT_EQ(scene.sticks[1].alpha, 1.0f);
 
+    // A small molecule keeps its whole picture while the mouse turns it.
     const float radius = scene.stick_radius;
     s.flags.mouse_rotating = true;
     s.opt.labels_on = true;
     scene = build();
+    EXPECT_EQ(scene.spheres.size(), 3u);
+    EXPECT_FLOAT_EQ(scene.stick_radius, radius);
+
+    // A large one drops to thin sticks.
+    s.store.disp_natoms = kFullPictureWhileTurning + 1;
+    scene = build();
+    s.store.disp_natoms = 3;
     EXPECT_TRUE(scene.spheres.empty());
     EXPECT_TRUE(scene.labels.empty());
     EXPECT_EQ(scene.sticks.size(), 2u);
@@ -232,10 +244,13 @@ TEST_F(SceneTest, LabelsAreCutAtTrailingBlanksAndPlacedBesideTheAtom) {
     ASSERT_EQ(scene.labels.size(), 3u);
     EXPECT_EQ(text_of(scene.labels[0]), "C1");
     EXPECT_EQ(text_of(scene.labels[2]), "H23A");
+    // To the right of the zoomed atom at mid height, a quarter of the offset
+    // away from its sphere, and in front of it.
     const SceneLabel& h = scene.labels[2];
-    EXPECT_FLOAT_EQ(h.x, 2.05f);   // zoomed position, offset not zoomed
-    EXPECT_FLOAT_EQ(h.y, 2.05f);
-    EXPECT_FLOAT_EQ(h.z, 0.7f);
+    const SceneSphere& atom = scene.spheres[2];
+    EXPECT_FLOAT_EQ(h.x, atom.x + atom.radius + 0.25f * 0.05f);
+    EXPECT_FLOAT_EQ(h.y, atom.y - 0.35f * 0.3f);
+    EXPECT_FLOAT_EQ(h.z, atom.z + atom.radius + 0.05f);
     EXPECT_FLOAT_EQ(scene.label_scale, 0.3f);
     EXPECT_EQ(scene.label_colour, (std::array<float, 3>{0, 0, 0}));   // black on map 1
     s.opt.palette_choice = 2;

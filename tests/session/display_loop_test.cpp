@@ -51,18 +51,74 @@ TEST(DisplayLoop, KeysAndDragsTurnTheMoleculeAndTheCloseSavesWhatIsSeen) {
     EXPECT_NEAR(z_of_h, 0.0, 1e-3);
     EXPECT_GT(std::fabs(x_of_h), 0.1);
 
-    // The same turn by a drag to the right; moves only count while the button is down.
+    // The same turn by a drag to the right across half the view; moves only
+    // count while the button is down.
     TestSession drag;
     std::string script = "move 0.9 0.5\npress 0.1 0.5\n";
-    for (int i = 1; i <= 45; ++i) script += "move " + std::to_string(0.1 + i * 0.01) + " 0.5\n";
-    script += "move 0.55 0.5\nrelease 0.55 0.5\nmove 0.1 0.1\n";   // a move without change turns nothing
+    for (int i = 1; i <= 50; ++i) script += "move " + std::to_string(0.1 + i * 0.01) + " 0.5\n";
+    script += "move 0.6 0.5\nrelease 0.6 0.5\nmove 0.1 0.1\n";   // a move without change turns nothing
     run_on_water(drag, script);
-    EXPECT_EQ(*files::read_lines(drag.scratch() + "/water.xyz"), lines);
+    auto dragged = *files::read_lines(drag.scratch() + "/water.xyz");
+    ASSERT_EQ(dragged.size(), lines.size());
+    for (std::size_t k = 1; k < lines.size(); ++k)
+        for (int at : {12, 23, 35}) {
+            int width = at == 12 ? 11 : 12;
+            EXPECT_NEAR(std::stod(dragged[k].substr(at, width)), std::stod(lines[k].substr(at, width)), 2e-5) << k;
+        }
     bool rotating = false;
     for (const auto& [field, text] : drag.tk.status_writes()) rotating |= field == 10 && text == "Rotating";
     EXPECT_TRUE(rotating);
     EXPECT_FALSE(drag.s.flags.mouse_rotating);
     EXPECT_EQ(drag.s.flags.sphere_slices, 32);
+}
+
+// The wheel zooms within the same limits as the menu.
+TEST(DisplayLoop, TheWheelZooms) {
+    TestSession t;
+    run_on_water(t, "wheel 3\nwheel -1\n");
+    EXPECT_FLOAT_EQ(t.s.flags.zoom, 1.2f);
+    TestSession far;
+    run_on_water(far, "wheel 100\n");
+    EXPECT_FLOAT_EQ(far.s.flags.zoom, 3.8f);
+}
+
+// An answer in field 9 stands through turns, zooms and an uncovered window,
+// and goes with the next command, whether it came from the menu or the
+// tool bar (the same command).
+TEST(DisplayLoop, AnAnswerStandsUntilTheNextCommand) {
+    TestSession t;
+    run_on_water(t, "menu 40044\nkey 258\nexpose\nresize\nwheel 1\nmenu 40009\n");
+    const auto& seen = t.tk.field9_when_asked();
+    ASSERT_GE(seen.size(), 7u);
+    const std::string formula = "O   1 H   2 ";
+    EXPECT_EQ(seen[1], formula);
+    for (int k = 2; k <= 5; ++k) EXPECT_EQ(seen[k], formula) << k;
+    EXPECT_NE(seen[6], formula);   // Step-1 is a command of its own
+}
+
+// A turn survives everything that does not set out to undo it: Setup,
+// zoom, an uncovered window, a redraw of the picture.
+TEST(DisplayLoop, ATurnSurvivesSetupZoomAndUncovering) {
+    TestSession t;
+    run_on_water(t, repeat("key 260", 45) + "menu 40039\nexpose\nmenu 40004\ndialog 106 ok 1053=1\nkey R\n");
+    auto lines = *files::read_lines(t.scratch() + "/water.xyz");
+    EXPECT_NEAR(std::stod(lines[2].substr(35, 12)), 0.0, 1e-3);   // still turned into the xy plane
+}
+
+// Start-up does its work once: one frame and one write of the job's files
+// before the window waits for the user.
+TEST(DisplayLoop, StartUpDrawsOnceBeforeGoingIdle) {
+    TestSession t;
+    int frames = -1, writes = -1;
+    t.tk.set_ask_hook([&](int asked) {
+        if (asked != 1) return;
+        frames = t.renderer.frames;
+        writes = 0;
+        for (const auto& [field, text] : t.tk.status_writes()) writes += field == 4;
+    });
+    run_on_water(t, "close\n");
+    EXPECT_EQ(frames, 1);
+    EXPECT_EQ(writes, 1);   // every write of the job's files shows the atom count
 }
 
 TEST(DisplayLoop, RedrawKeyAndStepMenu) {
@@ -108,11 +164,32 @@ TEST(View, PickingAndDragRules) {
     EXPECT_FLOAT_EQ(pick_tolerance_for(9), 0.05f);
     EXPECT_FLOAT_EQ(pick_tolerance_for(10), 0.02f);
     EXPECT_FLOAT_EQ(pick_tolerance_for(20), 0.01f);
-    EXPECT_EQ(drag_key(0.5f, 0.5f, 0.6f, 0.55f), kKeyYPlus);
-    EXPECT_EQ(drag_key(0.5f, 0.5f, 0.4f, 0.5f), kKeyYMinus);
-    EXPECT_EQ(drag_key(0.5f, 0.5f, 0.6f, 0.6f), kKeyXMinus);   // a tie counts as vertical
-    EXPECT_EQ(drag_key(0.5f, 0.5f, 0.5f, 0.4f), kKeyXPlus);
-    EXPECT_EQ(drag_key(0.5f, 0.5f, 0.5f, 0.5f), 0);
+}
+
+// A drag turns by the distance moved: the same drag sent as 5 or as 50 move
+// events ends at the same angle, and a sideways drag across the view is
+// half a turn about y.
+TEST(View, ADragTurnsByTheDistanceNotByTheEvents) {
+    auto drag = [](int moves, float to_x, float to_y) {
+        auto t = std::make_unique<TestSession>();
+        Store& st = t->s.store;
+        st.disp_natoms = 1;
+        st.disp_x[1] = 1, st.disp_y[1] = 0, st.disp_z[1] = 0;
+        drag_rotation(t->s, Event{.x = 0.2f, .y = 0.5f, .command = kCommandPress});
+        for (int k = 1; k <= moves; ++k) {
+            float f = static_cast<float>(k) / moves;
+            drag_rotation(t->s, Event{.x = 0.2f + (to_x - 0.2f) * f, .y = 0.5f + (to_y - 0.5f) * f, .moved = true});
+        }
+        drag_rotation(t->s, Event{.x = to_x, .y = to_y, .command = kCommandRelease});
+        return std::array<float, 3>{st.disp_x[1], st.disp_y[1], st.disp_z[1]};
+    };
+    auto five = drag(5, 0.325f, 0.5f), fifty = drag(50, 0.325f, 0.5f);
+    for (int c = 0; c < 3; ++c) EXPECT_NEAR(five[c], fifty[c], 1e-5f);
+    EXPECT_NEAR(five[0], std::cos(22.5f / 57.29578f), 1e-5f);   // 0.125 of the view: 22.5 degrees
+    auto across = drag(20, 1.2f, 0.5f);
+    EXPECT_NEAR(across[0], -1.0f, 1e-4f);
+    auto up = drag(7, 0.2f, 0.6f);                                // upwards turns about x
+    EXPECT_NEAR(up[0], 1.0f, 1e-6f);
 }
 
 TEST(View, RotateLoopEndsOnKeyOrAfterADrag) {

@@ -3,7 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 #include "display/colours.h"
+#include "session/setup_file.h"
 #include "support/test_support.h"
 #include "toolkit/files.h"
 
@@ -42,6 +45,30 @@ TEST(Setup, AnswersGoToTheOptionsByTheirRules) {
 
     EXPECT_FALSE(run_setup(t.s).confirmed);            // Cancel changes nothing
     EXPECT_FLOAT_EQ(t.s.opt.atom_size, 0.4f);
+}
+
+// Setup's choices survive a restart: a whole session confirms Setup, the
+// next one starts with them; a damaged file keeps the defaults it cannot read.
+TEST(Setup, ChoicesSurviveARestart) {
+    TestSession t;
+    run_on_water(t, "menu 40004\ndialog 106 ok 1014=40 1036=1 1078=0.4 1101=3 1053=1\nclose\n");
+    TestSession again;
+    std::filesystem::copy_file(t.s.inst.cfgset + "/setup.def", again.s.inst.cfgset + "/setup.def");
+    run_on_water(again, "close\n");
+    EXPECT_FLOAT_EQ(again.s.opt.atom_size, 0.4f);
+    EXPECT_TRUE(again.s.opt.labels_on);
+    EXPECT_FLOAT_EQ(again.s.opt.label_size, 0.08f);
+    EXPECT_FLOAT_EQ(again.s.tinker.tk_auto_cycles, 3.0f);
+    EXPECT_EQ(again.s.opt.palette_choice, 3);
+
+    Options o;
+    TinkerSettings k;
+    read_setup_lines({"atom_size 9e9", "labels_on yes", "bond_width", "palette_choice 7", "tk_curve 2", "junk 1"}, o, k);
+    EXPECT_FLOAT_EQ(o.atom_size, 1.0f);    // held within its range
+    EXPECT_FALSE(o.labels_on);             // not a number: the default stays
+    EXPECT_FLOAT_EQ(o.bond_width, 0.2f);
+    EXPECT_EQ(o.palette_choice, 3);
+    EXPECT_FLOAT_EQ(k.tk_curve, 2.0f);
 }
 
 TEST(Setup, ColouringByMoleculeLeavesTheBondsAlone) {

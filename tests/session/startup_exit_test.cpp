@@ -41,7 +41,7 @@ TEST(StartupExit, FirstStartWithNoWordsOpensPtestInScratchAndLeavesNoFiles) {
     EXPECT_TRUE(file_present(cfg + "/RASCOL.DEF"));
     EXPECT_TRUE(file_present(cfg + "/engines.def"));
     EXPECT_EQ(t.s.job.name, "ptest");
-    EXPECT_EQ(t.tk.window_title(), kWindowTitle);
+    EXPECT_EQ(t.tk.window_title(), std::string("ptest - ") + kWindowTitle);
     EXPECT_EQ(t.tk.status(1), "Job");
     EXPECT_EQ(t.tk.status(2), "1:ptest");
     EXPECT_EQ(t.tk.status(3), "Atoms");

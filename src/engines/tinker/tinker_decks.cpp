@@ -25,11 +25,13 @@ std::string tinker_program(const Session& s, const std::string& name) {
     return on_path(name);
 }
 
-bool tinker_installed(const Session& s) {
+std::string missing_tinker_program(const Session& s) {
     for (const char* name : kTinkerPrograms)
-        if (tinker_program(s, name).empty()) return false;
-    return true;
+        if (tinker_program(s, name).empty()) return name;
+    return "";
 }
+
+bool tinker_installed(const Session& s) { return missing_tinker_program(s).empty(); }
 
 std::vector<std::string> tinker_batch(const Session& s, const std::string& program, bool blank_line,
                                       const std::string& answers) {

@@ -22,6 +22,8 @@ inline constexpr const char* kTinkerPrograms[] = {"minimize", "optimize", "analy
 std::string tinker_dir(const Session& s);
 // Every needed program present and executable in the Tinker directory.
 bool tinker_installed(const Session& s);
+// The first Tinker program that cannot be found, or "".
+std::string missing_tinker_program(const Session& s);
 // Full path of one Tinker program.
 std::string tinker_program(const Session& s, const std::string& name);
 

@@ -12,6 +12,7 @@
 #include "engines/tinker/tinker_decks.h"
 #include "engines/tinker/tinker_runs.h"
 #include "engines/tinker/undefined_params.h"
+#include "session/config.h"
 #include "session/display_loop.h"
 #include "session/jobs.h"
 #include "session/openers.h"
@@ -27,6 +28,16 @@ namespace zentol {
 namespace {
 
 using Next = ModeNext;
+
+// Without its programs the mode is not entered; the user is told which one
+// is missing where the answers of commands stand, until the next command.
+bool enter_possible(Session& s) {
+    std::string missing = missing_tinker_program(s);
+    if (missing.empty()) return true;
+    s.tk.WindowOutStatusBar(status_message_field, "Tinker's " + missing + " is not installed: set \"tinker_dir\" in " +
+                                                      cfg_path(s, "engines.def"));
+    return false;
+}
 
 bool enter(Session& s) {
     if (!tinker_installed(s)) return false;
@@ -121,7 +132,7 @@ Next run_mode(Session& s) {
 }  // namespace
 
 void tinker_mode(Session& s) {
-    if (!tinker_installed(s)) return;
+    if (!enter_possible(s)) return;
     while (run_mode(s) == Next::Rebuild) {
     }
     leave(s);

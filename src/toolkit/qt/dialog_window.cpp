@@ -176,6 +176,7 @@ void DialogWindow::add_field(const FieldDesc& f, QFormLayout* form, QHBoxLayout*
         }
     }
     w->setObjectName("field_" + QString::number(f.id));
+    if (auto tip = model_.desc().tips.find(f.id); tip != model_.desc().tips.end()) w->setToolTip(qs(tip->second));
     w->setEnabled(v.enabled);
     widgets_[f.id] = w;
 }

@@ -88,7 +88,10 @@ void GlSurface::exposeEvent(QExposeEvent*) {
     // whatever comes back on the screen is drawn again at once.
     const bool now = isExposed();
     if (now) render(scene_);
-    if (now && !was_exposed_) emit exposed();
+    // The first showing is the start, which draws anyway; only a return to
+    // the screen after being hidden or minimised is news to the logic.
+    if (now && !was_exposed_ && shown_before_) emit exposed();
+    if (now) shown_before_ = true;
     was_exposed_ = now;
 }
 
@@ -98,6 +101,7 @@ bool GlSurface::event(QEvent* event) {
         case QEvent::MouseButtonRelease:
         case QEvent::MouseButtonDblClick:
         case QEvent::MouseMove:
+        case QEvent::Wheel:
         case QEvent::KeyPress:
         case QEvent::KeyRelease:
             // The window lies exactly over the view, so positions carry over.

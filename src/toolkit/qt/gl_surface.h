@@ -38,7 +38,8 @@ public:
     void set_scene(const Scene* scene) { scene_ = scene; }
 
 signals:
-    // The window came on the screen (shown, mapped again, restored).
+    // The window came back on the screen (mapped again, restored) after
+    // having been shown once.
     void exposed();
 
 protected:
@@ -57,6 +58,7 @@ private:
     QString error_;
     bool failed_ = false;
     bool was_exposed_ = false;
+    bool shown_before_ = false;
 };
 
 }  // namespace zentol

@@ -4,6 +4,7 @@
 
 #include <QAction>
 #include <QCloseEvent>
+#include <QKeySequence>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
@@ -81,7 +82,14 @@ QString MainWindow::status_text(int field) const {
 
 QAction* MainWindow::add_item(QWidget* menu, const MenuEntry& entry) {
     auto* action = new QAction(menu);
-    const QString key = QString::fromStdString(entry.shortcut);
+    QString key = QString::fromStdString(entry.shortcut);
+    // A single letter is the logic's own key, only shown; a combination
+    // such as Ctrl+O or F1 is a real shortcut of the window.
+    if (key.size() > 1) {
+        action->setShortcut(QKeySequence(key));
+        action->setShortcutContext(Qt::WindowShortcut);
+        key.clear();
+    }
     action->setProperty(kKeyProperty, key);
     action->setText(item_text(menu_label(entry.text), key));
     action->setData(entry.id);
@@ -140,6 +148,7 @@ void MainWindow::build_toolbar(const ToolbarDesc& desc) {
     tool_bar_->setMovable(false);
     tool_bar_->setFocusPolicy(Qt::NoFocus);
     addToolBar(tool_bar_);
+    tool_bar_->setVisible(!desc.buttons.empty());
     for (const ToolButton& b : desc.buttons) {
         QAction* action = tool_bar_->addAction(QString::fromStdString(b.text));
         action->setToolTip(QString::fromStdString(b.tooltip));

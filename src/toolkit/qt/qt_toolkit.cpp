@@ -42,6 +42,10 @@ void QtToolkit::window_open(int width, int height, const std::string& title) {
     window_->view()->setFocus();
 }
 
+void QtToolkit::set_window_title(const std::string& title) {
+    if (window_) window_->setWindowTitle(qs(title));
+}
+
 void QtToolkit::status_bar_parts(const std::vector<int>& widths) {
     if (window_) window_->set_status_parts(widths);
 }
@@ -59,7 +63,11 @@ void QtToolkit::menu_load(int menu_id) {
         QMessageBox::warning(parent_widget(), "Zentol", "Cannot read the menu bar: " + qs(error));
         return;
     }
-    if (window_) window_->build_menu(*desc);
+    if (!window_) return;
+    window_->build_menu(*desc);
+    // Each mode's buttons mean its own commands: a new menu bar takes the
+    // old tool bar away until the mode puts up its own.
+    window_->build_toolbar(ToolbarDesc{});
 }
 
 void QtToolkit::WMenuToolbar(int toolbar_id) {

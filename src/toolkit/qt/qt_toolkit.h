@@ -38,6 +38,8 @@ public:
     void window_open(int width, int height, const std::string& title) override;
     void status_bar_parts(const std::vector<int>& widths) override;
     void WindowOutStatusBar(int field, const std::string& text) override;
+    void set_window_title(const std::string& title) override;
+    std::string status_field(int field) const override { return status_text(field).toStdString(); }
     void menu_load(int menu_id) override;
     void WMenuToolbar(int toolbar_id) override;
     void WMenuSetState(int id, int which, int value) override;

@@ -401,7 +401,10 @@ void ScenePainter::release() {
 }
 
 void ScenePainter::set_camera(QOpenGLShaderProgram& p, int width, int height, const Tile* tile) {
-    static const Matrix4 projection = perspective_matrix();
+    // The aspect of the whole picture (of all its tiles), so spheres stay round.
+    const bool tiled = tile && tile->full_width > 0 && tile->full_height > 0;
+    const int full_w = tiled ? tile->full_width : width, full_h = tiled ? tile->full_height : height;
+    const Matrix4 projection = perspective_matrix(static_cast<double>(std::max(full_w, 1)) / std::max(full_h, 1));
     static const Matrix4 look = look_at_matrix();
     float view[16];
     for (int k = 0; k < 16; ++k) view[k] = static_cast<float>(look[k]);

@@ -4,6 +4,7 @@
 
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QWheelEvent>
 #include <QPalette>
 #include <QVBoxLayout>
 
@@ -88,13 +89,11 @@ void ViewWidget::finish() {
 
 QString ViewWidget::gl_error() const { return surface_ ? surface_->error() : QString("no surface"); }
 
-// Qt paints the widget when it is shown or resized (the GL window over it
-// draws itself); the logic hears of it. Its own frames go to the GL window
-// alone and cause no paint here.
-void ViewWidget::paintEvent(QPaintEvent* event) {
-    QWidget::paintEvent(event);
-    sink_(Message{MessageType::Expose, 0, 0, 0});
-}
+// Qt paints the widget whenever anything passed over it (a menu, a dialog,
+// a tool tip); the GL window keeps the picture by itself, so the logic is
+// not told. It hears only of the window coming back on the screen after
+// being hidden or minimised (GlSurface::exposed).
+void ViewWidget::paintEvent(QPaintEvent* event) { QWidget::paintEvent(event); }
 
 void ViewWidget::resizeEvent(QResizeEvent* event) {
     QWidget::resizeEvent(event);
@@ -129,6 +128,16 @@ void ViewWidget::mouseReleaseEvent(QMouseEvent* event) {
     int b = button_number(event->button());
     if (b == 0) return QWidget::mouseReleaseEvent(event);
     sink_(mouse_message(MessageType::MouseUp, b, event->position()));
+}
+
+// One step is 15 degrees of wheel (120 eighths); finer wheels and touch
+// pads add up to whole steps.
+void ViewWidget::wheelEvent(QWheelEvent* event) {
+    wheel_eighths_ += event->angleDelta().y();
+    const int steps = wheel_eighths_ / 120;
+    wheel_eighths_ -= steps * 120;
+    if (steps != 0) sink_(Message{MessageType::Wheel, steps, 0, 0});
+    event->accept();
 }
 
 void ViewWidget::mouseMoveEvent(QMouseEvent* event) {

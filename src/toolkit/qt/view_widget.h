@@ -56,6 +56,7 @@ protected:
     void mousePressEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
 
 private:
     // A mouse message at a position in widget pixels, given as fractions of
@@ -65,6 +66,7 @@ private:
     MessageSink sink_;
     QPointer<GlSurface> surface_;   // owned by its container, a child of this widget
     const Scene* scene_ = nullptr;
+    int wheel_eighths_ = 0;   // wheel turn not yet a whole step (fine-grained wheels and pads)
 };
 
 }  // namespace zentol

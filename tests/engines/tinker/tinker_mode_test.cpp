@@ -65,12 +65,22 @@ TEST(TinkerMode, MinimizeTakesTheNewStructureKeepsTheLabelsAndLogsTheEnergy) {
     EXPECT_NEAR(bond(ts.t.s.store, 1, 2), 1.534059, 1e-4);                // the minimised structure
 }
 
-TEST(TinkerMode, WithoutTinkerTheButtonDoesNothing) {
+TEST(TinkerMode, WithoutTinkerTheButtonSaysWhatIsMissing) {
     TinkerSession ts;
     ts.t.s.engines.values["tinker_dir"] = ts.t.dir / "nowhere";
-    ts.run("menu 40013\nmenu 40008\nclose\n");
+    ts.run("menu 40013\nkey 258\nexpose\nmenu 40008\nclose\n");
     EXPECT_TRUE(ts.t.tk.message_boxes().empty());
     EXPECT_FALSE(file_present(ts.t.scratch() + "/ZENTOL.BAT"));
+    // The message stands through a turn and an uncovering of the window,
+    // and goes with the next command.
+    const auto& seen = ts.t.tk.field9_when_asked();
+    ASSERT_GE(seen.size(), 5u);
+    const std::string said = "Tinker's minimize is not installed: set \"tinker_dir\" in " +
+                             ts.t.s.inst.cfgset + "/engines.def";
+    EXPECT_EQ(seen[1], said);   // asked for the key, the expose and the next command
+    EXPECT_EQ(seen[2], said);
+    EXPECT_EQ(seen[3], said);
+    EXPECT_NE(seen[4], said);
 }
 
 TEST(TinkerMode, DynamicsCutsTheArchiveAndReplaysItsFrames) {

@@ -14,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include "display/projection.h"
+#include "display/scene.h"
 #include "display/view.h"
 #include "session/config.h"
 #include "session/session.h"
@@ -102,11 +103,12 @@ protected:
         return n;
     }
 
-    // Where atom i stands in a picture of this size by the projection the
-    // logic picks with (fractions of the view, y from the bottom).
+    // Where atom i is drawn in a picture of this size (its own aspect).
     QPoint at(int i, const QSize& size) const {
-        return {static_cast<int>(s.store.screen_x[i] * size.width()),
-                static_cast<int>((1.0f - s.store.screen_y[i]) * size.height())};
+        const float z = s.flags.zoom;
+        auto p = project_point(s.store.disp_x[i] * z, s.store.disp_y[i] * z, s.store.disp_z[i] * z,
+                               Viewport{size.width(), size.height()});
+        return {static_cast<int>(p.first * size.width()), static_cast<int>((1.0f - p.second) * size.height())};
     }
     Rgb palette(int entry) const {
         return {static_cast<int>(std::lround(s.palette.r[entry] * 255)),
@@ -217,21 +219,26 @@ TEST_F(GlViewTest, PicksDragsAndLabelsChangeThePicture) {
     EXPECT_TRUE(close_to(pixel(frame(), o.x(), o.y()), lit(2, 16), 8));
     s.view.pick_count = 0;
 
-    // While dragging only thin sticks are left: above O's centre, off its
-    // bond, is background.
+    // A small molecule keeps its whole picture while it is dragged: above
+    // O's centre, off its bond, the atom is still there.
     const int above = o.y() - 6;
     draw_scene(s);
-    EXPECT_FALSE(close_to(pixel(frame(), o.x(), above), palette(1), 30));
+    const Rgb still = pixel(frame(), o.x(), above);
+    EXPECT_FALSE(close_to(still, palette(1), 30));
     s.flags.mouse_rotating = true;
     draw_scene(s);
-    EXPECT_TRUE(close_to(pixel(frame(), o.x(), above), palette(1), 1));
+    EXPECT_TRUE(close_to(pixel(frame(), o.x(), above), still, 8));
     s.flags.mouse_rotating = false;
 
-    // Black labels up and to the right of each atom.
-    auto p = project_point(s.store.disp_x[4] + s.opt.label_offset, s.store.disp_y[4] + s.opt.label_offset,
-                           s.store.disp_z[4] + 0.7, Viewport{});
+    // Black labels to the right of each atom, where the scene puts them.
     QSize size = frame().size();
-    QRect box(static_cast<int>(p.first * size.width()), static_cast<int>((1 - p.second) * size.height()) - 30, 30, 30);
+    s.opt.labels_on = true;
+    Scene with_labels;
+    build_scene(s, with_labels);
+    s.opt.labels_on = false;
+    const SceneLabel& l = with_labels.labels[3];
+    auto p = project_point(l.x, l.y, l.z, Viewport{size.width(), size.height()});
+    QRect box(static_cast<int>(p.first * size.width()), static_cast<int>((1 - p.second) * size.height()) - 25, 40, 30);
     draw_scene(s);
     const int without = dark_pixels(frame(), box);
     s.opt.labels_on = true;

@@ -248,12 +248,14 @@ TEST_F(QtToolkitTest, MouseMessagesGiveButtonsAndFractions) {
     EXPECT_EQ(tk.pending_messages(), 0u);
 }
 
-TEST_F(QtToolkitTest, ExposeAndResizeAreCoalesced) {
+TEST_F(QtToolkitTest, RepaintsAreNotExposuresAndResizesAreCoalesced) {
     drain();
+    // Qt repaints the view whenever a menu or a dialog passed over it: the
+    // picture keeps itself and the logic is not told.
     tk.view()->repaint();
     tk.view()->repaint();
-    ASSERT_EQ(tk.pending_messages(), 1u);
-    EXPECT_EQ(tk.next_message().type, MessageType::Expose);
+    settle();
+    EXPECT_EQ(tk.pending_messages(), 0u);
 
     const int old_width = tk.window_size(1);
     tk.main_window()->resize(900, 700);

@@ -1,0 +1,251 @@
+// The real window as a user drives it: the display loop runs while Qt
+// events arrive from timers, as from a mouse and keys. A turn survives
+// menus, dialogs, zoom and a hard copy; spheres are round at every size;
+// a drag turns by its length; the wheel zooms.
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMouseEvent>
+#include <QOpenGLContext>
+#include <QTimer>
+#include <QWheelEvent>
+
+#include <array>
+#include <cmath>
+#include <filesystem>
+#include <functional>
+#include <vector>
+
+#include "display/image.h"
+#include "display/projection.h"
+#include "session/config.h"
+#include "session/display_loop.h"
+#include "session/session.h"
+#include "session/store_ops.h"
+#include "structure_files/xyz_file.h"
+#include "support/test_support.h"
+#include "toolkit/files.h"
+#include "toolkit/qt/main_window.h"
+#include "toolkit/qt/qt_renderer.h"
+#include "toolkit/qt/qt_toolkit.h"
+#include "toolkit/qt/qt_test_support.h"
+
+namespace zentol {
+namespace {
+
+using testing::TempDir;
+using testing::test_data;
+using testing::write_file;
+
+// One atom in the middle, for the roundness of a sphere.
+const char* const kOneAtom = "     1 one\n     1  S      0.000000    0.000000    0.000000    15\n";
+
+class WindowSession : public ::testing::Test {
+protected:
+    void open(const std::string& xyz_text, int width = 800, int height = 600) {
+        QOpenGLContext probe;
+        if (!probe.create()) GTEST_SKIP() << "no OpenGL on this display (run under xvfb-run)";
+        s.inst = installation_at(dir / "inst", dir / "work", ZENTOL_DATA_DIR);
+        prepare_installation(s.inst);
+        tk.set_ui_dir(s.inst.data_dir + "/ui");
+        tk.window_open(width, height, "Zentol window test");
+        tk.menu_load(30001);
+        tk.WMenuToolbar(30101);
+        tk.status_bar_parts({400, 1500, 620, 700, 620, 700, 600, 600, 3200, 1000});
+        tk.wait_hundredths(10);
+        const std::string job_dir = dir / "job";
+        write_file(job_dir + "/mol.xyz", xyz_text);
+        std::filesystem::current_path(job_dir);
+        s.job.name = "mol";
+        element_lookup(s.store, &tk, "", kLookupConfirmAll);
+        int status = 0;
+        read_job_xyz(s, status);
+        ASSERT_EQ(status, kXyzRead);
+        prepare_display(s);
+        save_and_reload(s);
+    }
+    void TearDown() override { tk.close_all(); }
+
+    // Runs the display loop while the steps run one after another, each
+    // 60 ms after the last; the last step closes the window.
+    void run_loop(std::vector<std::function<void()>> steps) {
+        steps.push_back([this] { tk.main_window()->close(); });
+        schedule(std::move(steps), 0);
+        s.flags.session_running = 10;
+        display_loop(s);
+    }
+    void schedule(std::vector<std::function<void()>> steps, std::size_t k) {
+        if (k >= steps.size()) return;
+        QTimer::singleShot(60, [this, steps = std::move(steps), k]() mutable {
+            steps[k]();
+            schedule(std::move(steps), k + 1);
+        });
+    }
+
+    QWidget* view() { return tk.main_window()->view(); }
+    void key(int qt_key) {
+        QKeyEvent press(QEvent::KeyPress, qt_key, Qt::NoModifier);
+        QApplication::sendEvent(view(), &press);
+    }
+    void mouse(QEvent::Type type, QPointF at) {
+        Qt::MouseButton b = Qt::LeftButton;
+        QMouseEvent e(type, at, view()->mapToGlobal(at), b, type == QEvent::MouseButtonRelease ? Qt::NoButton : b,
+                      Qt::NoModifier);
+        QApplication::sendEvent(view(), &e);
+    }
+    void command(int id) {
+        if (QAction* a = tk.main_window()->menu_action(id)) a->trigger();
+        else ADD_FAILURE() << "no menu item " << id;
+    }
+    std::vector<float> turn() const {
+        std::vector<float> xyz;
+        for (int i = 1; i <= s.store.disp_natoms; ++i)
+            xyz.insert(xyz.end(), {s.store.disp_x[i], s.store.disp_y[i], s.store.disp_z[i]});
+        return xyz;
+    }
+    static void expect_same_turn(const std::vector<float>& a, const std::vector<float>& b, const char* after) {
+        ASSERT_EQ(a.size(), b.size()) << after;
+        for (std::size_t k = 0; k < a.size(); ++k) EXPECT_NEAR(a[k], b[k], 1e-4f) << after;
+    }
+
+    TempDir dir;
+    QtToolkit tk;
+    QtRenderer renderer{tk};
+    Session s{tk, renderer};
+};
+
+// Width and height of the disc around the middle of a picture: the run of
+// pixels that are not the background of the corner.
+std::array<int, 2> disc_size(const QImage& image) {
+    const QColor bg = image.pixelColor(0, 0);
+    auto lit = [&](int x, int y) {
+        QColor c = image.pixelColor(x, y);
+        return std::abs(c.red() - bg.red()) + std::abs(c.green() - bg.green()) + std::abs(c.blue() - bg.blue()) > 30;
+    };
+    const int cx = image.width() / 2, cy = image.height() / 2;
+    int left = cx, right = cx, top = cy, bottom = cy;
+    while (left > 0 && lit(left - 1, cy)) --left;
+    while (right < image.width() - 1 && lit(right + 1, cy)) ++right;
+    while (top > 0 && lit(cx, top - 1)) --top;
+    while (bottom < image.height() - 1 && lit(cx, bottom + 1)) ++bottom;
+    return {right - left + 1, bottom - top + 1};
+}
+
+TEST_F(WindowSession, ATurnSurvivesMenusADialogZoomAndAHardCopy) {
+    const std::string benzene = testing::read_file(std::string(ZENTOL_TEST_DATA) + "/../../examples/benzene.xyz");
+    open(benzene);
+    if (IsSkipped()) return;
+    std::vector<float> turned, after_menus, after_dialog, after_zoom, after_copy;
+    std::vector<std::function<void()>> steps;
+    for (int k = 0; k < 12; ++k) steps.push_back([this] { key(Qt::Key_Right); });
+    steps.push_back([&] { key(Qt::Key_Up); });
+    steps.push_back([&] { turned = turn(); });
+    // Every menu of the bar opened and closed, as a user browsing them.
+    for (QAction* top : tk.main_window()->menuBar()->actions()) {
+        steps.push_back([this, top] {
+            if (QMenu* m = top->menu()) m->popup(view()->mapToGlobal(QPoint(20, 20)));
+        });
+        steps.push_back([top] {
+            if (QMenu* m = top->menu()) m->close();
+        });
+    }
+    steps.push_back([&] { after_menus = turn(); });
+    steps.push_back([&] {
+        qt_testing::on_modal([](QDialog* d) { d->reject(); });   // Setup, cancelled
+        command(40004);
+    });
+    steps.push_back([&] { after_dialog = turn(); });
+    steps.push_back([&] { command(40039); });
+    steps.push_back([&] { after_zoom = turn(); });
+    steps.push_back([&] {
+        qt_testing::on_modal([](QDialog* d) {
+            d->accept();   // PNG, the job's name
+            qt_testing::on_modal([](QDialog* r) { r->accept(); });   // 1280 x 960
+        });
+        command(40064);
+    });
+    steps.push_back([&] { after_copy = turn(); });
+    run_loop(steps);
+
+    ASSERT_FALSE(turned.empty());
+    expect_same_turn(turned, after_menus, "the menus");
+    expect_same_turn(turned, after_dialog, "a dialog");
+    expect_same_turn(turned, after_zoom, "zoom");
+    expect_same_turn(turned, after_copy, "a hard copy");
+    // The picture holds the turned molecule: each atom stands where the
+    // turned display copy projects in a picture of its size.
+    auto png = decode_png(testing::read_file(dir / "job/mol_01.png"));
+    ASSERT_TRUE(png);
+    EXPECT_EQ(png->width, 1280);
+    for (int i = 1; i <= 6; ++i) {   // the carbons: grey, not the black background
+        auto p = project_point(s.store.disp_x[i] * s.flags.zoom, s.store.disp_y[i] * s.flags.zoom,
+                               s.store.disp_z[i] * s.flags.zoom, Viewport{1280, 960});
+        auto rgb = pixel(*png, static_cast<int>(p.first * 1280), static_cast<int>((1 - p.second) * 960));
+        EXPECT_GT(rgb[0] + rgb[1] + rgb[2], 90) << "atom " << i;
+    }
+}
+
+TEST_F(WindowSession, ASphereIsRoundAtEverySizeAndInAHardCopy) {
+    open(kOneAtom);
+    if (IsSkipped()) return;
+    for (QSize size : {QSize(800, 600), QSize(1000, 750), QSize(700, 900)}) {
+        tk.main_window()->resize(size);
+        tk.wait_hundredths(20);
+        project_atoms(s);
+        draw_scene(s);
+        QImage frame = tk.main_window()->view()->grab_frame();
+        auto [w, h] = disc_size(frame);
+        EXPECT_GT(w, 10);
+        EXPECT_LE(std::abs(w - h), 2) << size.width() << "x" << size.height() << ": " << w << " x " << h;
+    }
+    auto copy = renderer.render_image(s, 1280, 960);
+    ASSERT_TRUE(copy);
+    QImage picture(copy->rgb.data(), copy->width, copy->height, copy->width * 3, QImage::Format_RGB888);
+    auto [w, h] = disc_size(picture);
+    EXPECT_LE(std::abs(w - h), 2) << "hard copy: " << w << " x " << h;
+}
+
+TEST_F(WindowSession, ADragTurnsByItsLengthAndTheWheelZooms) {
+    const std::string benzene = testing::read_file(std::string(ZENTOL_TEST_DATA) + "/../../examples/benzene.xyz");
+    open(benzene);
+    if (IsSkipped()) return;
+    auto drag = [&](int moves) {
+        std::vector<std::function<void()>> steps;
+        const QPointF from(200, 250);
+        steps.push_back([&, from] { mouse(QEvent::MouseButtonPress, from); });
+        // Each move a step of its own, so the loop takes them one by one.
+        for (int k = 1; k <= moves; ++k)
+            steps.push_back([&, from, k, moves] { mouse(QEvent::MouseMove, from + QPointF(100.0 * k / moves, 0)); });
+        steps.push_back([&, from] { mouse(QEvent::MouseButtonRelease, from + QPointF(100, 0)); });
+        std::vector<float> before = turn();
+        run_loop(steps);
+        return std::make_pair(before, turn());
+    };
+    auto [start5, end5] = drag(5);
+    // The same drag again on the molecule as it was, in fifty events.
+    write_file(dir / "job/mol.xyz", benzene);
+    int status = 0;
+    read_job_xyz(s, status);
+    prepare_display(s);
+    auto [start50, end50] = drag(50);
+    expect_same_turn(start5, start50, "the start of both drags");
+    expect_same_turn(end5, end50, "the same drag in 5 and in 50 events");
+    float moved = 0;   // it did turn
+    for (std::size_t k = 0; k < end5.size(); ++k) moved = std::max(moved, std::fabs(end5[k] - start5[k]));
+    EXPECT_GT(moved, 0.05f);
+
+    std::vector<std::function<void()>> wheel{[this] {
+        QWheelEvent e(QPointF(100, 100), view()->mapToGlobal(QPointF(100, 100)), QPoint(), QPoint(0, 240),
+                      Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(view(), &e);
+    }};
+    const float zoom = s.flags.zoom;
+    run_loop(wheel);
+    EXPECT_FLOAT_EQ(s.flags.zoom, zoom + 0.2f);
+}
+
+}  // namespace
+}  // namespace zentol
