@@ -194,6 +194,29 @@ TEST_F(QtToolkitTest, ToolBarFollowsTheFileAndSharesStateWithTheMenu) {
     expect_message(next_input(), MessageType::Menu, 40060);
 }
 
+// Each mode shows only its own buttons: a mode's menu bar takes the Display
+// tool bar away, and a mode with a tool bar of its own puts it up.
+TEST_F(QtToolkitTest, AModeShowsOnlyItsOwnToolBarAndTheMenuHasItsShortcuts) {
+    tk.menu_load(30001);
+    tk.WMenuToolbar(30101);
+    MainWindow* w = tk.main_window();
+    EXPECT_EQ(w->menu_action(40005)->shortcut(), QKeySequence("Ctrl+O"));
+    EXPECT_EQ(w->menu_action(40007)->shortcut(), QKeySequence("Ctrl+S"));
+    EXPECT_EQ(w->menu_action(40020)->shortcut(), QKeySequence("Ctrl+Q"));
+    EXPECT_EQ(w->menu_action(40006)->shortcut(), QKeySequence("F1"));
+    EXPECT_TRUE(w->menu_action(40003)->shortcut().isEmpty());   // the B key goes to the view
+
+    tk.menu_load(30004);   // Mopac mode: no tool bar of its own
+    EXPECT_FALSE(w->tool_action(40013));
+    EXPECT_TRUE(w->tool_bar()->isHidden());
+    EXPECT_TRUE(w->tool_bar()->actions().isEmpty());
+    tk.menu_load(30006);   // Tinker mode: its own
+    tk.WMenuToolbar(30102);
+    EXPECT_FALSE(w->tool_bar()->isHidden());
+    EXPECT_FALSE(w->tool_action(40014));    // no "Mopac" button that would run Tinker's 14
+    EXPECT_TRUE(w->tool_action(40008));
+}
+
 TEST_F(QtToolkitTest, TwoStateToolButtonAlternatesItsCommands) {
     use_ui({{"menus/900.toolbar", "button 40007/40063 \"Save\" \"Save the job\"\n"}});
     tk.WMenuToolbar(900);
