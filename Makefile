@@ -51,6 +51,7 @@ bench: build
 	./$(BUILD)/bench/mopac_listing_bench
 	./$(BUILD)/bench/orca_update_bench
 	xvfb-run -a ./$(BUILD)/bench/frame_bench
+	xvfb-run -a ./$(BUILD)/bench/startup_bench
 
 clean:
 	rm -rf $(BUILD) $(ASAN_BUILD)

@@ -120,20 +120,13 @@ std::optional<text::TextLines> read_text_lines(const std::string& name) {
 }
 
 std::optional<std::vector<std::string>> read_lines(const std::string& name) {
-    auto content = read_text(name);
-    if (!content) return std::nullopt;
-    std::vector<std::string> lines;
-    std::size_t start = 0;
-    while (start < content->size()) {
-        std::size_t end = content->find('\n', start);
-        if (end == std::string::npos) end = content->size();
-        std::size_t stop = end;
-        if (stop > start && (*content)[stop - 1] == '\r') --stop;
-        lines.emplace_back(content->substr(start, stop - start));
-        start = end + 1;
-    }
-    return lines;
+    // The one reader of text files: decoded and split the same way for every
+    // caller, whichever engine or editor wrote the file.
+    auto lines = read_text_lines(name);
+    if (!lines) return std::nullopt;
+    return lines->strings();
 }
+
 
 namespace {
 

@@ -18,7 +18,9 @@ std::string resolve(const std::string& name);
 bool exists(const std::string& name);
 long long size(const std::string& name);            // -1 when there is no such file
 std::optional<std::string> read_text(const std::string& name);
-// Lines without their line ends (LF or CRLF); nullopt when the file can't be read.
+// Lines without their line ends, decoded as read_text_lines does (a
+// byte-order mark read, carriage returns dropped); nullopt when the file
+// can't be read. For the readers that keep lines of their own.
 std::optional<std::vector<std::string>> read_lines(const std::string& name);
 // An engine's output: read once into one buffer, decoded by its byte-order
 // mark, carriage returns dropped, split into line views.
