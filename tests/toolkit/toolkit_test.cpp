@@ -166,6 +166,33 @@ TEST(Files, NamesMeetWhateverTheirCaseAndWritesAreWhole) {
     EXPECT_TRUE(files::matches("job.012", "job.0*"));
     EXPECT_TRUE(files::matches("MV12.ins", "mv*.INS"));
     EXPECT_FALSE(files::matches("job.xyz", "job.?"));
+    // A name is taken literally once escaped: "w?ter" and "*" mean themselves.
+    EXPECT_FALSE(files::matches("water.xyz", files::escape_pattern("w?ter") + ".*"));
+    EXPECT_TRUE(files::matches("w?ter.xyz", files::escape_pattern("w?ter") + ".*"));
+    EXPECT_FALSE(files::matches("a.b", files::escape_pattern("*") + ".*"));
+}
+
+// A job file that is a link stays a link, the file it names is written, and
+// a file keeps its permissions; a failed write leaves the old file whole.
+TEST(Files, WritesGoThroughLinksAndKeepPermissions) {
+    TempDir dir;
+    const std::string d = dir.path();
+    write_file(d + "/real.xyz", "old\n");
+    std::filesystem::permissions(d + "/real.xyz", std::filesystem::perms(0640));
+    std::filesystem::create_symlink("real.xyz", d + "/job.xyz");
+    ASSERT_TRUE(files::write_atomic(d + "/job.xyz", "new\n"));
+    EXPECT_TRUE(std::filesystem::is_symlink(d + "/job.xyz"));
+    EXPECT_EQ(read_file(d + "/real.xyz"), "new\n");
+    EXPECT_EQ(std::filesystem::status(d + "/real.xyz").permissions() & std::filesystem::perms::all,
+              std::filesystem::perms(0640));
+    ASSERT_TRUE(files::copy(d + "/real.xyz", d + "/copy.xyz"));
+    EXPECT_EQ(read_file(d + "/copy.xyz"), "new\n");
+
+    std::string why;
+    EXPECT_FALSE(files::write_atomic(d + "/no/such/folder/x.xyz", "x", &why));
+    EXPECT_EQ(why, "No such file or directory");
+    EXPECT_FALSE(files::copy(d + "/missing.xyz", d + "/copy.xyz", &why));
+    EXPECT_EQ(read_file(d + "/copy.xyz"), "new\n");   // untouched by the failed copy
 }
 
 TEST(Process, HostileWordsStayOneWord) {
