@@ -290,6 +290,19 @@ std::string column_field(std::string_view line, int first, int width) {
     return out;
 }
 
+std::vector<std::string_view> split_words(std::string_view line) {
+    std::vector<std::string_view> out;
+    auto blank = [](char c) { return c == ' ' || c == '\t'; };
+    std::size_t i = 0;
+    while (i < line.size()) {
+        while (i < line.size() && blank(line[i])) ++i;
+        const std::size_t start = i;
+        while (i < line.size() && !blank(line[i])) ++i;
+        if (i > start) out.push_back(line.substr(start, i - start));
+    }
+    return out;
+}
+
 int count_words(std::string_view line) {
     int words = 0;
     char prev = ' ';

@@ -72,6 +72,9 @@ std::size_t trimmed_length(std::string_view s);
 std::string_view trim_right(std::string_view s);
 std::string_view trim(std::string_view s);
 
+// The blank-separated words of a line (blanks and tabs), as views into it.
+std::vector<std::string_view> split_words(std::string_view line);
+
 // Words as the general word count sees them: a word starts where a
 // character above ',' follows a blank (or the line's start).
 int count_words(std::string_view line);

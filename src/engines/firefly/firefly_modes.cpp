@@ -8,18 +8,6 @@ namespace zentol {
 
 namespace {
 
-std::vector<std::string_view> words_of(std::string_view line) {
-    std::vector<std::string_view> out;
-    std::size_t i = 0;
-    while (i < line.size()) {
-        while (i < line.size() && line[i] == ' ') ++i;
-        const std::size_t start = i;
-        while (i < line.size() && line[i] != ' ') ++i;
-        if (i > start) out.push_back(line.substr(start, i - start));
-    }
-    return out;
-}
-
 // The label of a row of values ("FREQUENCY:", "IR INTENSITY:") and the
 // text behind its colon; an empty label for any other record.
 std::string_view row_label(std::string_view line, std::string_view& rest) {
@@ -33,7 +21,7 @@ std::string_view row_label(std::string_view line, std::string_view& rest) {
 //  MODES    2 TO    7 ARE TAKEN AS ROTATIONS AND TRANSLATIONS. (GAMESS-US)
 bool rigid_modes(std::string_view line, ListingModes& m) {
     if (line.find("ARE TAKEN AS ROTATIONS AND TRANSLATIONS") == std::string_view::npos) return false;
-    const auto w = words_of(line);
+    const auto w = text::split_words(line);
     if (w.size() < 4 || w[0] != "MODES" || w[2] != "TO") return false;
     m.rigid_first = static_cast<int>(text::read_i(w[1]).value_or(0));
     m.rigid_last = static_cast<int>(text::read_i(w[3]).value_or(0));
@@ -44,7 +32,7 @@ bool rigid_modes(std::string_view line, ListingModes& m) {
 //        FREQUENCY:      4805.54 I   1793.00 I   1317.42 I      2.28        2.09
 std::vector<double> frequencies(std::string_view rest) {
     std::vector<double> out;
-    for (std::string_view w : words_of(rest)) {
+    for (std::string_view w : text::split_words(rest)) {
         if (w == "I" && !out.empty()) out.back() = -out.back();
         else if (auto v = text::read_f(w)) out.push_back(*v);
     }
@@ -53,7 +41,7 @@ std::vector<double> frequencies(std::string_view rest) {
 
 std::vector<double> values(std::string_view rest) {
     std::vector<double> out;
-    for (std::string_view w : words_of(rest))
+    for (std::string_view w : text::split_words(rest))
         if (auto v = text::read_f(w)) out.push_back(*v);
     return out;
 }

@@ -314,19 +314,6 @@ std::optional<std::size_t> read_charges(LineViews lines, int natoms, MopacListin
 
 // ---- Step 4: spin densities ----
 
-// The blank-separated words of a line.
-std::vector<Line> words(Line line) {
-    std::vector<Line> out;
-    std::size_t i = 0;
-    while (i < line.size()) {
-        while (i < line.size() && line[i] == ' ') ++i;
-        const std::size_t start = i;
-        while (i < line.size() && line[i] != ' ') ++i;
-        if (i > start) out.push_back(line.substr(start, i - start));
-    }
-    return out;
-}
-
 // A table row begins with the atom number in columns 1-5.
 bool is_atom_row(Line line) {
     const std::string field = text::column_field(line, 1, 5);
@@ -346,7 +333,7 @@ bool is_atom_row(Line line) {
 //          Atomic
 //     1  C  1.0910  0.026  0.033  0.033  1.000
 std::optional<double> spin_total(Line row, bool uhf) {
-    const std::vector<Line> w = words(row);
+    const std::vector<Line> w = text::split_words(row);
     if (w.size() < (uhf ? 3u : 2u)) return std::nullopt;
     return text::read_f(uhf ? w[2] : w.back());
 }

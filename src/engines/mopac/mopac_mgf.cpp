@@ -10,18 +10,6 @@ namespace {
 
 using Line = std::string_view;
 
-std::vector<Line> words(Line line) {
-    std::vector<Line> out;
-    std::size_t i = 0;
-    while (i < line.size()) {
-        while (i < line.size() && line[i] == ' ') ++i;
-        const std::size_t start = i;
-        while (i < line.size() && line[i] != ' ') ++i;
-        if (i > start) out.push_back(line.substr(start, i - start));
-    }
-    return out;
-}
-
 bool ends_orbital(Line line) {
     return text::trimmed_length(line) == 0 || line.starts_with(" ORBITAL") || line.starts_with(" INVERSE_MATRIX") ||
            line.starts_with(" Keywords");
@@ -42,7 +30,7 @@ void read_coefficients(Line line, std::vector<double>& out) {
 // " ORBITAL 2 1a'    -29.5957": occupancy, symmetry label, energy; then the
 // coefficients.
 std::size_t read_mgf_orbital(LineViews mgf, std::size_t at, Mop2016Vectors& v) {
-    const auto w = words(mgf[at]);
+    const auto w = text::split_words(mgf[at]);
     MgfOrbital o;
     if (w.size() >= 3) {
         o.occupancy = static_cast<int>(text::read_i(w[1]).value_or(0));

@@ -16,18 +16,6 @@ namespace {
 
 using text::TextLines;
 
-std::vector<std::string_view> words_of(std::string_view line) {
-    std::vector<std::string_view> out;
-    std::size_t i = 0;
-    while (i < line.size()) {
-        while (i < line.size() && line[i] == ' ') ++i;
-        const std::size_t start = i;
-        while (i < line.size() && line[i] != ' ') ++i;
-        if (i > start) out.push_back(line.substr(start, i - start));
-    }
-    return out;
-}
-
 std::size_t last_line_containing(const TextLines& l, std::string_view key, std::size_t from = 0) {
     std::size_t found = l.size();
     for (std::size_t i = from; i < l.size(); ++i)
@@ -39,7 +27,7 @@ std::size_t last_line_containing(const TextLines& l, std::string_view key, std::
 std::optional<double> value_after(std::string_view line, std::string_view key) {
     const std::string_view t = text::trim(line);
     if (t.substr(0, key.size()) != key) return std::nullopt;
-    auto w = words_of(t.substr(key.size()));
+    auto w = text::split_words(t.substr(key.size()));
     if (w.empty()) return std::nullopt;
     return text::read_f(w[0]);
 }
@@ -136,7 +124,7 @@ std::vector<Point3> force_orientation(const TextLines& l) {
     std::vector<Point3> atoms;
     const std::size_t key = last_line_containing(l, "ORIENTATION OF MOLECULE IN FORCE CALCULATION");
     for (std::size_t at = key + 1; at < l.size() && at < key + 5 + 2500; ++at) {
-        const auto w = words_of(l[at]);
+        const auto w = text::split_words(l[at]);
         const bool row = w.size() == 5 && text::read_i(w[0]).value_or(0) == static_cast<long long>(atoms.size()) + 1;
         std::optional<double> x = row ? text::read_f(w[2]) : std::nullopt, y = row ? text::read_f(w[3]) : std::nullopt,
                               z = row ? text::read_f(w[4]) : std::nullopt;

@@ -18,18 +18,6 @@ bool at(std::string_view r, std::size_t column, std::string_view key) {
     return r.size() >= column - 1 + key.size() && r.substr(column - 1, key.size()) == key;
 }
 
-std::vector<std::string_view> words(std::string_view r) {
-    std::vector<std::string_view> out;
-    std::size_t i = 0;
-    while (i < r.size()) {
-        while (i < r.size() && (r[i] == ' ' || r[i] == '\t')) ++i;
-        std::size_t start = i;
-        while (i < r.size() && r[i] != ' ' && r[i] != '\t') ++i;
-        if (i > start) out.push_back(r.substr(start, i - start));
-    }
-    return out;
-}
-
 // The charge rows of the first Mulliken block: "   0 C :   -0.004652",
 // the symbol in columns 6-7 and the charge in columns 10-20. A row that
 // is not one ends the block early (a cut listing, or fewer atoms).
@@ -94,7 +82,7 @@ std::size_t absorption_rows(const TextLines& lines, std::size_t i, StickLines& o
             out.emplace_back("  END");
             return i + 1;
         }
-        const auto w = words(r);
+        const auto w = text::split_words(r);
         if (w.size() < 6) continue;
         const auto last = text::read_f(w.back());
         const auto nm = text::read_f(w[w.size() - 6]);
@@ -214,7 +202,7 @@ std::optional<std::vector<OrcaAtom>> property_geometry(const TextLines& property
     std::vector<OrcaAtom> atoms;
     for (int k = 1; k <= natoms; ++k) {
         if (*last + k >= property.size()) return std::vector<OrcaAtom>{};
-        const auto w = words(property[*last + k]);
+        const auto w = text::split_words(property[*last + k]);
         if (w.size() < 5) return std::vector<OrcaAtom>{};
         OrcaAtom a{std::string(w[1]), {}};
         for (int c = 0; c < 3; ++c) {
@@ -232,7 +220,7 @@ std::optional<std::vector<OrcaAtom>> orca_xyz_geometry(const TextLines& xyz, int
     std::vector<OrcaAtom> atoms;
     for (int k = 0; k < natoms; ++k) {
         if (2u + k >= xyz.size()) return std::nullopt;
-        const auto w = words(xyz[2 + k]);
+        const auto w = text::split_words(xyz[2 + k]);
         if (w.size() < 4) return std::nullopt;
         OrcaAtom a{std::string(w[0]), {}};
         for (int c = 0; c < 3; ++c) {
