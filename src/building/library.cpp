@@ -71,18 +71,23 @@ void append_atoms(Store& st, Toolkit* tk, const Store& added) {
 
 }  // namespace
 
+int append_molecule_lines(Store& st, Toolkit* tk, const std::vector<std::string>& lines) {
+    auto added = std::make_unique<Store>();
+    int charge = 0, multiplicity = 1;
+    if (parse_xyz(lines, *added, nullptr, charge, multiplicity) != kXyzRead || added->natoms == 0)
+        return kAppendFailed;
+    const bool was_empty = st.natoms == 0;
+    append_atoms(st, tk, *added);
+    rebuild_bond_list(st);
+    return was_empty ? kAppendStarted : kAppendJoined;
+}
+
 int append_molecule_file(Session& s, const std::string& path) {
     auto lines = files::read_lines(path);
     if (!lines) return kAppendFailed;
-    auto added = std::make_unique<Store>();
-    int charge = 0, multiplicity = 1;
-    if (parse_xyz(*lines, *added, nullptr, charge, multiplicity) != kXyzRead || added->natoms == 0)
-        return kAppendFailed;
-    const bool was_empty = s.store.natoms == 0;
-    append_atoms(s.store, &s.tk, *added);
-    rebuild_bond_list(s.store);
-    write_job_files(s);
-    return was_empty ? kAppendStarted : kAppendJoined;
+    const int result = append_molecule_lines(s.store, &s.tk, *lines);
+    if (result != kAppendFailed) write_job_files(s);
+    return result;
 }
 
 int append_library_file(Session& s, int code, const std::string& name) {

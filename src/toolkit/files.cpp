@@ -119,20 +119,24 @@ std::optional<text::TextLines> read_text_lines(const std::string& name) {
     return text::TextLines::from_bytes(std::move(*bytes));
 }
 
-std::optional<std::vector<std::string>> read_lines(const std::string& name) {
-    auto content = read_text(name);
-    if (!content) return std::nullopt;
+std::vector<std::string> split_lines(const std::string& content) {
     std::vector<std::string> lines;
     std::size_t start = 0;
-    while (start < content->size()) {
-        std::size_t end = content->find('\n', start);
-        if (end == std::string::npos) end = content->size();
+    while (start < content.size()) {
+        std::size_t end = content.find('\n', start);
+        if (end == std::string::npos) end = content.size();
         std::size_t stop = end;
-        if (stop > start && (*content)[stop - 1] == '\r') --stop;
-        lines.emplace_back(content->substr(start, stop - start));
+        if (stop > start && content[stop - 1] == '\r') --stop;
+        lines.emplace_back(content.substr(start, stop - start));
         start = end + 1;
     }
     return lines;
+}
+
+std::optional<std::vector<std::string>> read_lines(const std::string& name) {
+    auto content = read_text(name);
+    if (!content) return std::nullopt;
+    return split_lines(*content);
 }
 
 namespace {

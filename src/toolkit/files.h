@@ -20,6 +20,8 @@ long long size(const std::string& name);            // -1 when there is no such 
 std::optional<std::string> read_text(const std::string& name);
 // Lines without their line ends (LF or CRLF); nullopt when the file can't be read.
 std::optional<std::vector<std::string>> read_lines(const std::string& name);
+// The same split of a text already in memory.
+std::vector<std::string> split_lines(const std::string& content);
 // An engine's output: read once into one buffer, decoded by its byte-order
 // mark, carriage returns dropped, split into line views.
 std::optional<text::TextLines> read_text_lines(const std::string& name);
