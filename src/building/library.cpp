@@ -96,19 +96,22 @@ int append_library_file(Session& s, int code, const std::string& name) {
 
 std::vector<std::string> shifted_key_lines(const std::vector<std::string>& added, int n0) {
     std::vector<std::string> out;
-    for (const std::string& line : added) {
+    for (const std::string& raw : added) {
+        // Tinker reads a keyword behind leading blanks too.
+        const std::string line(text::trim(raw));
         const std::string upper = text::upper_case(line);
         if (upper.rfind("PARAMETER", 0) == 0) continue;
         if (upper.rfind("CHARGE", 0) == 0) {
             auto values = text::read_reals(std::string(6, ' ') + line.substr(std::min<std::size_t>(6, line.size())), 2);
-            if (values && values->size() == 2) {
+            // An atom number out of all reach is left as it stands.
+            if (values && values->size() == 2 && std::fabs((*values)[0]) < 1e9) {
                 long long atom = std::llround((*values)[0]);
                 atom = atom < 0 ? atom - n0 : atom + n0;
                 out.push_back("CHARGE" + text::format_i(atom, 6) + text::format_f((*values)[1], 10, 4));
                 continue;
             }
         }
-        out.emplace_back(text::trim(line));
+        out.push_back(line);
     }
     return out;
 }
