@@ -78,6 +78,14 @@ void align_to_symmetry(Session& s) {
     if (!lines) return;
     Store& st = s.store;
     const auto rows = read_symmetrised(*lines, st.natoms);
+    // Half an alignment would tear the molecule apart: every atom or none.
+    if (static_cast<int>(rows.size()) != st.natoms) {
+        s.tk.WMessageBox(kButtonsOk, MessageIcon::Exclamation, 1,
+                         "SYMMETRZ.OUT gives coordinates for " + std::to_string(rows.size()) + " of the " +
+                             std::to_string(st.natoms) + " atoms.\rThe molecule is left as it was.",
+                         "Align");
+        return;
+    }
     for (int i = 1; i <= static_cast<int>(rows.size()); ++i) {
         const auto& xyz = rows[static_cast<std::size_t>(i - 1)];
         const float y = static_cast<float>(xyz[1]), z = static_cast<float>(xyz[2]);
