@@ -18,7 +18,7 @@ cd "$(dirname "$0")/../.." || exit 2
 seeds() {
     case $1 in
     xyz) find tests/data data/library examples \( -name '*.xyz' -o -name '*.xyz_2' -o -name '*.0[0-9][0-9]' \) -type f ;;
-    key) find tests/data tests/fuzz/seeds/key \( -name '*.key' -o -name '*.log' \) -type f ;;
+    key) find tests/data -name '*.key' -type f; find tests/fuzz/seeds/key -type f ;;
     emphasis) find tests/fuzz/seeds/emphasis -type f ;;
     def) find data/cfgset tests/fuzz/seeds/def -type f ;;
     library) find data/library examples -name '*.xyz' -type f ;;
