@@ -33,6 +33,18 @@ std::string point_group_text(const PointGroupAnswer& a) {
     return "Point Group = " + a.group + text::format_f(a.deviation, 8, 4);
 }
 
+std::vector<std::array<double, 3>> read_symmetrised(const std::vector<std::string>& lines, int natoms) {
+    std::vector<std::array<double, 3>> rows;
+    for (int i = 1; i <= natoms && i <= static_cast<int>(lines.size()); ++i) {
+        std::string line = lines[static_cast<std::size_t>(i - 1)];
+        line.replace(0, std::min<std::size_t>(6, line.size()), std::string(std::min<std::size_t>(6, line.size()), ' '));
+        auto xyz = text::read_reals(line, 3);
+        if (!xyz || xyz->size() < 3) break;
+        rows.push_back({(*xyz)[0], (*xyz)[1], (*xyz)[2]});
+    }
+    return rows;
+}
+
 void point_group_command(Session& s) {
     if (s.store.natoms <= 2) return;
     write_job_files(s);
@@ -65,13 +77,19 @@ void align_to_symmetry(Session& s) {
     auto lines = files::read_lines("SYMMETRZ.OUT");
     if (!lines) return;
     Store& st = s.store;
-    for (int i = 1; i <= st.natoms && i <= static_cast<int>(lines->size()); ++i) {
-        std::string line = (*lines)[static_cast<std::size_t>(i - 1)];
-        line.replace(0, std::min<std::size_t>(6, line.size()), std::string(std::min<std::size_t>(6, line.size()), ' '));
-        auto xyz = text::read_reals(line, 3);
-        if (!xyz || xyz->size() < 3) break;
-        const float y = static_cast<float>((*xyz)[1]), z = static_cast<float>((*xyz)[2]);
-        st.atom_rec[i][kX] = static_cast<float>((*xyz)[0]);
+    const auto rows = read_symmetrised(*lines, st.natoms);
+    // Half an alignment would tear the molecule apart: every atom or none.
+    if (static_cast<int>(rows.size()) != st.natoms) {
+        s.tk.WMessageBox(kButtonsOk, MessageIcon::Exclamation, 1,
+                         "SYMMETRZ.OUT gives coordinates for " + std::to_string(rows.size()) + " of the " +
+                             std::to_string(st.natoms) + " atoms.\rThe molecule is left as it was.",
+                         "Align");
+        return;
+    }
+    for (int i = 1; i <= static_cast<int>(rows.size()); ++i) {
+        const auto& xyz = rows[static_cast<std::size_t>(i - 1)];
+        const float y = static_cast<float>(xyz[1]), z = static_cast<float>(xyz[2]);
+        st.atom_rec[i][kX] = static_cast<float>(xyz[0]);
         // A turn of 2 degrees about x, so that nothing lies exactly edge-on.
         st.atom_rec[i][kY] = 0.99939084f * y - 0.0348995f * z;
         st.atom_rec[i][kZ] = 0.0348995f * y + 0.99939084f * z;

@@ -3,6 +3,7 @@
 // coordinates taken over on request.
 #pragma once
 
+#include <array>
 #include <optional>
 #include <string>
 #include <vector>
@@ -21,6 +22,10 @@ std::optional<PointGroupAnswer> read_point_group_answer(const std::vector<std::s
 
 // "Point Group = D6h     0.0012"
 std::string point_group_text(const PointGroupAnswer& a);
+
+// The rows of SYMMETRZ.OUT, at most natoms: x y z behind the six columns of
+// the label. Reading stops at a row without three numbers.
+std::vector<std::array<double, 3>> read_symmetrised(const std::vector<std::string>& lines, int natoms);
 
 void point_group_command(Session& s);   // command 31
 void align_to_symmetry(Session& s);     // command 29

@@ -71,18 +71,23 @@ void append_atoms(Store& st, Toolkit* tk, const Store& added) {
 
 }  // namespace
 
+int append_molecule_lines(Store& st, Toolkit* tk, const std::vector<std::string>& lines) {
+    auto added = std::make_unique<Store>();
+    int charge = 0, multiplicity = 1;
+    if (parse_xyz(lines, *added, nullptr, charge, multiplicity) != kXyzRead || added->natoms == 0)
+        return kAppendFailed;
+    const bool was_empty = st.natoms == 0;
+    append_atoms(st, tk, *added);
+    rebuild_bond_list(st);
+    return was_empty ? kAppendStarted : kAppendJoined;
+}
+
 int append_molecule_file(Session& s, const std::string& path) {
     auto lines = files::read_lines(path);
     if (!lines) return kAppendFailed;
-    auto added = std::make_unique<Store>();
-    int charge = 0, multiplicity = 1;
-    if (parse_xyz(*lines, *added, nullptr, charge, multiplicity) != kXyzRead || added->natoms == 0)
-        return kAppendFailed;
-    const bool was_empty = s.store.natoms == 0;
-    append_atoms(s.store, &s.tk, *added);
-    rebuild_bond_list(s.store);
-    write_job_files(s);
-    return was_empty ? kAppendStarted : kAppendJoined;
+    const int result = append_molecule_lines(s.store, &s.tk, *lines);
+    if (result != kAppendFailed) write_job_files(s);
+    return result;
 }
 
 int append_library_file(Session& s, int code, const std::string& name) {
@@ -91,19 +96,22 @@ int append_library_file(Session& s, int code, const std::string& name) {
 
 std::vector<std::string> shifted_key_lines(const std::vector<std::string>& added, int n0) {
     std::vector<std::string> out;
-    for (const std::string& line : added) {
+    for (const std::string& raw : added) {
+        // Tinker reads a keyword behind leading blanks too.
+        const std::string line(text::trim(raw));
         const std::string upper = text::upper_case(line);
         if (upper.rfind("PARAMETER", 0) == 0) continue;
         if (upper.rfind("CHARGE", 0) == 0) {
             auto values = text::read_reals(std::string(6, ' ') + line.substr(std::min<std::size_t>(6, line.size())), 2);
-            if (values && values->size() == 2) {
+            // An atom number out of all reach is left as it stands.
+            if (values && values->size() == 2 && std::fabs((*values)[0]) < 1e9) {
                 long long atom = std::llround((*values)[0]);
                 atom = atom < 0 ? atom - n0 : atom + n0;
                 out.push_back("CHARGE" + text::format_i(atom, 6) + text::format_f((*values)[1], 10, 4));
                 continue;
             }
         }
-        out.emplace_back(text::trim(line));
+        out.push_back(line);
     }
     return out;
 }

@@ -8,7 +8,9 @@
 
 namespace zentol {
 
+class Toolkit;
 struct Session;
+struct Store;
 
 inline constexpr int kAppendFailed = 0;
 inline constexpr int kAppendJoined = 1;     // appended behind atoms already there
@@ -21,6 +23,9 @@ std::string library_path(const std::string& library_dir, int code, const std::st
 // Appends a Tinker XYZ file behind the present atoms, shifted along x past
 // them, then writes the job files. kAppendFailed leaves the atoms alone.
 int append_molecule_file(Session& s, const std::string& path);
+
+// The same for the file's lines, in the store alone (nothing is written).
+int append_molecule_lines(Store& st, Toolkit* tk, const std::vector<std::string>& lines);
 
 // append_molecule_file on the library file of a request code.
 int append_library_file(Session& s, int code, const std::string& name = "");

@@ -139,23 +139,37 @@ bool usable_folder(std::string_view dir) {
 }
 
 // Line n of the file as the folder it names; a line that is there but
-// unusable is set back to the default and the user is told.
-bool read_folder_line(Session& s, const std::vector<std::string>& lines, std::size_t n, std::string& dir,
-                      const char* what) {
+// unusable keeps the folder given and is listed as refused.
+bool read_folder_line(const std::vector<std::string>& lines, std::size_t n, std::string& dir, const char* what,
+                      ZentolDef& def) {
     if (lines.size() <= n || text::trim(lines[n]).empty()) return false;
     std::string_view named = text::trim(lines[n]);
     if (usable_folder(named)) {
         dir = std::string(named);
         return true;
     }
-    s.tk.WMessageBox(kButtonsOk, MessageIcon::Exclamation, 1,
-                     cfg_path(s, "zentol.def") + " named the " + what + " folder \"" + text::sanitise_text(named) +
-                         "\",\rwhich is not a full path. It is set back to " + dir + ".",
-                     "Zentol");
+    def.refused.emplace_back(what, std::string(named));
     return false;
 }
 
 }  // namespace
+
+ZentolDef parse_zentol_def(const std::vector<std::string>& lines, const std::string& library,
+                           const std::string& scratch) {
+    ZentolDef def;
+    def.library = library;
+    def.scratch = scratch;
+    bool ok = lines.size() >= 3;
+    ok = read_folder_line(lines, 0, def.library, "library", def) && ok;
+    ok = read_folder_line(lines, 1, def.scratch, "scratch", def) && ok;
+    if (ok) {
+        auto level = text::read_ints(lines[2], 1);
+        if (level && !level->empty()) def.level = static_cast<int>(std::clamp((*level)[0], 1LL, 3LL));
+        else ok = false;
+    }
+    def.complete = ok;
+    return def;
+}
 
 static void read_zentol_lines(Session& s, const std::string& path,
                               const std::optional<std::vector<std::string>>& lines) {
@@ -164,17 +178,18 @@ static void read_zentol_lines(Session& s, const std::string& path,
         files::write_atomic(path, zentol_def_text(s.job.library_dir, s.job.scratch_dir, 1));
         return;
     }
-    s.flags.user_level = 1;
-    bool ok = lines->size() >= 3;
-    ok = read_folder_line(s, *lines, 0, s.job.library_dir, "library") && ok;
-    ok = read_folder_line(s, *lines, 1, s.job.scratch_dir, "scratch") && ok;
-    if (ok) {
-        auto level = text::read_ints((*lines)[2], 1);
-        if (level && !level->empty()) s.flags.user_level = static_cast<int>(std::clamp((*level)[0], 1LL, 3LL));
-        else ok = false;
-    }
+    const ZentolDef def = parse_zentol_def(*lines, s.job.library_dir, s.job.scratch_dir);
+    for (const auto& [what, named] : def.refused)
+        s.tk.WMessageBox(kButtonsOk, MessageIcon::Exclamation, 1,
+                         path + " named the " + what + " folder \"" + text::sanitise_text(named) +
+                             "\",\rwhich is not a full path. It is set back to " +
+                             (what == "library" ? def.library : def.scratch) + ".",
+                         "Zentol");
+    s.job.library_dir = def.library;
+    s.job.scratch_dir = def.scratch;
+    s.flags.user_level = def.level;
     // A mended file keeps the directories that were read; the level goes back to Entry.
-    if (!ok) files::write_atomic(path, zentol_def_text(s.job.library_dir, s.job.scratch_dir, 1));
+    if (!def.complete) files::write_atomic(path, zentol_def_text(s.job.library_dir, s.job.scratch_dir, 1));
 }
 
 void write_user_level(Session& s) {
@@ -187,23 +202,31 @@ void write_user_level(Session& s) {
 
 std::string dir_def_name(const Session& s) { return std::string("dir") + s.job.instance_digit + ".def"; }
 
+std::string dir_from_lines(const std::vector<std::string>& lines) {
+    if (lines.empty()) return "";
+    std::string_view dir = text::trim(lines[0]);
+    return usable_folder(dir) ? std::string(dir) : "";   // a damaged file names no folder
+}
+
 std::string read_dir_file(const Session& s, const std::string& name) {
     auto lines = files::read_lines(cfg_path(s, name));
-    if (!lines || lines->empty()) return "";
-    std::string_view dir = text::trim((*lines)[0]);
-    return usable_folder(dir) ? std::string(dir) : "";   // a damaged file names no folder
+    return lines ? dir_from_lines(*lines) : "";
 }
 
 void write_dir_file(const Session& s, const std::string& name, const std::string& dir) {
     files::write_atomic(cfg_path(s, name), dir + "\n");
 }
 
+std::array<std::string, kRecentJobs + 1> parse_mru(const std::vector<std::string>& lines) {
+    std::array<std::string, kRecentJobs + 1> mru;
+    for (int k = 1; k <= kRecentJobs && k <= static_cast<int>(lines.size()); ++k)
+        mru[k] = std::string(text::trim(lines[k - 1]));
+    return mru;
+}
+
 void read_mru(Session& s) {
-    for (auto& e : s.job.mru) e.clear();
     auto lines = files::read_lines(cfg_path(s, "mrul.def"));
-    if (!lines) return;
-    for (int k = 1; k <= kRecentJobs && k <= static_cast<int>(lines->size()); ++k)
-        s.job.mru[k] = std::string(text::trim((*lines)[k - 1]));
+    s.job.mru = parse_mru(lines ? *lines : std::vector<std::string>{});
 }
 
 void write_mru(const Session& s) {

@@ -1,5 +1,6 @@
 #include "text/fixed_format.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
@@ -151,7 +152,8 @@ std::optional<std::vector<Item>> list_items(std::string_view line, int max_value
         if (star != std::string::npos) {
             auto r = parse_int(token.substr(0, star));
             if (!r || *r < 1) return std::nullopt;
-            item.repeat = *r;
+            // More repeats than values wanted read as many as are wanted.
+            item.repeat = std::min<long long>(*r, max_values);
             item.text = token.substr(star + 1);
         } else {
             item.text = token;

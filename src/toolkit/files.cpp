@@ -119,6 +119,12 @@ std::optional<text::TextLines> read_text_lines(const std::string& name) {
     return text::TextLines::from_bytes(std::move(*bytes));
 }
 
+std::vector<std::string> split_lines(const std::string& content) {
+    // Decoded and split as a file is: the fuzzers and in-memory readers see
+    // exactly what a reader of the same bytes on disk would.
+    return text::TextLines::from_bytes(std::string(content)).strings();
+}
+
 std::optional<std::vector<std::string>> read_lines(const std::string& name) {
     // The one reader of text files: decoded and split the same way for every
     // caller, whichever engine or editor wrote the file.
@@ -126,7 +132,6 @@ std::optional<std::vector<std::string>> read_lines(const std::string& name) {
     if (!lines) return std::nullopt;
     return lines->strings();
 }
-
 
 namespace {
 

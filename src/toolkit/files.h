@@ -22,6 +22,8 @@ std::optional<std::string> read_text(const std::string& name);
 // byte-order mark read, carriage returns dropped); nullopt when the file
 // can't be read. For the readers that keep lines of their own.
 std::optional<std::vector<std::string>> read_lines(const std::string& name);
+// The same split of a text already in memory.
+std::vector<std::string> split_lines(const std::string& content);
 // An engine's output: read once into one buffer, decoded by its byte-order
 // mark, carriage returns dropped, split into line views.
 std::optional<text::TextLines> read_text_lines(const std::string& name);

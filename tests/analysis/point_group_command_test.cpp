@@ -4,10 +4,12 @@
 
 #include <cmath>
 #include <filesystem>
+#include <memory>
 
 #include <gtest/gtest.h>
 
 #include "session/startup.h"
+#include "structure_files/xyz_file.h"
 #include "support/test_support.h"
 #include "toolkit/files.h"
 
@@ -16,16 +18,19 @@ using namespace zentol::testing;
 
 namespace {
 
+const char* const kWaterRows = "O1      0.0 0.0 0.1\\nH2      0.0 0.8 -0.5\\nH3      0.0 -0.8 -0.5\\n";
+
 // Writes the answer files the way the real program does, in the job
 // directory it is run in.
-void install_fake_program(TestSession& t, const std::string& group_line) {
+
+void install_fake_program(TestSession& t, const std::string& group_line, const std::string& rows = kWaterRows) {
     const std::string fake = t.dir / "fake_symmol";
     write_file(fake, "#!/bin/sh\n"
                      "test -f SYMMOL.INP || exit 1\n"
                      "printf '  The molecule is aligned\\n' > MOL_AL.TXT\n"
                      "printf ' \\n" + group_line + "\\nmore\\n' > SYMMOL.OUT\n"
                      "printf 'listing\\n' > SYMMOL.LST\n"
-                     "printf 'O1      0.0 0.0 0.1\\nH2      0.0 0.8 -0.5\\nH3      0.0 -0.8 -0.5\\n' > SYMMETRZ.OUT\n");
+                     "printf '" + rows + "' > SYMMETRZ.OUT\n");
     std::filesystem::permissions(fake, std::filesystem::perms::owner_all);
     t.s.engines.values["symmol"] = fake;
 }
@@ -75,6 +80,32 @@ TEST(PointGroup, C1LeavesAlignOffAndAMissingProgramIsTold) {
     run_on_water(none, "menu 40031\n");
     ASSERT_EQ(none.tk.message_boxes().size(), 1u);
     EXPECT_NE(none.tk.message_boxes()[0].find("point-group program"), std::string::npos);
+}
+
+// A coordinate of the aligned frame too wide for its column (a molecule
+// spread over 10000 A) leaves a row the command cannot read: the atoms
+// before it used to be aligned and the rest left where they were.
+TEST(PointGroup, AlignTakesEveryAtomOrNone) {
+    TestSession t;
+    install_fake_program(t, "C2v     0.0300", "O1      0.0 0.0 0.1\\nH2    ************  0.8 -0.5\\nH3      0.0 -0.8 -0.5\\n");
+    run_on_water(t, "menu 40031\nmenu 40029\n");
+    const auto boxes = messages_but_ptest_question(t);
+    EXPECT_EQ(boxes.size(), 1u);
+    EXPECT_NE(boxes.empty() ? std::string::npos : boxes[0].find("SYMMETRZ.OUT gives coordinates for 1 of the 3 atoms"),
+              std::string::npos);
+    EXPECT_NE(t.tk.status(9), "View down principal axis/symm op");
+    // The exit keeps the molecule as seen: compare its shape with the file's.
+    auto water = std::make_unique<Store>();
+    int charge = 0, multiplicity = 1;
+    ASSERT_EQ(parse_xyz(files::split_lines(read_file(test_data("water.xyz"))), *water, nullptr, charge, multiplicity),
+              kXyzRead);
+    auto d = [](const Store& st, int a, int b) {
+        float sum = 0;
+        for (int c = 0; c < 3; ++c) sum += std::pow(st.atom_rec[a][c] - st.atom_rec[b][c], 2.0f);
+        return std::sqrt(sum);
+    };
+    for (auto [a, b] : {std::pair{1, 2}, std::pair{1, 3}, std::pair{2, 3}})
+        EXPECT_NEAR(d(t.s.store, a, b), d(*water, a, b), 1e-4) << a << "-" << b;
 }
 
 TEST(PointGroup, BenzeneIsD6hWithTheRealProgram) {

@@ -69,6 +69,12 @@ TEST_F(Append, KeyLinesAndChargesOfTheAddedMoleculeJoinTheJobs) {
     EXPECT_EQ(shifted_key_lines(added, 10),
               (std::vector<std::string>{"CHARGE   -13    0.2500", "CHARGE    12   -0.5000", "polarizable"}));
 
+    // Tinker reads keywords behind blanks too: such a parameters line is
+    // dropped and such a charge renumbered. An atom number beyond reach
+    // stays as it stands.
+    EXPECT_EQ(shifted_key_lines({"   parameters /elsewhere/mm3", "  CHARGE    -3    0.2500", "CHARGE -1e300 0.5"}, 10),
+              (std::vector<std::string>{"CHARGE   -13    0.2500", "CHARGE -1e300 0.5"}));
+
     write_file("job_chg.log", "# job\nO1   -0.8\nH2    0.4\nH3    0.4\n");
     write_file(t.dir / "add/water_chg.log", "# water\nO1   -0.7\nH2    0.35\nH3    0.35\n");
     write_file(t.dir / "add/water.key", "parameters mm3\nCHARGE    -1   -0.7000\n");

@@ -106,6 +106,8 @@ TEST(JobFiles, EmphasisLines) {
     EXPECT_EQ(apply_emphasis_lines(st, {"EMPHASISE THE FIRST 0", "O2"}), 0);   // reading stops
     EXPECT_EQ(apply_emphasis_lines(st, {"EMPHASISE THE FIRST 3"}), 0);         // n equal to the count
     EXPECT_EQ(apply_emphasis_lines(st, {"CEN3"}), 0);                          // CEN keeps its case
+    // A damaged count (nothing, repeated 2e17 times) once hung the reader.
+    EXPECT_EQ(apply_emphasis_lines(st, {"EMPHASISE THE FiRST\r\r\r\r\r222222222222222222*", "222", "CEN "}), 0);
 }
 
 TEST(JobFiles, BondAndTypeListsAndValueLogs) {

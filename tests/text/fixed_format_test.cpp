@@ -75,6 +75,15 @@ TEST(FixedFormat, ListDirectedInput) {
     EXPECT_TRUE(read_reals("", 3)->empty());
 }
 
+// Repeat counts in damaged files: a count far beyond the values wanted is
+// read as the values wanted, at once (a null value repeated 2e17 times
+// hung the reader), and counts never add up past the largest number.
+TEST(FixedFormat, HugeRepeatCountsOfDamagedLinesReadAtOnce) {
+    EXPECT_TRUE(read_ints("\r\r\r\r\r222222222222222222*", 1)->empty());
+    EXPECT_EQ(*read_ints("1 9223372036854775807*5", 3), (std::vector<long long>{1, 5, 5}));
+    EXPECT_EQ(*read_reals("99999999999*0.5, 2*", 4), (std::vector<double>{0.5, 0.5, 0.5, 0.5}));
+}
+
 TEST(FixedFormat, FreeRecordsAsGfortranListsThem) {
     EXPECT_EQ((FreeRecord() << 1 << 2).str(), "           1           2");
     EXPECT_EQ((FreeRecord() << "Zentol " << "ptest").str(), " Zentol ptest");

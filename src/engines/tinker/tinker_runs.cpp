@@ -129,17 +129,23 @@ std::string frame_name(const std::string& job, int counter) {
     return job + (c < 10 ? ".00" : ".0") + std::to_string(c);
 }
 
+std::vector<std::vector<std::string>> archive_frames(const std::vector<std::string>& lines, int natoms,
+                                                     int max_frames) {
+    std::vector<std::vector<std::string>> frames;
+    if (natoms < 1) return frames;
+    const std::size_t per_frame = static_cast<std::size_t>(natoms) + 1;
+    for (std::size_t at = 0; at + per_frame <= lines.size() && static_cast<int>(frames.size()) < max_frames;
+         at += per_frame)
+        frames.emplace_back(lines.begin() + static_cast<long>(at), lines.begin() + static_cast<long>(at + per_frame));
+    return frames;
+}
+
 int cut_archive(const std::string& archive, const std::string& job, int natoms) {
     auto lines = files::read_lines(archive);
-    if (!lines || natoms < 1) return 0;
-    const std::size_t per_frame = static_cast<std::size_t>(natoms) + 1;
-    int counter = 1;
-    for (std::size_t at = 0; at + per_frame <= lines->size() && counter <= 500; at += per_frame, ++counter) {
-        std::vector<std::string> frame(lines->begin() + static_cast<long>(at),
-                                       lines->begin() + static_cast<long>(at + per_frame));
-        files::write_lines(frame_name(job, counter), frame);
-    }
-    return counter - 1;
+    if (!lines) return 0;
+    const auto frames = archive_frames(*lines, natoms);
+    for (std::size_t k = 0; k < frames.size(); ++k) files::write_lines(frame_name(job, static_cast<int>(k) + 1), frames[k]);
+    return static_cast<int>(frames.size());
 }
 
 std::vector<std::string> frame_files(const std::string& job) {

@@ -30,6 +30,10 @@ std::string frame_name(const std::string& job, int counter);
 // at most 500 frames (the 100th on all land in job.099). Returns the number
 // of frames read.
 int cut_archive(const std::string& archive, const std::string& job, int natoms);
+// The frames of an archive's lines, natoms + 1 lines each, at most
+// max_frames; a short frame at the end is left out.
+std::vector<std::vector<std::string>> archive_frames(const std::vector<std::string>& lines, int natoms,
+                                                     int max_frames = 500);
 // The job's frame files job.0*, in name order, at most 99.
 std::vector<std::string> frame_files(const std::string& job);
 
