@@ -49,6 +49,8 @@ bench: build
 	./$(BUILD)/bench/bond_perception_bench
 	./$(BUILD)/bench/mopac_listing_bench
 	xvfb-run -a ./$(BUILD)/bench/frame_bench
+	xvfb-run -a ./$(BUILD)/bench/rotation_bench
+	xvfb-run -a ./$(BUILD)/bench/fragment_bench
 
 clean:
 	rm -rf $(BUILD) $(ASAN_BUILD)
