@@ -1,6 +1,8 @@
 #include "toolkit/qt/scene_batches.h"
 
 #include <algorithm>
+#include <cmath>
+#include <cstring>
 
 #include "display/scene.h"
 #include "session/molecule_store.h"
@@ -11,6 +13,16 @@ namespace {
 
 // Past this many moves a frame the previous order is not worth keeping.
 constexpr int kMovesPerItem = 8;
+
+// Slots of the sphere index: a power of two, at least twice the spheres.
+constexpr std::size_t kSphereSlots = 8192;
+static_assert(kSphereSlots >= 2 * std::size_t(kAtomRows));
+
+std::uint32_t bits_of(float v) {
+    std::uint32_t b;
+    std::memcpy(&b, &v, sizeof b);
+    return b;
+}
 
 // Grows a per-frame array only when a scene outgrows the largest molecule.
 template <typename T>
@@ -64,12 +76,46 @@ void DepthOrder::sort(const std::vector<float>& keys, int n) {
     }
 }
 
+SphereIndex::SphereIndex() : slots_(kSphereSlots) {}
+
+void SphereIndex::clear() {
+    count_ = 0;
+    if (++stamp_ != 0) return;
+    for (Slot& s : slots_) s.stamp = 0;   // after 2^32 frames
+    stamp_ = 1;
+}
+
+std::size_t SphereIndex::slot_of(float x, float y, float z) const {
+    const std::uint32_t h = bits_of(x) * 73856093u ^ bits_of(y) * 19349663u ^ bits_of(z) * 83492791u;
+    std::size_t k = (h ^ (h >> 15)) & (slots_.size() - 1);
+    while (slots_[k].stamp == stamp_ && !(slots_[k].x == x && slots_[k].y == y && slots_[k].z == z))
+        k = (k + 1) & (slots_.size() - 1);
+    return k;
+}
+
+void SphereIndex::add(float x, float y, float z, float radius) {
+    if (count_ >= slots_.size() / 2) return;   // more spheres than any molecule: they just hide nothing
+    Slot& s = slots_[slot_of(x, y, z)];
+    if (s.stamp == stamp_) {
+        s.radius = std::max(s.radius, radius);
+        return;
+    }
+    s = {x, y, z, radius, stamp_};
+    ++count_;
+}
+
+float SphereIndex::radius_at(float x, float y, float z) const {
+    const Slot& s = slots_[slot_of(x, y, z)];
+    return s.stamp == stamp_ ? s.radius : 0.0f;
+}
+
 SceneBatches::SceneBatches() {
     const std::size_t spheres = kAtomRows, sticks = 2 * kMaxBonds;
     spheres_.resize(spheres * kSphereCorners * kSphereFloats);
     sticks_.resize(sticks * kQuadCorners * kStickFloats);
     stick_first_.resize(sticks);
     stick_joined_.resize(sticks);
+    stick_trim_.resize(2 * sticks);
     keys_.resize(std::max(spheres, sticks));
     sphere_order_.reserve(spheres);
     stick_order_.reserve(sticks);
@@ -85,10 +131,14 @@ void SceneBatches::build_spheres(const Scene& scene, const Matrix4& view) {
     sphere_count_ = n;
     float* key = room(keys_, static_cast<std::size_t>(n));
     bool opaque = true;
+    atoms_.clear();
     for (int i = 0; i < n; ++i) {
         const SceneSphere& s = scene.spheres[static_cast<std::size_t>(i)];
-        key[i] = static_cast<float>(view[2] * s.x + view[6] * s.y + view[10] * s.z + view[14]) + s.radius;
+        const float z = static_cast<float>(view[2] * s.x + view[6] * s.y + view[10] * s.z + view[14]);
+        key[i] = z + s.radius;
         opaque = opaque && s.alpha >= 1.0f;
+        // A sphere the near or far plane cuts open hides nothing inside.
+        if (s.alpha >= 1.0f && -(z + s.radius) > kNear && -(z - s.radius) < kFar) atoms_.add(s.x, s.y, s.z, s.radius);
     }
     spheres_opaque_ = opaque;
     if (opaque) sphere_order_.sort(keys_, n);
@@ -103,27 +153,44 @@ void SceneBatches::build_spheres(const Scene& scene, const Matrix4& view) {
     }
 }
 
+// The fraction of a stick of this length that lies inside the opaque sphere
+// centred at its end (x, y, z), if there is one: every point of the stick
+// nearer the centre than sqrt(R^2 - r^2) along its axis is inside. A hair
+// less, against rounding.
+float SceneBatches::hidden_fraction(float x, float y, float z, float length, float stick_radius) const {
+    const float sphere = atoms_.radius_at(x, y, z);
+    if (sphere <= stick_radius || !(length > 0)) return 0;
+    return 0.999f * std::sqrt(sphere * sphere - stick_radius * stick_radius) / length;
+}
+
 void SceneBatches::build_sticks(const Scene& scene, const Matrix4& view) {
     const auto& in = scene.sticks;
     const std::size_t total = in.size();
     std::uint32_t* first = room(stick_first_, total);
     std::uint8_t* joined = room(stick_joined_, total);
+    float* trim = room(stick_trim_, 2 * total);
     float* key = room(keys_, total);
+    auto eye_z = [&view](float x, float y, float z) {
+        return static_cast<float>(view[2] * x + view[6] * y + view[10] * z + view[14]);
+    };
     int n = 0;
     bool opaque = true;
     for (std::size_t k = 0; k < total; ++k) {
         const SceneStick& a = in[k];
         const bool join = k + 1 < total && sticks_join(a, in[k + 1]);
         const SceneStick& b = join ? in[k + 1] : a;
-        auto eye_z = [&view](float x, float y, float z) {
-            return static_cast<float>(view[2] * x + view[6] * y + view[10] * z + view[14]);
-        };
-        first[n] = static_cast<std::uint32_t>(k);
+        if (join) ++k;
+        const float length = std::hypot(b.x1 - a.x0, b.y1 - a.y0, b.z1 - a.z0);
+        const float from = hidden_fraction(a.x0, a.y0, a.z0, length, scene.stick_radius);
+        const float to = hidden_fraction(b.x1, b.y1, b.z1, length, scene.stick_radius);
+        if (from + to >= 1) continue;   // within its atoms' spheres: nothing of it shows
+        first[n] = static_cast<std::uint32_t>(&a - in.data());
         joined[n] = join;
+        trim[2 * n] = from;
+        trim[2 * n + 1] = to;
         key[n] = std::max(eye_z(a.x0, a.y0, a.z0), eye_z(b.x1, b.y1, b.z1));
         opaque = opaque && a.alpha >= 1.0f;
         ++n;
-        if (join) ++k;
     }
     stick_count_ = n;
     sticks_opaque_ = opaque;
@@ -136,8 +203,8 @@ void SceneBatches::build_sticks(const Scene& scene, const Matrix4& view) {
         const SceneStick& a = in[first[at]];
         const SceneStick& b = joined[at] ? in[first[at] + 1] : a;
         const auto ca = scene.rgb(a.colour), cb = scene.rgb(b.colour);
-        const float v[kStickFloats] = {a.x0,  a.y0,  a.z0,    b.x1,  b.y1,  b.z1, ca[0],
-                                       ca[1], ca[2], a.alpha, cb[0], cb[1], cb[2]};
+        const float v[kStickFloats] = {a.x0,  a.y0,  a.z0,  b.x1,  b.y1,  b.z1,           ca[0],          ca[1],
+                                       ca[2], a.alpha, cb[0], cb[1], cb[2], trim[2 * at], trim[2 * at + 1]};
         put_quad(out + static_cast<std::size_t>(k) * kQuadCorners * kStickFloats, v, kStickFloats);
     }
 }

@@ -188,7 +188,7 @@ bool ScenePainter::initialize() {
 
     spheres_.corners = 3;
     make_vertex_array(spheres_, kAtomRows, {4, 4});
-    make_vertex_array(sticks_, 2 * kMaxBonds, {3, 3, 4, 3});
+    make_vertex_array(sticks_, 2 * kMaxBonds, {3, 3, 4, 3, 2});
     make_vertex_array(text_, std::size_t(kAtomRows) * kMaxLabelChars, {3, 4, 4});
     make_vertex_array(circles_, kMaxCircles, {4, 3});
     glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
@@ -203,7 +203,7 @@ bool ScenePainter::initialize() {
 void ScenePainter::make_vertex_array(Kind& kind, std::size_t quads, std::initializer_list<int> sizes) {
     int stride = 0;
     for (int s : sizes) stride += s;
-    kind.capacity = quads * kQuadCorners * static_cast<std::size_t>(stride);
+    kind.capacity = quads * static_cast<std::size_t>(kind.corners * stride);
     glGenVertexArrays(1, &kind.vao);
     glBindVertexArray(kind.vao);
     glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, corners_);

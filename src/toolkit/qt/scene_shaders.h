@@ -116,17 +116,20 @@ void main() {
     if (h < 0.0) discard;
     vec3 p = (b - sqrt(h)) * d;
     if (!set_depth(p)) discard;
-    o_colour = vec4(shade((p - v_centre) / v_radius, v_colour.rgb), v_colour.a);
+    o_colour = vec4(shade((p - v_centre) * (1.0 / v_radius), v_colour.rgb), v_colour.a);
 }
 )";
 
 // A stick coloured by halves: a_colour_a from a_from to the middle,
-// a_colour_b (same alpha) from there to a_to.
+// a_colour_b (same alpha) from there to a_to. Its quad holds only the part
+// between the fractions a_hidden of its length from either end (the rest is
+// inside atoms' spheres); the fragments cast the whole stick.
 inline constexpr const char* kStickVertex = R"(
 layout(location = 0) in vec3 a_from;
 layout(location = 1) in vec3 a_to;
 layout(location = 2) in vec4 a_colour_a;
 layout(location = 3) in vec3 a_colour_b;
+layout(location = 4) in vec2 a_hidden;
 uniform float u_radius;
 flat out vec3 v_a;
 flat out vec3 v_b;
@@ -136,12 +139,13 @@ void main() {
     vec2 corner = quad_corner();
     vec3 A = (u_view * vec4(a_from, 1.0)).xyz;
     vec3 B = (u_view * vec4(a_to, 1.0)).xyz;
+    vec3 from = mix(A, B, a_hidden.x), to = mix(B, A, a_hidden.y);
     float r = u_radius;
-    float nearest = min(-A.z, -B.z) - r;
+    float nearest = min(-from.z, -to.z) - r;
     vec2 t;
     if (nearest > 1e-4) {
         // The projected stick lies within rho of the projected axis.
-        vec2 a = A.xy / -A.z, b = B.xy / -B.z;
+        vec2 a = from.xy / -from.z, b = to.xy / -to.z;
         float rho = r * (1.0 + max(length(a), length(b))) / nearest;
         vec2 axis = b - a;
         float len = length(axis);
@@ -189,12 +193,12 @@ void main() {
     vec3 n;
     bool first_half;
     if (y > 0.0 && y < baba) {
-        n = (oc + t * rd - ba * (y / baba)) / r;
+        n = (oc + t * rd - ba * (y / baba)) * (1.0 / r);
         first_half = y < 0.5 * baba;
     } else {
         t = ((y < 0.0 ? 0.0 : baba) - baoc) / bard;   // the end disk on the near side
         if (abs(k1 + k2 * t) >= h) discard;
-        n = ba * sign(y) / sqrt(baba);
+        n = ba * (sign(y) * inversesqrt(baba));
         first_half = y <= 0.0;
     }
     if (!set_depth(ro + t * rd)) discard;

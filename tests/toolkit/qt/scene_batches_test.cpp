@@ -3,6 +3,7 @@
 #include "toolkit/qt/scene_batches.h"
 
 #include <algorithm>
+#include <cmath>
 #include <numeric>
 #include <random>
 
@@ -57,8 +58,9 @@ TEST(SceneBatches, TheHalvesOfABondAreOneStickColouredByHalves) {
     // second, the first half's colour and alpha, then the second half's.
     std::vector<std::vector<float>> got = {stick(b, 0), stick(b, 1)};
     std::sort(got.begin(), got.end());
-    EXPECT_EQ(got[0], (std::vector<float>{0.1f, 0.2f, 0.3f, 0.7f, -0.3f, 0.35f, 1, 0, 0, 1, 0, 0, 1}));
-    EXPECT_EQ(got[1], (std::vector<float>{0.7f, -0.3f, 0.35f, 0.9f, 0.4f, -0.2f, 0, 0, 1, 1, 0, 1, 0}));
+    // No spheres: all of each stick shows.
+    EXPECT_EQ(got[0], (std::vector<float>{0.1f, 0.2f, 0.3f, 0.7f, -0.3f, 0.35f, 1, 0, 0, 1, 0, 0, 1, 0, 0}));
+    EXPECT_EQ(got[1], (std::vector<float>{0.7f, -0.3f, 0.35f, 0.9f, 0.4f, -0.2f, 0, 0, 1, 1, 0, 1, 0, 0, 0}));
 }
 
 TEST(SceneBatches, SticksThatOnlyTouchStaySeparate) {
@@ -78,7 +80,7 @@ TEST(SceneBatches, SticksThatOnlyTouchStaySeparate) {
     EXPECT_EQ(b.stick_count(), 4);
     // A stick on its own has one colour throughout.
     const std::vector<float> s = stick(b, 0);
-    EXPECT_EQ(std::vector<float>(s.begin() + 6, s.begin() + 9), std::vector<float>(s.begin() + 10, s.end()));
+    EXPECT_EQ(std::vector<float>(s.begin() + 6, s.begin() + 9), std::vector<float>(s.begin() + 10, s.begin() + 13));
 }
 
 TEST(SceneBatches, OpaquePrimitivesGoNearestFirst) {
@@ -122,6 +124,42 @@ TEST(SceneBatches, SticksGoByTheirNearerEnd) {
     EXPECT_EQ(stick(b, 1)[0], 0);
     EXPECT_EQ(stick(b, 2)[0], 2);
     EXPECT_TRUE(b.sticks_opaque());
+}
+
+TEST(SceneBatches, SticksSkipWhatTheirAtomsSpheresHide) {
+    Scene scene = coloured_scene();
+    scene.stick_radius = 0.06f;
+    scene.spheres.push_back({0, 0, 0, 0.1f, 3, 1});
+    scene.spheres.push_back({1, 0, 0, 0.3f, 3, 1});
+    scene.spheres.push_back({0, 2, 0, 0.5f, 3, 0.5f});   // translucent: hides nothing
+    scene.spheres.push_back({0, 0, 16, 0.5f, 3, 1});     // cut open by the near plane
+    scene.spheres.push_back({3, 0, 0, 0.05f, 3, 1});     // thinner than the stick
+    add_bond(scene, {0, 0, 0}, {1, 0, 0}, 3, 5);         // between the first two
+    add_bond(scene, {0, 0, 0}, {0, 2, 0}, 3, 5);
+    add_bond(scene, {0, 0, 16}, {0, 0, 15}, 3, 5);
+    add_bond(scene, {3, 0, 0}, {3, 1, 0}, 3, 5);
+    add_bond(scene, {0, 0, 0}, {0.2f, 0, 0}, 3, 5);      // between the first sphere and no atom
+    scene.sticks.push_back({1, 0, 0, 1.1f, 0, 0, 3, 1}); // short, wholly inside the second sphere
+    SceneBatches b;
+    b.build(scene, kLook);
+    ASSERT_EQ(b.stick_count(), 5);
+    std::vector<std::vector<float>> got;
+    for (int k = 0; k < 5; ++k) got.push_back(stick(b, k));
+    auto hidden = [&got](float x1, float y1, float z1) {
+        for (const auto& s : got)
+            if (s[3] == x1 && s[4] == y1 && s[5] == z1) return std::pair{s[13], s[14]};
+        ADD_FAILURE() << "no stick ends at " << x1 << "," << y1 << "," << z1;
+        return std::pair{0.0f, 0.0f};
+    };
+    const float r2 = 0.06f * 0.06f;
+    EXPECT_NEAR(hidden(1, 0, 0).first, std::sqrt(0.01f - r2), 2e-3);
+    EXPECT_NEAR(hidden(1, 0, 0).second, std::sqrt(0.09f - r2), 2e-3);
+    EXPECT_NEAR(hidden(0, 2, 0).first, std::sqrt(0.01f - r2) / 2, 2e-3);
+    EXPECT_EQ(hidden(0, 2, 0).second, 0);
+    EXPECT_EQ(hidden(0, 0, 15), std::pair(0.0f, 0.0f));
+    EXPECT_EQ(hidden(3, 1, 0), std::pair(0.0f, 0.0f));
+    EXPECT_NEAR(hidden(0.2f, 0, 0).first, std::sqrt(0.01f - r2) / 0.2f, 2e-3);
+    EXPECT_EQ(hidden(0.2f, 0, 0).second, 0);
 }
 
 // The order after each frame is the one a full sort gives, whether the keys

@@ -142,5 +142,39 @@ TEST_F(ScenePainterTest, ABondKeepsItsAtomsColoursOnEitherHalf) {
     }
 }
 
+// Opaque spheres hide the ends of their sticks, which are left undrawn; the
+// same picture with spheres a shade translucent (which hide nothing, so the
+// sticks are drawn whole) must not differ, wherever a stick comes out of
+// its sphere: towards the eye, across, at the rim.
+TEST_F(ScenePainterTest, SticksOutOfTheirAtomsLookTheSameWhetherDrawnWholeOrNot) {
+    scene.palette[7] = {0, 1, 0};
+    scene.stick_radius = 0.06f;
+    const float atoms[4][4] = {{-0.3f, 0, 0, 0.2f}, {0.2f, 0.1f, 0.6f, 0.15f}, {0.5f, -0.3f, -0.2f, 0.1f},
+                               {-0.4f, 0.4f, 0.5f, 0.12f}};
+    auto picture = [&](float alpha) {
+        scene.spheres.clear();
+        scene.sticks.clear();
+        for (const auto& a : atoms) scene.spheres.push_back({a[0], a[1], a[2], a[3], 7, alpha});
+        for (auto [i, j] : {std::pair{0, 1}, {1, 2}, {0, 3}, {3, 1}}) {
+            const float* p = atoms[i];
+            const float* q = atoms[j];
+            const float m[3] = {(p[0] + q[0]) / 2, (p[1] + q[1]) / 2, (p[2] + q[2]) / 2};
+            scene.sticks.push_back({p[0], p[1], p[2], m[0], m[1], m[2], 3, 1});
+            scene.sticks.push_back({m[0], m[1], m[2], q[0], q[1], q[2], 5, 1});
+        }
+        covered();
+        return fbo->toImage();
+    };
+    const QImage whole = picture(0.9999f), trimmed = picture(1);
+    int differ = 0;
+    for (int y = 0; y < kHeight; ++y)
+        for (int x = 0; x < kWidth; ++x) {
+            const QRgb a = whole.pixel(x, y), b = trimmed.pixel(x, y);
+            differ += std::abs(qRed(a) - qRed(b)) > 3 || std::abs(qGreen(a) - qGreen(b)) > 3 ||
+                      std::abs(qBlue(a) - qBlue(b)) > 3;
+        }
+    EXPECT_LE(differ, 3);
+}
+
 }  // namespace
 }  // namespace zentol
