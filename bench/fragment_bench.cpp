@@ -1,12 +1,13 @@
 // How much fragment work a frame costs: fragment-shader invocations (GL
 // pipeline statistics) and samples that passed the depth test (occlusion
 // query), each over the pixels the picture covers, for the comb molecule
-// drawn off-screen at the view's size while it turns.
+// drawn off-screen at 800 x 600 while it turns.
 // Run under a display: xvfb-run -a ./fragment_bench. A counter the GL cannot
 // give is left out and said so at the start.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -62,6 +63,9 @@ struct Bench {
                     reinterpret_cast<const char*>(gl->glGetString(GL_VERSION)));
         if (!statistics)
             std::printf("GL_ARB_pipeline_statistics_query is missing: no shaded-fragment counts here\n");
+        else if (std::strstr(reinterpret_cast<const char*>(gl->glGetString(GL_RENDERER)), "llvmpipe"))
+            std::printf("llvmpipe counts 16 invocations for every 4x4 pixel block a primitive touches, and tests\n"
+                        "depth only after a shader that writes depth: shaded_per_px counts blocks, not fragments\n");
         gl->glGenQueries(2, queries);
         fbo = std::make_unique<QOpenGLFramebufferObject>(kWidth, kHeight, QOpenGLFramebufferObject::Depth);
         return fbo->bind();

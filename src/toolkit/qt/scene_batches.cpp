@@ -53,7 +53,9 @@ void DepthOrder::identity(int n) {
 }
 
 void DepthOrder::sort(const std::vector<float>& keys, int n) {
-    auto nearer = [&keys](std::uint32_t a, std::uint32_t b) { return keys[a] > keys[b] || (keys[a] == keys[b] && a < b); };
+    auto nearer = [&keys](std::uint32_t a, std::uint32_t b) {
+        return keys[a] > keys[b] || (keys[a] == keys[b] && a < b);
+    };
     std::uint32_t* o = room(order_, static_cast<std::size_t>(n));
     if (n != size_) {
         identity(n);

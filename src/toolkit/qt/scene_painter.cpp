@@ -58,8 +58,7 @@ void keep_freed_memory_for_frames() {
 }  // namespace
 
 ScenePainter::ScenePainter()
-    : glyph_vertices_(std::size_t(kAtomRows) * kMaxLabelChars * kQuadCorners * kGlyphFloats),
-      circle_vertices_(std::size_t(kMaxCircles) * kQuadCorners * kCircleFloats) {}
+    : circle_vertices_(std::size_t(kMaxCircles) * kQuadCorners * kCircleFloats) {}
 
 ScenePainter::~ScenePainter() = default;
 
@@ -280,6 +279,9 @@ void ScenePainter::draw(Kind& kind, const std::vector<float>& vertices, int quad
 
 void ScenePainter::draw_labels(const Scene& scene, int width, int height, const Tile* tile) {
     if (scene.labels.empty()) return;
+    // Sized at the first labels (a few megabytes that most sessions never use).
+    if (glyph_vertices_.empty())
+        glyph_vertices_.resize(std::size_t(kAtomRows) * kMaxLabelChars * kQuadCorners * kGlyphFloats);
     const std::size_t most = glyph_vertices_.size() / (kQuadCorners * kGlyphFloats);
     std::size_t n = 0;
     for (const SceneLabel& l : scene.labels) {
@@ -290,9 +292,9 @@ void ScenePainter::draw_labels(const Scene& scene, int width, int height, const 
             if (c != ' ') {
                 const float v[kGlyphFloats] = {l.x + pen * scene.label_scale, l.y, l.z, g.x, g.y, g.w, g.h,
                                                g.u0, g.v0, g.u1, g.v1};
+                float* out = glyph_vertices_.data() + n * kQuadCorners * kGlyphFloats;
                 for (int corner = 0; corner < kQuadCorners; ++corner)
-                    std::copy(v, v + kGlyphFloats, glyph_vertices_.begin() +
-                                                       static_cast<std::ptrdiff_t>((n * kQuadCorners + corner) * kGlyphFloats));
+                    std::copy(v, v + kGlyphFloats, out + corner * kGlyphFloats);
                 ++n;
             }
             pen += g.advance;
@@ -319,9 +321,9 @@ void ScenePainter::draw_circles(const Scene& scene, int width, int height) {
     for (int k = 0; k < n; ++k) {
         const SceneCircle& c = scene.circles[static_cast<std::size_t>(k)];
         const float v[kCircleFloats] = {c.x, c.y, c.z, c.radius, c.rgb[0], c.rgb[1], c.rgb[2]};
+        float* out = circle_vertices_.data() + k * kQuadCorners * kCircleFloats;
         for (int corner = 0; corner < kQuadCorners; ++corner)
-            std::copy(v, v + kCircleFloats,
-                      circle_vertices_.begin() + static_cast<std::ptrdiff_t>((k * kQuadCorners + corner) * kCircleFloats));
+            std::copy(v, v + kCircleFloats, out + corner * kCircleFloats);
     }
     use(circles_, width, height, nullptr);
     glDisable(GL_DEPTH_TEST);

@@ -99,7 +99,7 @@ private:
     unsigned atlas_ = 0;
     Glyph glyphs_[96] = {};                               // ASCII 32..126, index c - 32
     SceneBatches batches_;
-    std::vector<float> glyph_vertices_, circle_vertices_; // sized once
+    std::vector<float> glyph_vertices_, circle_vertices_; // each sized once
 };
 
 }  // namespace zentol

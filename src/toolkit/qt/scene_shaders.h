@@ -92,7 +92,8 @@ void main() {
         float across = r / sqrt(c.z * c.z - r * r);
         float pad = 1e-3 * (far_side - near_side);   // against rounding at the rim
         vec2 k = kTriangle[gl_VertexID % 3];
-        t = u * (0.5 * (near_side + far_side) + (0.5 * (far_side - near_side) + pad) * k.x) + v * ((across + pad) * k.y);
+        float middle = 0.5 * (near_side + far_side), half_length = 0.5 * (far_side - near_side) + pad;
+        t = u * (middle + half_length * k.x) + v * ((across + pad) * k.y);
     } else {
         t = kTriangle[gl_VertexID % 3] * 1e3;   // the sphere reaches the eye: the whole view
     }

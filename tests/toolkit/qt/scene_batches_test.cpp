@@ -42,7 +42,9 @@ std::vector<float> primitive(const std::vector<float>& vertices, int k, int floa
     return first;
 }
 
-std::vector<float> stick(const SceneBatches& b, int k) { return primitive(b.stick_vertices(), k, kStickFloats, kQuadCorners); }
+std::vector<float> stick(const SceneBatches& b, int k) {
+    return primitive(b.stick_vertices(), k, kStickFloats, kQuadCorners);
+}
 std::vector<float> sphere(const SceneBatches& b, int k) {
     return primitive(b.sphere_vertices(), k, kSphereFloats, kSphereCorners);
 }
