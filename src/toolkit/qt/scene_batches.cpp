@@ -31,8 +31,9 @@ T* room(std::vector<T>& v, std::size_t n) {
     return v.data();
 }
 
-// The four vertices of one primitive: the same attributes each time; the
-// vertex shader tells the corners apart by the vertex number.
+// The vertices of one primitive (four for a quad, three for a triangle):
+// the same attributes each time; the vertex shader tells the corners apart
+// by the vertex number.
 void put_quad(float* out, const float* attributes, int n, int corners = kQuadCorners) {
     for (int c = 0; c < corners; ++c) std::copy(attributes, attributes + n, out + c * n);
 }

@@ -1,9 +1,9 @@
 // The vertex data of a frame's spheres and sticks, as the painter hands it to
-// OpenGL: every primitive is one screen quad of four vertices that each
-// carry the whole primitive (one plain indexed draw a kind, which a software
-// rasteriser runs in large batches where instancing would run it primitive
-// by primitive). The arrays are sized once for the largest molecule and
-// refilled in place every frame.
+// OpenGL: every primitive is one screen triangle (a sphere) or quad (a
+// stick) whose vertices each carry the whole primitive: one plain draw a
+// kind, which a software rasteriser runs in large batches where instancing
+// would run it primitive by primitive. The arrays are sized once for the
+// largest molecule and refilled in place every frame.
 //
 // Two sticks that continue each other (the halves of a bond, split at its
 // midpoint) become one stick coloured by halves: the union of two capped

@@ -196,13 +196,13 @@ bool ScenePainter::initialize() {
     return true;
 }
 
-// The vertex array of a kind over a buffer for this many quads, allocated
-// once; each vertex holds the attributes of the given sizes, one after the
-// other, from location 0.
-void ScenePainter::make_vertex_array(Kind& kind, std::size_t quads, std::initializer_list<int> sizes) {
+// The vertex array of a kind over a buffer for this many primitives,
+// allocated once; each vertex holds the attributes of the given sizes, one
+// after the other, from location 0.
+void ScenePainter::make_vertex_array(Kind& kind, std::size_t primitives, std::initializer_list<int> sizes) {
     int stride = 0;
     for (int s : sizes) stride += s;
-    kind.capacity = quads * static_cast<std::size_t>(kind.corners * stride);
+    kind.capacity = primitives * static_cast<std::size_t>(kind.corners * stride);
     glGenVertexArrays(1, &kind.vao);
     glBindVertexArray(kind.vao);
     glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, corners_);
@@ -236,8 +236,8 @@ void ScenePainter::release() {
 
 // Binds the kind's program and sets the camera for a frame of this size.
 void ScenePainter::use(Kind& kind, int width, int height, const Tile* tile) {
-    static const Matrix4 projection = perspective_matrix();
-    static const Matrix4 look = look_at_matrix();
+    const Matrix4 projection = perspective_matrix();
+    const Matrix4 look = look_at_matrix();
     float view[16];
     for (int k = 0; k < 16; ++k) view[k] = static_cast<float>(look[k]);
     float kx = static_cast<float>(projection[0]), ky = static_cast<float>(projection[5]);
@@ -261,19 +261,20 @@ void ScenePainter::use(Kind& kind, int width, int height, const Tile* tile) {
     glUniform4f(kind.ray, 2.0f / (w * kx), 2.0f / (h * ky), (-1.0f - ox) / kx, (-1.0f - oy) / ky);
 }
 
-// Puts the vertices of this many quads into the kind's buffer, in place,
-// and draws them.
-void ScenePainter::draw(Kind& kind, const std::vector<float>& vertices, int quads, int floats_a_quad) {
-    const std::size_t floats =
-        std::min(static_cast<std::size_t>(quads) * static_cast<std::size_t>(floats_a_quad), kind.capacity);
-    quads = static_cast<int>(floats / static_cast<std::size_t>(floats_a_quad));
-    if (quads <= 0) return;
+// Puts the vertices of this many primitives into the kind's buffer, in
+// place, and draws them: a triangle's three vertices as they come, a quad's
+// four as two triangles through the element buffer.
+void ScenePainter::draw(Kind& kind, const std::vector<float>& vertices, int primitives, int floats_a_primitive) {
+    const std::size_t each = static_cast<std::size_t>(floats_a_primitive);
+    const std::size_t floats = std::min(static_cast<std::size_t>(primitives) * each, kind.capacity);
+    primitives = static_cast<int>(floats / each);
+    if (primitives <= 0) return;
     glBindBuffer(GL_ARRAY_BUFFER, kind.buffer);
     glBufferSubData(GL_ARRAY_BUFFER, 0, static_cast<GLsizeiptr>(floats * sizeof(float)), vertices.data());
     glBindBuffer(GL_ARRAY_BUFFER, 0);
     glBindVertexArray(kind.vao);
-    if (kind.corners == 3) glDrawArrays(GL_TRIANGLES, 0, quads * 3);
-    else glDrawElements(GL_TRIANGLES, quads * 6, GL_UNSIGNED_INT, nullptr);
+    if (kind.corners == 3) glDrawArrays(GL_TRIANGLES, 0, primitives * 3);
+    else glDrawElements(GL_TRIANGLES, primitives * 6, GL_UNSIGNED_INT, nullptr);
     glBindVertexArray(0);
 }
 
@@ -352,8 +353,7 @@ void ScenePainter::paint(const Scene& scene, int width, int height, const Tile* 
     glBlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ZERO, GL_ONE);
     auto blend = [this](bool on) { on ? glEnable(GL_BLEND) : glDisable(GL_BLEND); };
     glDisable(GL_CULL_FACE);
-    static const Matrix4 look = look_at_matrix();
-    batches_.build(scene, look);
+    batches_.build(scene, look_at_matrix());
     if (batches_.sphere_count() > 0) {
         use(spheres_, width, height, tile);
         blend(!batches_.spheres_opaque());

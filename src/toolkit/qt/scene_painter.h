@@ -1,17 +1,17 @@
 // Draws a Scene with OpenGL into whatever framebuffer is bound, through the
 // fixed camera of projection.h. Spheres and sticks are ray-cast in the
-// fragment shader on one screen quad each that just holds the primitive's
-// outline, so their outlines and shading are exact whatever the
+// fragment shader on one screen triangle or quad each that just holds the
+// primitive's outline, so their outlines and shading are exact whatever the
 // tessellation, and the cost is a few vertices a primitive instead of a
 // tessellated mesh; text is drawn as textured quads from a glyph atlas,
 // standing in the model's xy plane.
 //
 // Nothing is allocated per frame: the vertex arrays and the GL buffers are
 // sized once for the largest molecule and refilled in place (see
-// scene_batches.h for why every quad has four whole vertices and no
-// instancing). Where the GL has conservative depth, a quad lies at the
-// nearest depth of its primitive, so that the primitives drawn front to back
-// hide what is behind them before it is shaded.
+// scene_batches.h for why every vertex carries its whole primitive and
+// there is no instancing). Where the GL has conservative depth, a
+// primitive's triangles lie at its nearest depth, so that the primitives,
+// drawn front to back, hide what is behind them before it is shaded.
 //
 // The lighting is the fixed-function formula of the scene, evaluated per
 // pixel: one directional light from (1,1,1), diffuse 1, specular 1 with
@@ -79,14 +79,14 @@ private:
         int view = -1, proj = -1, depth = -1, pixels = -1, ray = -1;
         unsigned vao = 0, buffer = 0;
         std::size_t capacity = 0;   // floats the buffer holds
-        int corners = 4;
+        int corners = 4;            // vertices a primitive: 3 a triangle, 4 a quad
     };
 
     bool build_programs();
     void build_atlas();
-    void make_vertex_array(Kind& kind, std::size_t quads, std::initializer_list<int> sizes);
+    void make_vertex_array(Kind& kind, std::size_t primitives, std::initializer_list<int> sizes);
     void use(Kind& kind, int width, int height, const Tile* tile);
-    void draw(Kind& kind, const std::vector<float>& vertices, int quads, int floats_a_quad);
+    void draw(Kind& kind, const std::vector<float>& vertices, int primitives, int floats_a_primitive);
     void draw_labels(const Scene& scene, int width, int height, const Tile* tile);
     void draw_circles(const Scene& scene, int width, int height);
 
