@@ -3,7 +3,8 @@
 // query), each over the pixels the picture covers, for the comb molecule
 // drawn off-screen at 800 x 600 while it turns.
 // Run under a display: xvfb-run -a ./fragment_bench. A counter the GL cannot
-// give is left out and said so at the start.
+// give is left out and said so at the start. The times include reading the
+// depth back and counting; frame times are frame_bench's.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
