@@ -76,6 +76,8 @@ bench: build
 	./$(BUILD)/bench/orca_update_bench
 	xvfb-run -a ./$(BUILD)/bench/frame_bench
 	xvfb-run -a ./$(BUILD)/bench/startup_bench
+	xvfb-run -a ./$(BUILD)/bench/rotation_bench
+	xvfb-run -a ./$(BUILD)/bench/fragment_bench
 
 clean:
 	rm -rf $(BUILD) $(ASAN_BUILD) $(FUZZ_BUILD)

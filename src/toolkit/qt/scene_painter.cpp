@@ -2,24 +2,31 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
 
 #include <QFont>
 #include <QFontMetricsF>
 #include <QImage>
+#include <QOpenGLContext>
 #include <QOpenGLShaderProgram>
 #include <QPainter>
 
 #include "display/projection.h"
 #include "display/scene.h"
 #include "session/molecule_store.h"
+#include "toolkit/qt/scene_shaders.h"
 
 namespace zentol {
 
 namespace {
 
-// Floats of one instance.
-constexpr int kSphereFloats = 8;    // centre, radius, rgba
-constexpr int kStickFloats = 10;    // from, to, rgba
+using namespace scene_shaders;
+
+// Floats of one vertex of a label's glyph and of a pick circle.
 constexpr int kGlyphFloats = 11;    // pen position, box, atlas box
 constexpr int kMaxLabelChars = 7;
 constexpr int kCircleFloats = 7;    // centre, radius over the width, rgb
@@ -28,245 +35,60 @@ constexpr int kMaxCircles = 4;
 constexpr int kAtlasEm = 64;        // pixels an em in the glyph atlas
 constexpr int kAtlasWidth = 1024;
 
-// Eye space is the fixed look-at of the camera; the projection is folded
-// into u_proj (ndc.xy = u_proj.xy * eye.xy / -eye.z + u_proj.zw, which also
-// places a tile) and u_depth (clip z = u_depth.x * eye.z + u_depth.y).
-const char* const kCommon = R"(#version 330 core
-uniform mat4 u_view;
-uniform vec4 u_proj;
-uniform vec2 u_depth;
-)";
-
-const char* const kShading = R"(
-const vec3 kLight = vec3(0.57735027);
-const vec3 kHalfway = vec3(0.32505758, 0.32505758, 0.88807383);   // normalize(light + view)
-vec3 shade(vec3 n, vec3 c) {
-    float d = max(dot(n, kLight), 0.0);
-    float s = d > 0.0 ? pow(max(dot(n, kHalfway), 0.0), 50.0) : 0.0;
-    return min(c * (0.3 + d) + vec3(s), vec3(1.0));
+// The GL driver allocates the binned triangles of every frame (megabytes for
+// a few thousand atoms on Mesa's software rasteriser) and frees them when the
+// frame is done. By default glibc hands a freed heap top of more than 128 KiB
+// back to the system, so the next frame page-faults all of it in again: on a
+// 2500-atom frame that costs more than the drawing itself, and whether it
+// happens depends on the heap's layout, so it changes from run to run. Keep
+// up to 64 MiB of freed memory, and serve blocks up to 8 MiB from the heap
+// (fixing the trim threshold also fixes the mmap threshold, which would
+// otherwise map and unmap every block above 128 KiB afresh).
+void keep_freed_memory_for_frames() {
+#if defined(__GLIBC__)
+    static const bool done = [] {
+        mallopt(M_TRIM_THRESHOLD, 64 << 20);
+        mallopt(M_MMAP_THRESHOLD, 8 << 20);
+        return true;
+    }();
+    (void)done;
+#endif
 }
-// Writes the depth of an eye-space point as the fixed pipeline would;
-// false where near or far plane would have clipped it.
-bool set_depth(vec3 p) {
-    if (p.z >= 0.0) return false;
-    float ndc = (u_depth.x * p.z + u_depth.y) / -p.z;
-    if (ndc < -1.0 || ndc > 1.0) return false;
-    gl_FragDepth = 0.5 * ndc + 0.5;
-    return true;
-}
-)";
-
-// The quads are built in the plane z = -1 of eye space (t = xy / -z) with
-// w = 1, so v_ray, the direction through the pixel, interpolates exactly.
-const char* const kSphereVertex = R"(
-layout(location = 0) in vec2 a_corner;
-layout(location = 1) in vec4 a_sphere;
-layout(location = 2) in vec4 a_colour;
-out vec3 v_ray;
-flat out vec3 v_centre;
-flat out float v_radius;
-flat out vec4 v_colour;
-void main() {
-    vec3 c = (u_view * vec4(a_sphere.xyz, 1.0)).xyz;
-    float r = a_sphere.w;
-    vec2 corner = a_corner * 2.0 - 1.0;
-    vec2 t;
-    if (-c.z - r > 1e-4) {
-        // Every point of the sphere projects within rho of the centre's
-        // projection: |e.z| |centre| + |e.xy| over the nearest depth.
-        vec2 centre = c.xy / -c.z;
-        float rho = r * (1.0 + length(centre)) / (-c.z - r);
-        t = centre + corner * rho;
-    } else {
-        t = corner * 1e3;   // the sphere reaches the eye: the whole view
-    }
-    v_ray = vec3(t, -1.0);
-    v_centre = c;
-    v_radius = r;
-    v_colour = a_colour;
-    gl_Position = vec4(u_proj.xy * t + u_proj.zw, 0.0, 1.0);
-}
-)";
-
-const char* const kSphereFragment = R"(
-in vec3 v_ray;
-flat in vec3 v_centre;
-flat in float v_radius;
-flat in vec4 v_colour;
-out vec4 o_colour;
-void main() {
-    vec3 d = normalize(v_ray);
-    float b = dot(d, v_centre);
-    vec3 q = b * d - v_centre;              // from the centre to the ray's nearest point
-    float h = v_radius * v_radius - dot(q, q);
-    if (h < 0.0) discard;
-    vec3 p = (b - sqrt(h)) * d;
-    if (!set_depth(p)) discard;
-    o_colour = vec4(shade((p - v_centre) / v_radius, v_colour.rgb), v_colour.a);
-}
-)";
-
-const char* const kStickVertex = R"(
-layout(location = 0) in vec2 a_corner;
-layout(location = 1) in vec3 a_from;
-layout(location = 2) in vec3 a_to;
-layout(location = 3) in vec4 a_colour;
-uniform float u_radius;
-out vec3 v_ray;
-flat out vec3 v_a;
-flat out vec3 v_b;
-flat out vec4 v_colour;
-void main() {
-    vec3 A = (u_view * vec4(a_from, 1.0)).xyz;
-    vec3 B = (u_view * vec4(a_to, 1.0)).xyz;
-    float r = u_radius;
-    float nearest = min(-A.z, -B.z) - r;
-    vec2 t;
-    if (nearest > 1e-4) {
-        // The projected stick lies within rho of the projected axis.
-        vec2 a = A.xy / -A.z, b = B.xy / -B.z;
-        float rho = r * (1.0 + max(length(a), length(b))) / nearest;
-        vec2 axis = b - a;
-        float len = length(axis);
-        vec2 u = len > 1e-9 ? axis / len : vec2(1.0, 0.0);
-        vec2 v = vec2(-u.y, u.x);
-        vec2 base = a_corner.x < 0.5 ? a - u * rho : b + u * rho;
-        t = base + v * ((a_corner.y * 2.0 - 1.0) * rho);
-    } else {
-        t = (a_corner * 2.0 - 1.0) * 1e3;
-    }
-    v_ray = vec3(t, -1.0);
-    v_a = A;
-    v_b = B;
-    v_colour = a_colour;
-    gl_Position = vec4(u_proj.xy * t + u_proj.zw, 0.0, 1.0);
-}
-)";
-
-// A capped cylinder. The ray starts level with the stick's middle so the
-// quadratic is solved on small numbers (the eye is far away in float terms).
-const char* const kStickFragment = R"(
-uniform float u_radius;
-in vec3 v_ray;
-flat in vec3 v_a;
-flat in vec3 v_b;
-flat in vec4 v_colour;
-out vec4 o_colour;
-void main() {
-    vec3 rd = normalize(v_ray);
-    vec3 ro = dot(0.5 * (v_a + v_b), rd) * rd;
-    float r = u_radius;
-    vec3 ba = v_b - v_a;
-    vec3 oc = ro - v_a;
-    float baba = dot(ba, ba);
-    float bard = dot(ba, rd);
-    float baoc = dot(ba, oc);
-    float k2 = baba - bard * bard;
-    float k1 = baba * dot(oc, rd) - baoc * bard;
-    float k0 = baba * dot(oc, oc) - baoc * baoc - r * r * baba;
-    float h = k1 * k1 - k2 * k0;
-    if (h < 0.0 || baba <= 0.0) discard;
-    h = sqrt(h);
-    float t = (-k1 - h) / k2;
-    float y = baoc + t * bard;
-    vec3 n;
-    if (y > 0.0 && y < baba) {
-        n = (oc + t * rd - ba * (y / baba)) / r;
-    } else {
-        t = ((y < 0.0 ? 0.0 : baba) - baoc) / bard;   // the end disk on the near side
-        if (abs(k1 + k2 * t) >= h) discard;
-        n = ba * sign(y) / sqrt(baba);
-    }
-    if (!set_depth(ro + t * rd)) discard;
-    o_colour = vec4(shade(n, v_colour.rgb), v_colour.a);
-}
-)";
-
-const char* const kTextVertex = R"(
-layout(location = 0) in vec2 a_corner;
-layout(location = 1) in vec3 a_pen;
-layout(location = 2) in vec4 a_box;
-layout(location = 3) in vec4 a_uv;
-uniform float u_scale;
-out vec2 v_uv;
-void main() {
-    vec3 m = a_pen + vec3((a_box.xy + a_corner * a_box.zw) * u_scale, 0.0);
-    vec3 e = (u_view * vec4(m, 1.0)).xyz;
-    gl_Position = vec4(u_proj.xy * e.xy - u_proj.zw * e.z, u_depth.x * e.z + u_depth.y, -e.z);
-    v_uv = mix(a_uv.xy, a_uv.zw, a_corner);
-}
-)";
-
-const char* const kTextFragment = R"(
-uniform sampler2D u_atlas;
-uniform vec3 u_colour;
-in vec2 v_uv;
-out vec4 o_colour;
-void main() {
-    float a = texture(u_atlas, v_uv).r;
-    if (a < 0.01) discard;
-    o_colour = vec4(u_colour, a);
-}
-)";
-
-// The pick circle: a ring one and a half pixels wide around the projected
-// centre, drawn over the picture without depth.
-const char* const kCircleVertex = R"(
-layout(location = 0) in vec2 a_corner;
-layout(location = 1) in vec4 a_circle;
-layout(location = 2) in vec3 a_colour;
-uniform vec2 u_pixels;   // viewport size
-out vec2 v_offset;       // from the centre, in pixels
-flat out float v_radius;
-flat out vec3 v_colour;
-void main() {
-    vec3 e = (u_view * vec4(a_circle.xyz, 1.0)).xyz;
-    vec2 ndc = u_proj.xy * e.xy / -e.z + u_proj.zw;
-    v_radius = a_circle.w * u_pixels.x;
-    v_offset = (a_corner * 2.0 - 1.0) * (v_radius + 2.0);
-    gl_Position = vec4(ndc + v_offset * 2.0 / u_pixels, 0.0, 1.0);
-    v_colour = a_colour;
-}
-)";
-
-const char* const kCircleFragment = R"(
-in vec2 v_offset;
-flat in float v_radius;
-flat in vec3 v_colour;
-out vec4 o_colour;
-void main() {
-    float a = 1.0 - clamp(abs(length(v_offset) - v_radius) - 0.25, 0.0, 1.0);
-    if (a <= 0.0) discard;
-    o_colour = vec4(v_colour, a);
-}
-)";
 
 }  // namespace
 
-ScenePainter::ScenePainter() {
-    const std::size_t most =
-        std::max({std::size_t(kAtomRows) * kSphereFloats, std::size_t(2 * kMaxBonds) * kStickFloats,
-                  std::size_t(kAtomRows) * kMaxLabelChars * kGlyphFloats});
-    data_.reserve(most);
-}
+ScenePainter::ScenePainter()
+    : circle_vertices_(std::size_t(kMaxCircles) * kQuadCorners * kCircleFloats) {}
 
 ScenePainter::~ScenePainter() = default;
 
 bool ScenePainter::build_programs() {
-    auto make = [this](std::unique_ptr<QOpenGLShaderProgram>& p, const char* vertex, const char* fragment) {
+    auto make = [this](Kind& kind, const char* vertex, const char* fragment, bool writes_depth) {
+        auto& p = kind.program;
         p = std::make_unique<QOpenGLShaderProgram>();
-        const QByteArray vs = QByteArray(kCommon) + vertex;
-        const QByteArray fs = QByteArray(kCommon) + kShading + fragment;
+        const QByteArray head = QByteArray(kVersion) + (conservative_depth_ ? kConservativeDepth : "") + kCommon;
+        const QByteArray vs = head + kVertexCommon + vertex;
+        const QByteArray fs = head + (writes_depth && conservative_depth_ ? kDepthLayout : "") + kShading + fragment;
         if (!p->addShaderFromSourceCode(QOpenGLShader::Vertex, vs) ||
             !p->addShaderFromSourceCode(QOpenGLShader::Fragment, fs) || !p->link()) {
             error_ = p->log();
             return false;
         }
+        kind.view = p->uniformLocation("u_view");
+        kind.proj = p->uniformLocation("u_proj");
+        kind.depth = p->uniformLocation("u_depth");
+        kind.pixels = p->uniformLocation("u_pixels");
+        kind.ray = p->uniformLocation("u_ray");
         return true;
     };
-    return make(sphere_prog_, kSphereVertex, kSphereFragment) && make(stick_prog_, kStickVertex, kStickFragment) &&
-           make(text_prog_, kTextVertex, kTextFragment) &&
-           make(circle_prog_, kCircleVertex, kCircleFragment);
+    if (!make(spheres_, kSphereVertex, kSphereFragment, true) || !make(sticks_, kStickVertex, kStickFragment, true) ||
+        !make(text_, kTextVertex, kTextFragment, false) || !make(circles_, kCircleVertex, kCircleFragment, false))
+        return false;
+    stick_radius_ = sticks_.program->uniformLocation("u_radius");
+    text_scale_ = text_.program->uniformLocation("u_scale");
+    text_colour_ = text_.program->uniformLocation("u_colour");
+    text_atlas_ = text_.program->uniformLocation("u_atlas");
+    return true;
 }
 
 void ScenePainter::build_atlas() {
@@ -343,69 +165,82 @@ void ScenePainter::build_atlas() {
 
 bool ScenePainter::initialize() {
     if (ready_) return true;
+    keep_freed_memory_for_frames();
     initializeOpenGLFunctions();
+    const QOpenGLContext* context = QOpenGLContext::currentContext();
+    conservative_depth_ = context && context->hasExtension("GL_ARB_conservative_depth");
     if (!build_programs()) return false;
 
-    static const float corners[8] = {0, 0, 1, 0, 0, 1, 1, 1};
-    glGenBuffers(1, &quad_);
-    glBindBuffer(GL_ARRAY_BUFFER, quad_);
-    glBufferData(GL_ARRAY_BUFFER, sizeof corners, corners, GL_STATIC_DRAW);
+    // Two triangles a quad over its four vertices, for as many quads as the
+    // largest kind draws.
+    const std::size_t quads = std::max({std::size_t(kAtomRows) * kMaxLabelChars, std::size_t(2 * kMaxBonds)});
+    std::vector<std::uint32_t> indices(quads * 6);
+    for (std::size_t q = 0; q < quads; ++q) {
+        const auto v = static_cast<std::uint32_t>(q * kQuadCorners);
+        const std::uint32_t six[6] = {v, v + 1, v + 2, v + 2, v + 1, v + 3};
+        std::copy(six, six + 6, indices.begin() + static_cast<std::ptrdiff_t>(q * 6));
+    }
+    glGenBuffers(1, &corners_);
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, corners_);
+    glBufferData(GL_ELEMENT_ARRAY_BUFFER, static_cast<GLsizeiptr>(indices.size() * sizeof(std::uint32_t)),
+                 indices.data(), GL_STATIC_DRAW);
 
-    // One vertex array a primitive kind: attribute 0 the corner, the others
-    // advance once an instance.
-    auto make_vao = [this](unsigned& vao, unsigned& buf, std::size_t capacity, std::initializer_list<int> sizes) {
-        glGenVertexArrays(1, &vao);
-        glBindVertexArray(vao);
-        glBindBuffer(GL_ARRAY_BUFFER, quad_);
-        glEnableVertexAttribArray(0);
-        glVertexAttribPointer(0, 2, GL_FLOAT, GL_FALSE, 0, nullptr);
-        glGenBuffers(1, &buf);
-        glBindBuffer(GL_ARRAY_BUFFER, buf);
-        glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(capacity * sizeof(float)), nullptr, GL_STREAM_DRAW);
-        int stride = 0;
-        for (int s : sizes) stride += s;
-        int offset = 0, location = 1;
-        for (int s : sizes) {
-            glEnableVertexAttribArray(location);
-            glVertexAttribPointer(location, s, GL_FLOAT, GL_FALSE, stride * int(sizeof(float)),
-                                  reinterpret_cast<const void*>(std::size_t(offset) * sizeof(float)));
-            glVertexAttribDivisor(location, 1);
-            offset += s;
-            ++location;
-        }
-        glBindVertexArray(0);
-    };
-    make_vao(sphere_vao_, sphere_buf_, std::size_t(kAtomRows) * kSphereFloats, {4, 4});
-    make_vao(stick_vao_, stick_buf_, std::size_t(2 * kMaxBonds) * kStickFloats, {3, 3, 4});
-    make_vao(text_vao_, text_buf_, std::size_t(kAtomRows) * kMaxLabelChars * kGlyphFloats, {3, 4, 4});
-    make_vao(circle_vao_, circle_buf_, std::size_t(kMaxCircles) * kCircleFloats, {4, 3});
-    glBindBuffer(GL_ARRAY_BUFFER, 0);
+    spheres_.corners = 3;
+    make_vertex_array(spheres_, kAtomRows, {4, 4});
+    make_vertex_array(sticks_, 2 * kMaxBonds, {3, 3, 4, 3, 2});
+    make_vertex_array(text_, std::size_t(kAtomRows) * kMaxLabelChars, {3, 4, 4});
+    make_vertex_array(circles_, kMaxCircles, {4, 3});
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
     build_atlas();
     ready_ = true;
     return true;
 }
 
+// The vertex array of a kind over a buffer for this many primitives,
+// allocated once; each vertex holds the attributes of the given sizes, one
+// after the other, from location 0.
+void ScenePainter::make_vertex_array(Kind& kind, std::size_t primitives, std::initializer_list<int> sizes) {
+    int stride = 0;
+    for (int s : sizes) stride += s;
+    kind.capacity = primitives * static_cast<std::size_t>(kind.corners * stride);
+    glGenVertexArrays(1, &kind.vao);
+    glBindVertexArray(kind.vao);
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, corners_);
+    glGenBuffers(1, &kind.buffer);
+    glBindBuffer(GL_ARRAY_BUFFER, kind.buffer);
+    glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(kind.capacity * sizeof(float)), nullptr, GL_DYNAMIC_DRAW);
+    int offset = 0, location = 0;
+    for (int s : sizes) {
+        glEnableVertexAttribArray(location);
+        glVertexAttribPointer(location, s, GL_FLOAT, GL_FALSE, stride * int(sizeof(float)),
+                              reinterpret_cast<const void*>(std::size_t(offset) * sizeof(float)));
+        offset += s;
+        ++location;
+    }
+    glBindVertexArray(0);
+    glBindBuffer(GL_ARRAY_BUFFER, 0);
+}
+
 void ScenePainter::release() {
     if (!ready_) return;
-    glDeleteVertexArrays(1, &sphere_vao_);
-    glDeleteVertexArrays(1, &stick_vao_);
-    glDeleteVertexArrays(1, &text_vao_);
-    glDeleteVertexArrays(1, &circle_vao_);
-    for (unsigned* b : {&quad_, &sphere_buf_, &stick_buf_, &text_buf_, &circle_buf_}) glDeleteBuffers(1, b);
+    for (Kind* k : {&spheres_, &sticks_, &text_, &circles_}) {
+        glDeleteVertexArrays(1, &k->vao);
+        glDeleteBuffers(1, &k->buffer);
+        k->program.reset();
+        k->vao = k->buffer = 0;
+    }
+    glDeleteBuffers(1, &corners_);
     glDeleteTextures(1, &atlas_);
-    sphere_prog_.reset();
-    stick_prog_.reset();
-    text_prog_.reset();
-    circle_prog_.reset();
     ready_ = false;
 }
 
-void ScenePainter::set_camera(QOpenGLShaderProgram& p, int width, int height, const Tile* tile) {
+// Binds the kind's program and sets the camera for a frame of this size.
+void ScenePainter::use(Kind& kind, int width, int height, const Tile* tile) {
     // The aspect of the whole picture (of all its tiles), so spheres stay round.
     const bool tiled = tile && tile->full_width > 0 && tile->full_height > 0;
     const int full_w = tiled ? tile->full_width : width, full_h = tiled ? tile->full_height : height;
     const Matrix4 projection = perspective_matrix(static_cast<double>(std::max(full_w, 1)) / std::max(full_h, 1));
-    static const Matrix4 look = look_at_matrix();
+    const Matrix4 look = look_at_matrix();
     float view[16];
     for (int k = 0; k < 16; ++k) view[k] = static_cast<float>(look[k]);
     float kx = static_cast<float>(projection[0]), ky = static_cast<float>(projection[5]);
@@ -419,98 +254,84 @@ void ScenePainter::set_camera(QOpenGLShaderProgram& p, int width, int height, co
         ox = sx - 1 - 2.0f * tile->x / std::max(width, 1);
         oy = sy - 1 - 2.0f * tile->y / std::max(height, 1);
     }
-    p.setUniformValue("u_view", QMatrix4x4(view).transposed());
-    p.setUniformValue("u_proj", kx, ky, ox, oy);
-    p.setUniformValue("u_depth", static_cast<float>(projection[10]), static_cast<float>(projection[14]));
+    kind.program->bind();
+    glUniformMatrix4fv(kind.view, 1, GL_FALSE, view);
+    glUniform4f(kind.proj, kx, ky, ox, oy);
+    glUniform2f(kind.depth, static_cast<float>(projection[10]), static_cast<float>(projection[14]));
+    const float w = float(std::max(width, 1)), h = float(std::max(height, 1));
+    glUniform2f(kind.pixels, w, h);
+    // ndc = 2 pixel / size - 1 = proj.xy t + proj.zw, solved for t.
+    glUniform4f(kind.ray, 2.0f / (w * kx), 2.0f / (h * ky), (-1.0f - ox) / kx, (-1.0f - oy) / ky);
 }
 
-void ScenePainter::upload(unsigned buffer, const std::vector<float>& data) {
-    glBindBuffer(GL_ARRAY_BUFFER, buffer);
-    glBufferSubData(GL_ARRAY_BUFFER, 0, static_cast<GLsizeiptr>(data.size() * sizeof(float)), data.data());
+// Puts the vertices of this many primitives into the kind's buffer, in
+// place, and draws them: a triangle's three vertices as they come, a quad's
+// four as two triangles through the element buffer.
+void ScenePainter::draw(Kind& kind, const std::vector<float>& vertices, int primitives, int floats_a_primitive) {
+    const std::size_t each = static_cast<std::size_t>(floats_a_primitive);
+    const std::size_t floats = std::min(static_cast<std::size_t>(primitives) * each, kind.capacity);
+    primitives = static_cast<int>(floats / each);
+    if (primitives <= 0) return;
+    glBindBuffer(GL_ARRAY_BUFFER, kind.buffer);
+    glBufferSubData(GL_ARRAY_BUFFER, 0, static_cast<GLsizeiptr>(floats * sizeof(float)), vertices.data());
     glBindBuffer(GL_ARRAY_BUFFER, 0);
-}
-
-void ScenePainter::draw_spheres(const Scene& scene, int width, int height, const Tile* tile) {
-    if (scene.spheres.empty()) return;
-    data_.clear();
-    for (const SceneSphere& s : scene.spheres) {
-        const auto c = scene.rgb(s.colour);
-        data_.insert(data_.end(), {s.x, s.y, s.z, s.radius, c[0], c[1], c[2], s.alpha});
-    }
-    upload(sphere_buf_, data_);
-    sphere_prog_->bind();
-    set_camera(*sphere_prog_, width, height, tile);
-    glBindVertexArray(sphere_vao_);
-    glDrawArraysInstanced(GL_TRIANGLE_STRIP, 0, 4, static_cast<GLsizei>(scene.spheres.size()));
-    glBindVertexArray(0);
-}
-
-void ScenePainter::draw_sticks(const Scene& scene, int width, int height, const Tile* tile) {
-    if (scene.sticks.empty() || scene.stick_radius <= 0) return;
-    data_.clear();
-    for (const SceneStick& s : scene.sticks) {
-        const auto c = scene.rgb(s.colour);
-        data_.insert(data_.end(), {s.x0, s.y0, s.z0, s.x1, s.y1, s.z1, c[0], c[1], c[2], s.alpha});
-    }
-    upload(stick_buf_, data_);
-    stick_prog_->bind();
-    set_camera(*stick_prog_, width, height, tile);
-    stick_prog_->setUniformValue("u_radius", scene.stick_radius);
-    glBindVertexArray(stick_vao_);
-    glDrawArraysInstanced(GL_TRIANGLE_STRIP, 0, 4, static_cast<GLsizei>(scene.sticks.size()));
+    glBindVertexArray(kind.vao);
+    if (kind.corners == 3) glDrawArrays(GL_TRIANGLES, 0, primitives * 3);
+    else glDrawElements(GL_TRIANGLES, primitives * 6, GL_UNSIGNED_INT, nullptr);
     glBindVertexArray(0);
 }
 
 void ScenePainter::draw_labels(const Scene& scene, int width, int height, const Tile* tile) {
     if (scene.labels.empty()) return;
-    data_.clear();
+    // Sized at the first labels (a few megabytes that most sessions never use).
+    if (glyph_vertices_.empty())
+        glyph_vertices_.resize(std::size_t(kAtomRows) * kMaxLabelChars * kQuadCorners * kGlyphFloats);
+    const std::size_t most = glyph_vertices_.size() / (kQuadCorners * kGlyphFloats);
+    std::size_t n = 0;
     for (const SceneLabel& l : scene.labels) {
         float pen = 0;
-        for (int k = 0; k < std::min(l.length, kMaxLabelChars); ++k) {
+        for (int k = 0; k < std::min(l.length, kMaxLabelChars) && n < most; ++k) {
             const int c = static_cast<unsigned char>(l.text[k]);
             const Glyph& g = glyphs_[(c >= 32 && c < 127 ? c : '?') - 32];
-            if (c != ' ')
-                data_.insert(data_.end(), {l.x + pen * scene.label_scale, l.y, l.z, g.x, g.y, g.w, g.h, g.u0, g.v0,
-                                           g.u1, g.v1});
+            if (c != ' ') {
+                const float v[kGlyphFloats] = {l.x + pen * scene.label_scale, l.y, l.z, g.x, g.y, g.w, g.h,
+                                               g.u0, g.v0, g.u1, g.v1};
+                float* out = glyph_vertices_.data() + n * kQuadCorners * kGlyphFloats;
+                for (int corner = 0; corner < kQuadCorners; ++corner)
+                    std::copy(v, v + kGlyphFloats, out + corner * kGlyphFloats);
+                ++n;
+            }
             pen += g.advance;
         }
     }
-    if (data_.empty()) return;
-    upload(text_buf_, data_);
-    text_prog_->bind();
-    set_camera(*text_prog_, width, height, tile);
-    text_prog_->setUniformValue("u_scale", scene.label_scale);
+    if (n == 0) return;
+    use(text_, width, height, tile);
+    glUniform1f(text_scale_, scene.label_scale);
     // Text is lit too: its faces look at the viewer, with no highlight.
     const float lit = std::min(1.0f, 0.3f + 0.57735027f);
-    text_prog_->setUniformValue("u_colour", scene.label_colour[0] * lit, scene.label_colour[1] * lit,
-                                scene.label_colour[2] * lit);
-    text_prog_->setUniformValue("u_atlas", 0);
+    glUniform3f(text_colour_, scene.label_colour[0] * lit, scene.label_colour[1] * lit, scene.label_colour[2] * lit);
+    glUniform1i(text_atlas_, 0);
     glActiveTexture(GL_TEXTURE0);
     glBindTexture(GL_TEXTURE_2D, atlas_);
     glDepthMask(GL_FALSE);   // the transparent edges of a glyph must not hide what lies behind
-    glBindVertexArray(text_vao_);
-    glDrawArraysInstanced(GL_TRIANGLE_STRIP, 0, 4, static_cast<GLsizei>(data_.size() / kGlyphFloats));
-    glBindVertexArray(0);
+    draw(text_, glyph_vertices_, static_cast<int>(n), kQuadCorners * kGlyphFloats);
     glDepthMask(GL_TRUE);
     glBindTexture(GL_TEXTURE_2D, 0);
 }
 
 void ScenePainter::draw_circles(const Scene& scene, int width, int height) {
-    if (scene.circles.empty()) return;
-    data_.clear();
-    const std::size_t n = std::min<std::size_t>(scene.circles.size(), kMaxCircles);
-    for (std::size_t k = 0; k < n; ++k) {
-        const SceneCircle& c = scene.circles[k];
-        data_.insert(data_.end(), {c.x, c.y, c.z, c.radius, c.rgb[0], c.rgb[1], c.rgb[2]});
+    const int n = static_cast<int>(std::min<std::size_t>(scene.circles.size(), kMaxCircles));
+    if (n == 0) return;
+    for (int k = 0; k < n; ++k) {
+        const SceneCircle& c = scene.circles[static_cast<std::size_t>(k)];
+        const float v[kCircleFloats] = {c.x, c.y, c.z, c.radius, c.rgb[0], c.rgb[1], c.rgb[2]};
+        float* out = circle_vertices_.data() + k * kQuadCorners * kCircleFloats;
+        for (int corner = 0; corner < kQuadCorners; ++corner)
+            std::copy(v, v + kCircleFloats, out + corner * kCircleFloats);
     }
-    upload(circle_buf_, data_);
-    circle_prog_->bind();
-    set_camera(*circle_prog_, width, height, nullptr);
-    circle_prog_->setUniformValue("u_pixels", float(std::max(width, 1)), float(std::max(height, 1)));
+    use(circles_, width, height, nullptr);
     glDisable(GL_DEPTH_TEST);
-    glBindVertexArray(circle_vao_);
-    glDrawArraysInstanced(GL_TRIANGLE_STRIP, 0, 4, static_cast<GLsizei>(n));
-    glBindVertexArray(0);
+    draw(circles_, circle_vertices_, n, kQuadCorners * kCircleFloats);
 }
 
 void ScenePainter::clear(float r, float g, float b, int width, int height) {
@@ -529,12 +350,25 @@ void ScenePainter::paint(const Scene& scene, int width, int height, const Tile* 
     if (!ready_) return;
     glEnable(GL_DEPTH_TEST);
     glDepthFunc(GL_LESS);
-    glEnable(GL_BLEND);
     // Colour blends by the primitive's alpha; the framebuffer stays opaque.
+    // Opaque primitives (alpha 1) come out the same without blending, which
+    // saves reading every pixel back.
     glBlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ZERO, GL_ONE);
+    auto blend = [this](bool on) { on ? glEnable(GL_BLEND) : glDisable(GL_BLEND); };
     glDisable(GL_CULL_FACE);
-    draw_spheres(scene, width, height, tile);
-    draw_sticks(scene, width, height, tile);
+    batches_.build(scene, look_at_matrix());
+    if (batches_.sphere_count() > 0) {
+        use(spheres_, width, height, tile);
+        blend(!batches_.spheres_opaque());
+        draw(spheres_, batches_.sphere_vertices(), batches_.sphere_count(), kSphereCorners * kSphereFloats);
+    }
+    if (batches_.stick_count() > 0 && scene.stick_radius > 0) {
+        use(sticks_, width, height, tile);
+        blend(!batches_.sticks_opaque());
+        glUniform1f(stick_radius_, scene.stick_radius);
+        draw(sticks_, batches_.stick_vertices(), batches_.stick_count(), kQuadCorners * kStickFloats);
+    }
+    blend(true);
     draw_labels(scene, width, height, tile);
     // Pick feedback belongs to the window, not to a hard copy.
     if (!tile) draw_circles(scene, width, height);

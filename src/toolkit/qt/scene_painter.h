@@ -1,9 +1,17 @@
 // Draws a Scene with OpenGL into whatever framebuffer is bound, through the
 // fixed camera of projection.h. Spheres and sticks are ray-cast in the
-// fragment shader on one screen quad each (drawn instanced), so their
-// outlines and shading are exact whatever the tessellation, and the cost is
-// a few vertices a primitive instead of a tessellated mesh; text is drawn as
-// textured quads from a glyph atlas, standing in the model's xy plane.
+// fragment shader on one screen triangle or quad each that just holds the
+// primitive's outline, so their outlines and shading are exact whatever the
+// tessellation, and the cost is a few vertices a primitive instead of a
+// tessellated mesh; text is drawn as textured quads from a glyph atlas,
+// standing in the model's xy plane.
+//
+// Nothing is allocated per frame: the vertex arrays and the GL buffers are
+// sized once for the largest molecule and refilled in place (see
+// scene_batches.h for why every vertex carries its whole primitive and
+// there is no instancing). Where the GL has conservative depth, a
+// primitive's triangles lie at its nearest depth, so that the primitives,
+// drawn front to back, hide what is behind them before it is shaded.
 //
 // The lighting is the fixed-function formula of the scene, evaluated per
 // pixel: one directional light from (1,1,1), diffuse 1, specular 1 with
@@ -16,6 +24,8 @@
 
 #include <QOpenGLExtraFunctions>
 #include <QString>
+
+#include "toolkit/qt/scene_batches.h"
 
 class QOpenGLShaderProgram;
 
@@ -62,24 +72,34 @@ private:
         float advance;
     };
 
+    // One kind of primitive: its program, the uniforms every frame sets,
+    // and the vertex array over its buffer.
+    struct Kind {
+        std::unique_ptr<QOpenGLShaderProgram> program;
+        int view = -1, proj = -1, depth = -1, pixels = -1, ray = -1;
+        unsigned vao = 0, buffer = 0;
+        std::size_t capacity = 0;   // floats the buffer holds
+        int corners = 4;            // vertices a primitive: 3 a triangle, 4 a quad
+    };
+
     bool build_programs();
     void build_atlas();
-    void set_camera(QOpenGLShaderProgram& p, int width, int height, const Tile* tile);
-    void draw_spheres(const Scene& scene, int width, int height, const Tile* tile);
-    void draw_sticks(const Scene& scene, int width, int height, const Tile* tile);
+    void make_vertex_array(Kind& kind, std::size_t primitives, std::initializer_list<int> sizes);
+    void use(Kind& kind, int width, int height, const Tile* tile);
+    void draw(Kind& kind, const std::vector<float>& vertices, int primitives, int floats_a_primitive);
     void draw_labels(const Scene& scene, int width, int height, const Tile* tile);
     void draw_circles(const Scene& scene, int width, int height);
-    void upload(unsigned buffer, const std::vector<float>& data);
 
     bool ready_ = false;
     QString error_;
-    std::unique_ptr<QOpenGLShaderProgram> sphere_prog_, stick_prog_, text_prog_, circle_prog_;
-    unsigned quad_ = 0;                                   // the four corners of a unit square
-    unsigned sphere_vao_ = 0, stick_vao_ = 0, text_vao_ = 0, circle_vao_ = 0;
-    unsigned sphere_buf_ = 0, stick_buf_ = 0, text_buf_ = 0, circle_buf_ = 0;
+    bool conservative_depth_ = false;
+    Kind spheres_, sticks_, text_, circles_;
+    int stick_radius_ = -1, text_scale_ = -1, text_colour_ = -1, text_atlas_ = -1;
+    unsigned corners_ = 0;                                // element buffer: two triangles a quad
     unsigned atlas_ = 0;
     Glyph glyphs_[96] = {};                               // ASCII 32..126, index c - 32
-    std::vector<float> data_;                             // instance data of one draw, sized once
+    SceneBatches batches_;
+    std::vector<float> glyph_vertices_, circle_vertices_; // each sized once
 };
 
 }  // namespace zentol
