@@ -5,7 +5,7 @@
 #            FUZZ_SECONDS (not part of make test; see docs/fuzzing.md)
 PACKAGES := cmake g++ make ccache libgtest-dev libgmock-dev libbenchmark-dev \
             qt6-base-dev qt6-charts-dev libqt6opengl6-dev libgl-dev libglu1-mesa-dev libgl1-mesa-dri \
-            xvfb xauth mopac dos2unix zlib1g-dev
+            xvfb xauth mopac dos2unix zlib1g-dev libopenbabel-dev openbabel slurm-wlm munge
 FUZZ_PACKAGES := cmake make ccache zlib1g-dev clang libclang-rt-14-dev
 BUILD := build
 ASAN_BUILD := build-asan
