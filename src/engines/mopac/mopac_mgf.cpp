@@ -75,7 +75,8 @@ void read_atoms(LineViews mgf, Mop2016Vectors& v) {
     v.natoms = static_cast<int>(text::read_i(text::column_field(mgf[0], 1, 5)).value_or(0));
     for (std::size_t i = 1; i <= static_cast<std::size_t>(std::max(v.natoms, 0)) && i < mgf.size(); ++i) {
         auto a = text::read_reals(mgf[i], 5);
-        if (!a || a->size() < 5) break;
+        // The first number is the atomic number: anything else ends the atoms.
+        if (!a || a->size() < 5 || !((*a)[0] >= 0 && (*a)[0] <= 120)) break;
         v.atoms.push_back({static_cast<int>((*a)[0]), (*a)[1], (*a)[2], (*a)[3], (*a)[4]});
     }
 }
