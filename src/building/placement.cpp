@@ -125,6 +125,21 @@ void place_cp_ring(Store& st, Toolkit* tk, BuildSite& site) {
     }
 }
 
+// MM3 types the hydrogen of a carboxylic acid apart (24): an alcohol
+// hydrogen (21) has no angle parameter on an oxygen next to a carbonyl
+// carbon, so a Tinker run would stop on it. Any 21 on an oxygen (6) that
+// stands on a carbonyl carbon (3) becomes 24, whichever was placed last.
+void retype_acid_hydrogens(Store& st) {
+    for (int h = 1; h <= st.natoms; ++h) {
+        const int o = st.nbr(h, 1);
+        if (st.conn_type(h) != 21 || o < 1 || o > st.natoms || st.conn_type(o) != 6) continue;
+        for (int k = 1; k <= kMaxNeighbours; ++k) {
+            const int c = st.nbr(o, k);
+            if (c >= 1 && c <= st.natoms && st.conn_type(c) == 3) st.conn_type(h) = 24;
+        }
+    }
+}
+
 }  // namespace
 
 int hydrogen_type(int parent_type) {
@@ -160,6 +175,7 @@ bool place_atom(Store& st, Toolkit* tk, BuildSite& site, const PlaceRequest& rq)
     else if (rq.choice == 13) place_cp_ring(st, tk, site);
     else if (t.size > 0) place_template(st, tk, site, rq);
     else return false;
+    retype_acid_hydrogens(st);
     return true;
 }
 
@@ -230,6 +246,7 @@ void join_by_hydrogens(Store& st, Toolkit* tk, int h1, int h2) {
     replace_neighbour(st, t, h2, a);
     remove_atom(st, std::max(h1, h2));
     remove_atom(st, std::min(h1, h2));
+    retype_acid_hydrogens(st);
 }
 
 }  // namespace zentol
