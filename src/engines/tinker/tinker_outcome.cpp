@@ -20,6 +20,13 @@ bool holds(const std::string& line, const char* text) { return line.find(text) !
 
 std::string trimmed(const std::string& line) { return std::string(text::trim(line)); }
 
+// A heading without its colon: "Undefined Bond Stretching Parameters".
+std::string heading(const std::string& line) {
+    std::string t = trimmed(line);
+    if (!t.empty() && t.back() == ':') t = std::string(text::trim_right(t.substr(0, t.size() - 1)));
+    return t;
+}
+
 // Tinker's banner: the lines up to its last row of '#'. A log of nothing
 // more never got to the first question.
 bool only_banner(const std::vector<std::string>& log) {
@@ -53,8 +60,8 @@ bool has_result(const std::vector<std::string>& log, const std::vector<std::stri
 TinkerOutcome judge_tinker_log(const std::vector<std::string>& log, const std::vector<std::string>& result_keys) {
     for (const std::string& line : log) {
         const std::string t = trimmed(line);
-        if (t.rfind("Undefined Atom", 0) == 0) return {TinkerProblem::UndefinedAtom, t};
-        if (t.rfind("Undefined ", 0) == 0) return {TinkerProblem::Undefined, t};
+        if (t.rfind("Undefined Atom", 0) == 0) return {TinkerProblem::UndefinedAtom, heading(t)};
+        if (t.rfind("Undefined ", 0) == 0) return {TinkerProblem::Undefined, heading(t)};
     }
     for (const std::string& line : log)
         if (crash_line(line)) return {TinkerProblem::Crashed, trimmed(line)};

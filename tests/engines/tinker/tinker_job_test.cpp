@@ -111,8 +111,8 @@ TEST(TinkerOutcome, EachKindOfFailureIsNamed) {
         {"vibrate", kVibrateResult, TinkerProblem::None, ""},
         {"spacefill", kSpacefillResult, TinkerProblem::None, ""},
         {"analyze", kMinimizeResult, TinkerProblem::NoResult, "Final Function Value"},
-        {"undef_analyze_E", kEnergyResult, TinkerProblem::Undefined, "Undefined Bond Stretching Parameters :"},
-        {"badtype_analyze_E", kEnergyResult, TinkerProblem::UndefinedAtom, "Undefined Atom Types or Classes :"},
+        {"undef_analyze_E", kEnergyResult, TinkerProblem::Undefined, "Undefined Bond Stretching Parameters"},
+        {"badtype_analyze_E", kEnergyResult, TinkerProblem::UndefinedAtom, "Undefined Atom Types or Classes"},
         {"badtype0_analyze_E", kEnergyResult, TinkerProblem::Crashed, "double free or corruption (out)"},
         {"analyze_atoms_eof", kEnergyResult, TinkerProblem::RuntimeError, "Fortran runtime error: End of file"},
     };
