@@ -128,6 +128,17 @@ TEST_F(Grow, AnOxygenOnACarbonylCarbonIsAnAcidWithItsOwnHydrogenType) {
     EXPECT_EQ(st.conn_type(st.nbr(4, 2)), 24);
 }
 
+TEST_F(Grow, AmideAndAcetyleneHydrogensTakeTheTypesMm3HasParametersFor) {
+    start_methane();
+    grow(2, "N", 3);   // a trigonal nitrogen: amide hydrogens
+    EXPECT_EQ(st.conn_type(2), 9);
+    for (int k = 2; k <= st.conn_count(2); ++k) EXPECT_EQ(st.conn_type(st.nbr(2, k)), 28);
+    grow(3, "C", 2);   // an sp carbon: its hydrogen is an acetylene one
+    EXPECT_EQ(st.conn_type(3), 4);
+    EXPECT_EQ(st.conn_type(st.nbr(3, 2)), 124);
+    EXPECT_EQ(st.conn_type(4), 5);   // the others stay
+}
+
 TEST_F(Grow, ACpRingSitsOnTheMetalThroughItsCentroid) {
     BuildSite start;
     ASSERT_TRUE(place_atom(st, nullptr, start, {make_label("Fe"), 6}));
