@@ -1,6 +1,7 @@
 #include "engines/tinker/tinker_outcome.h"
 
 #include "engines/runner.h"
+#include "session/molecule_store.h"
 #include "session/session.h"
 #include "text/fixed_format.h"
 #include "toolkit/files.h"
@@ -134,11 +135,33 @@ std::string tinker_failure_text(const std::string& program, const TinkerOutcome&
     return text;
 }
 
+namespace {
+
+// Tinker 26 crashes on an atom of type 0 before it says a word: the atoms
+// that have it are named.
+std::string type_zero_atoms(const Store& st) {
+    std::string names;
+    int count = 0;
+    for (int i = 1; i <= st.natoms; ++i) {
+        if (st.conn_type(i) != 0) continue;
+        if (++count <= 5) names += (names.empty() ? "" : ", ") + std::string(text::trim(label_text(st.atom_label[i])));
+    }
+    if (count > 5) names += ", ...";
+    return names;
+}
+
+}  // namespace
+
 bool check_tinker_run(Session& s, const std::string& program, const std::vector<std::string>& result_keys) {
     const std::vector<std::string> log = files::read_lines(log_file_name).value_or(std::vector<std::string>{});
     const TinkerOutcome outcome = judge_tinker_log(log, result_keys);
     if (outcome.ok()) return true;
-    s.tk.WMessageBox(kButtonsOk, MessageIcon::Exclamation, 1, tinker_failure_text(program, outcome, log), "Tinker");
+    std::string text = tinker_failure_text(program, outcome, log);
+    const std::string zero = type_zero_atoms(s.store);
+    if (!zero.empty() && (outcome.problem == TinkerProblem::Crashed || outcome.problem == TinkerProblem::EmptyLog))
+        text = text.substr(0, text.find('\r')) + "\rThese atoms have type 0, which MM3 does not define: " + zero +
+               " (Edit.XYZ sets the types)." + (text.find('\r') == std::string::npos ? "" : text.substr(text.find('\r')));
+    s.tk.WMessageBox(kButtonsOk, MessageIcon::Exclamation, 1, text, "Tinker");
     return false;
 }
 
