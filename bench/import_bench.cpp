@@ -23,7 +23,10 @@ namespace {
 using namespace zentol;
 
 // The comb molecule as ATOM records, the way a PDB file of a protein
-// states no bonds, with the last 20 atoms a HETATM group bonded by CONECT.
+// states no bonds, its chains 3.5 Angstrom apart as strands of a protein
+// lie, with the last 20 atoms a HETATM group bonded by CONECT.
+constexpr float kSpread = 3.5f / 1.54f;
+
 std::string write_pdb(int n) {
     auto st = std::make_unique<Store>();
     bench_molecules::build_comb(*st, n, 10, 10, (n + 99) / 100);
@@ -34,8 +37,8 @@ std::string write_pdb(int n) {
         const bool het = i > n - 20;
         out << (het ? "HETATM" : "ATOM  ") << text::format_i(i, 5) << "  " << text::format_a(element, 3) << " "
             << (het ? "LIG" : "ALA") << " A" << text::format_i(het ? 900 : 1 + i / 10, 4) << "    "
-            << text::format_f(st->atom_rec[i][kX], 8, 3) << text::format_f(st->atom_rec[i][kY], 8, 3)
-            << text::format_f(st->atom_rec[i][kZ], 8, 3) << "  1.00  0.00          " << text::format_a(element, 2)
+            << text::format_f(st->atom_rec[i][kX], 8, 3) << text::format_f(st->atom_rec[i][kY] * kSpread, 8, 3)
+            << text::format_f(st->atom_rec[i][kZ] * kSpread, 8, 3) << "  1.00  0.00          " << text::format_a(element, 2)
             << "\n";
     }
     for (int i = n - 19; i <= n; ++i) {
