@@ -80,6 +80,18 @@ TEST(StructureExchange, StandardXyzFromOpenBecomesANewJobBesideIt) {
     EXPECT_EQ(t.tk.status(2), "1:water_z");
 }
 
+// An engine's listing opens through Open Babel too; water.out is a name the
+// job water writes itself (its MOPAC listing), so the job is water_z.
+TEST(StructureExchange, AnEngineListingOpensAsAJobThatLeavesItAlone) {
+    TestSession t;
+    const std::string listing = users_file(t, "water.out", read_file(test_data("mopac/m22_water_E.out")));
+    run_on_water(t, "menu 40005\nfile " + listing + "\n");
+    EXPECT_EQ(t.s.job.name, "water_z");
+    EXPECT_EQ(t.s.store.natoms, 3);
+    EXPECT_EQ(t.s.store.nbonds, 2);
+    EXPECT_EQ(read_file(listing), read_file(test_data("mopac/m22_water_E.out")));
+}
+
 // Garbage in a structure format: a message naming the file; the job that
 // was open stays open and whole.
 TEST(StructureExchange, GarbageFileIsNamedAndTheJobStays) {
