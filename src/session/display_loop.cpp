@@ -33,7 +33,7 @@
 
 namespace zentol {
 
-Event read_event(Session& s) {
+Event read_event(Session& s, bool takes_files) {
     Message m = s.tk.next_message();
     Event e;
     e.x = m.fx;
@@ -52,7 +52,12 @@ Event read_event(Session& s) {
         case MessageType::Expose: e.state = 2; break;
         case MessageType::Close: e.command = kCommandClose; break;
         case MessageType::Wheel: e.wheel = m.value; break;
-        case MessageType::FileDropped: e.dropped = m.path; break;
+        case MessageType::FileDropped:
+            if (takes_files)
+                e.dropped = m.path;
+            else
+                s.tk.WindowOutStatusBar(9, "Leave this mode to open a dropped file: " + m.path + " was not opened");
+            break;
         case MessageType::None: break;
     }
     if ((e.command >= 1 && e.command <= 199) || e.key > 3) e.state = 3;
@@ -278,7 +283,7 @@ void display_loop(Session& s) {
             prepare_display(s);
             if (!dispatch(s, Event{.command = 14})) return;
         }
-        Event e = read_event(s);
+        Event e = read_event(s, true);
         if (!e.dropped.empty()) {
             // A file dropped on the window opens as File > Open would.
             s.tk.WindowOutStatusBar(9, folder);

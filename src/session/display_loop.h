@@ -25,7 +25,9 @@ inline constexpr int kCommandClose = 500;
 inline constexpr int kCommandExit = 20;
 inline constexpr int kCommandExport = 120;   // File > Export, menu id 40120
 
-Event read_event(Session& s);
+// The next message as an event. Only the Display loop takes a dropped file
+// (`takes_files`); every other loop says where to drop it instead.
+Event read_event(Session& s, bool takes_files = false);
 
 void display_loop(Session& s);
 

@@ -3,6 +3,7 @@
 // Export; and one round through the real MOPAC and Open Babel's obabel.
 #include "session/structure_exchange.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -137,6 +138,16 @@ TEST(StructureExchange, ADroppedFileOpens) {
     EXPECT_EQ(t.s.store.nbonds, 14);
     EXPECT_EQ(t.s.flags.total_charge, 1);
     EXPECT_EQ(t.tk.status(9), "Imported zn_propanoate.mol2");
+
+    // In Build the drop is not taken, and the status bar says so.
+    TestSession b;
+    const std::string sdf = users_copy(b, "structure_files/zn_propanoate.sdf");
+    run_on_water(b, "menu 40003\ndrop " + sdf + "\n");
+    EXPECT_EQ(b.s.job.name, "water");
+    const auto& writes = b.tk.status_writes();
+    EXPECT_TRUE(std::any_of(writes.begin(), writes.end(), [&](const auto& w) {
+        return w.first == 9 && w.second.find(sdf + " was not opened") != std::string::npos;
+    }));
 }
 
 // Export writes the molecule as it is turned on screen (the job's saved
