@@ -26,15 +26,22 @@ void start_queue_runner(Session& s, const std::string& queue_file) {
     for (const std::string& line : files::read_lines(queue_file).value_or(std::vector<std::string>{}))
         waiting = waiting || !text::trim(line).empty();
     if (!waiting) return say("The queue " + name + " is empty");
-    if (queue_runner_busy(queue_file)) return say("A queue runner is already working through " + name);
+    if (queue_runner_busy(queue_file)) return say("Queue runner already working");
     const std::string program = queue_runner_program(s);
-    if (program.empty()) return say("zentol-queue is not installed in " + s.inst.bin);
+    if (program.empty()) {
+        say("zentol-queue is not installed");
+        s.tk.WMessageBox(kButtonsOk, MessageIcon::Exclamation, 1,
+                         "The queue runner zentol-queue is not installed.\rIt belongs in " + s.inst.bin +
+                             " (Zentol copies it there when it starts).",
+                         "Zentol");
+        return;
+    }
     // The runner reads this session's engines.def, wherever it was found.
     const std::string root = "ZENTOL_ROOT=" + process::shell_quote(s.inst.root) + " ";
     if (!run_detached(s, root + shell_line(program, {queue_file}))) return;
-    const std::string where = slurm_backend(s.engines) ? " (to Slurm)" : "";
-    say("Queue runner started for " + name + where + ": see " +
-        (std::filesystem::path(queue_file).parent_path() / "queue.log").string());
+    // The field is narrow: the log's place is told in the README and the
+    // queue's folder is the one EditOrcaQ / EditFireflyQ opens.
+    say(slurm_backend(s.engines) ? "Queue runner started for Slurm (queue.log)" : "Queue runner started (queue.log)");
 }
 
 }  // namespace zentol
