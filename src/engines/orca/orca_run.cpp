@@ -92,14 +92,15 @@ void return_geometry(Session& s, OrcaState& m) {
 
 void keep_structure_safe(Session& s) { keep_structure_safe(s.job.name); }
 
-void keep_structure_safe(const std::string& job) {
+void keep_structure_safe(const std::string& job, bool keep_structure_file) {
     const std::string xyz = job + ".xyz", saved = "old_" + xyz;
     // A second call before the structure was written again keeps the copy.
     if (files::exists(xyz)) {
         files::remove(saved);
         files::copy(xyz, saved);
     }
-    for (const char* e : {".xyz", ".out", "_ir.lst", "_ra.lst"}) files::remove(job + e);
+    if (!keep_structure_file) files::remove(xyz);
+    for (const char* e : {".out", "_ir.lst", "_ra.lst"}) files::remove(job + e);
     files::remove(job + ".lst.v*.xyz");
     // orca_pltvib's trajectories of an earlier run must not replay as this one's.
     files::remove(job + ".hess.v*.xyz");

@@ -79,7 +79,9 @@ std::string queue_engine_program(const EngineConfig& engines, QueueEngine e) {
 void prepare_queued_run(const QueuedJob& job) {
     if (job.engine == QueueEngine::Orca) {
         files::remove(job.name + "_chg.log");
-        keep_structure_safe(job.name);
+        // job.xyz stays: ORCA overwrites it and the saved copy goes back
+        // after the run, while a Zentol that has the job open finds it.
+        keep_structure_safe(job.name, true);
     } else {
         clear_firefly_run_files(job.name);
     }

@@ -26,8 +26,14 @@ bool status_shows(const TestSession& t, const std::string& part) {
 void install_fake_orca(TestSession& t) {
     const std::string bin = t.dir / "orca-bin";
     std::filesystem::create_directories(bin);
-    for (const char* name : {"orca", "orca_pltvib", "orca_2mkl"})
+    for (const char* name : {"orca_pltvib", "orca_2mkl"})
         std::filesystem::create_symlink(orca_tool(std::string("fake_") + name + ".sh"), bin + "/" + name);
+    // The queued engine waits until the session has ended, as when the user
+    // closes Zentol and the queue runs on.
+    write_file(bin + "/orca", "#!/bin/sh\nn=0\nwhile [ ! -f '" + (t.dir / "go") +
+                                  "' ] && [ $n -lt 300 ]; do sleep 0.1; n=$((n+1)); done\nexec '" +
+                                  orca_tool("fake_orca.sh") + "' \"$@\"\n");
+    std::filesystem::permissions(bin + "/orca", std::filesystem::perms::owner_all);
     t.s.engines.values["orca"] = bin + "/orca";
     write_file(t.s.inst.cfgset + "/engines.def", "orca " + bin + "/orca\n");
     write_file(t.s.inst.bin + "/orca.txt", "    1\n");
@@ -46,9 +52,11 @@ TEST(RunQueueMenu, OrcaQueuesRunsInTheBackgroundAndUpdateReadsTheResults) {
     EXPECT_TRUE(status_shows(t, "The queue qorca.txt is empty"));
     EXPECT_TRUE(status_shows(t, "Queue runner started (queue.log)")) << t.tk.transcript().back();
     const std::string log = t.scratch() + "/../orca/queue.log";
+    write_file(t.dir / "go", "");
     ASSERT_TRUE(wait_for_text(log, "done ", 60)) << read_file(log);
     const std::string job = t.scratch() + "/chlorine";
-    EXPECT_TRUE(file_present(job + ".lst"));
+    EXPECT_TRUE(file_present(job + ".lst")) << read_file(log);
+    EXPECT_TRUE(file_present(job + ".xyz"));
     EXPECT_FALSE(file_present(t.scratch() + "/old_chlorine.xyz"));
 
     // The user opens the job and presses Update, as after a run.
