@@ -83,11 +83,15 @@ std::vector<std::string> default_queues(const zentol::Installation& inst) {
             zentol::queue_directory(scratch, "firefly") + "/qfirefly.txt"};
 }
 
+// SIGTERM and SIGINT stop the runner; a closed terminal (SIGHUP) does
+// not, nor the engine, which inherits the ignored signal: a queue runs on
+// after the window or shell that started it has gone.
 void catch_stops() {
     struct sigaction sa {};
     sa.sa_handler = on_stop;
     sigemptyset(&sa.sa_mask);
-    for (int sig : {SIGTERM, SIGINT, SIGHUP}) sigaction(sig, &sa, nullptr);
+    for (int sig : {SIGTERM, SIGINT}) sigaction(sig, &sa, nullptr);
+    signal(SIGHUP, SIG_IGN);
 }
 
 }  // namespace
