@@ -147,3 +147,32 @@ TEST(SlurmBackend, ShellStepsAfterTheRunMatchTheModes) {
     }
     EXPECT_EQ(files::list(d / "sh", "*"), files::list(d / "cpp", "*"));
 }
+
+TEST(SlurmBackend, FireflyShellStepsKeepThePunchFileAsTheModeDoes) {
+    TempDir d;
+    for (const bool shell : {false, true}) {
+        const std::string dir = d / (shell ? "sh" : "cpp");
+        std::filesystem::create_directories(dir);
+        files::change_dir(dir);
+        write_file("w.inp", "deck\n");
+        write_file("w.lst", "old listing\n");
+        write_file("punch", "old punch\n");
+        QueuedJob job;
+        job.engine = QueueEngine::Firefly, job.dir = dir, job.name = "w", job.deck = dir + "/w.inp";
+        prepare_queued_run(job);
+        EXPECT_FALSE(file_present("w.lst"));
+        EXPECT_FALSE(file_present("punch"));
+        write_file("PUNCH", "new punch\n");
+        if (shell) {
+            std::string script;
+            for (const auto& line : finish_queued_run_script(job)) script += line + "\n";
+            write_file("after.sh", script);
+            ASSERT_EQ(std::system("sh after.sh"), 0);
+            files::remove_file("after.sh");
+        } else {
+            finish_queued_run(job);
+        }
+        EXPECT_EQ(read_file("w.pun"), "new punch\n");
+    }
+    EXPECT_EQ(files::list(d / "sh", "*"), files::list(d / "cpp", "*"));
+}
