@@ -51,7 +51,11 @@ std::string default_engines_def(const Installation& inst) {
            "symmol " + b + "symmol\nzmatgen " + b + "zmatgen\n"
            "zentol9 " + b + "zentol9\norbview " + b + "orbview\norbgrid " + b + "orbgrid\norbgrids " + b + "orbgrids\n"
            "tabview " + b + "tabview\nlauncher " + b + "brevan\n"
-           "editor\nterminal x-terminal-emulator\nopener xdg-open\nupdate_url\n";
+           "editor\nterminal x-terminal-emulator\nopener xdg-open\nupdate_url\n"
+           "# The queue runner zentol-queue runs queued jobs here (queue_backend local)\n"
+           "# or hands them to Slurm's sbatch (queue_backend slurm) with the partition\n"
+           "# and time limit given; queue_cores is the -np of a Firefly job queued by hand.\n"
+           "queue_backend local\nqueue_partition\nqueue_time_limit\nqueue_cores 1\n";
 }
 
 EngineConfig parse_engines_def(const std::vector<std::string>& lines) {
@@ -97,7 +101,8 @@ static void read_zentol_lines(Session& s, const std::string& path,
 void install_programs(const Installation& inst, const std::string& program_dir) {
     namespace fs = std::filesystem;
     // Helper programs built with Zentol, under the names engines.def gives them.
-    static const std::pair<const char*, const char*> kPrograms[] = {{"zentol-symmol", "symmol"}};
+    static const std::pair<const char*, const char*> kPrograms[] = {{"zentol-symmol", "symmol"},
+                                                                    {"zentol-queue", "zentol-queue"}};
     for (const auto& [built, installed] : kPrograms) {
         std::error_code ec;
         const fs::path from = fs::path(program_dir) / built, to = fs::path(inst.bin) / installed;

@@ -46,12 +46,12 @@ TEST(ShippedMenus, EveryMenuAndToolBarParses) {
 TEST(ShippedMenus, EachModeMenuHoldsExactlyItsCommands) {
     // Command codes of each mode; the item id is 40000 + code (Orca's HA_basis is 41019).
     const std::map<int, std::vector<int>> commands = {
-        {30002, {1, 15, 23, 6, 8, 18, 5, 7, 11, 17, 20, 2, 16, 13, 10, 14, 9}},          // Firefly
+        {30002, {1, 15, 23, 6, 8, 18, 5, 7, 11, 17, 20, 2, 16, 13, 10, 14, 12, 9}},      // Firefly
         {30003, {5, 6, 7, 8, 15, 22, 24, 25, 26, 40, 41, 42, 44, 49, 56, 77, 82}},       // Build
         {30004, {1, 13, 23, 8, 14, 5, 6, 10, 11, 12, 7, 9, 2}},                          // Mopac
         {30005, {1, 13, 23, 6, 9}},                                                      // ICONC
         {30006, {1, 2, 3, 4, 6, 8, 12, 13, 14, 15, 16, 17, 18, 21, 27, 28, 30, 62}},     // Tinker
-        {30008, {1, 2, 3, 5, 6, 21, 9, 10, 11, 13, 14, 15, 16, 17, 18, 1019, 20}},       // Orca
+        {30008, {1, 2, 3, 5, 6, 21, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 1019, 20}},   // Orca
     };
     for (const auto& [menu_id, codes] : commands) {
         std::string error;

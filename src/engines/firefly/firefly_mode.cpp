@@ -10,6 +10,7 @@
 #include "engines/firefly/firefly_modes.h"
 #include "engines/firefly/firefly_programs.h"
 #include "engines/mode_loop.h"
+#include "engines/queue/queue_start.h"
 #include "engines/queue_file.h"
 #include "engines/runner.h"
 #include "engines/tinker/rotation_profile.h"
@@ -50,18 +51,11 @@ std::string firefly_program(Session& s) {
     return program;
 }
 
-void clear_engine_files(Session& s) {
-    files::remove("punch");
-    files::remove("dictnry*.*");
-    files::remove(job_file(s, ".lst"));
-}
-
 // One run of the engine on job.inp; the punch file kept as job.pun.
 void run_engine(Session& s, const std::string& program) {
-    files::remove(job_file(s, "_chg.log"));
-    clear_engine_files(s);
+    clear_firefly_run_files(s.job.name);
     run_blocking(s, firefly_command_line(program, s.job.name, cores(s)));
-    if (files::exists("punch")) files::copy("punch", job_file(s, ".pun"));
+    keep_firefly_punch(s.job.name);
 }
 
 // ---- Rotation profile ----
@@ -159,7 +153,9 @@ void add_to_firefly_queue(Session& s) {
     files::remove("dictnry*.*");
     // The deck's path as it is on disk (a Linux path keeps its case); the
     // queue compares its records without regard to case all the same.
-    const int added = add_to_queue(firefly_queue_file(s), files::current_dir() + "/" + files::resolve(deck));
+    // The cores go with the job: the runner gives the engine the same -np.
+    const int added =
+        add_to_queue(firefly_queue_file(s), files::current_dir() + "/" + files::resolve(deck), cores(s));
     if (added < 0) message(s, "Cannot write the queue " + firefly_queue_file(s));
     else s.tk.WMessageBox(kButtonsOk, MessageIcon::Information, 1, s.job.name + ".inp Added to Q", "Firefly");
 }
@@ -171,7 +167,7 @@ void edit_queue(Session& s) {
 }
 
 void delete_queue(Session& s) {
-    if (ask(s, "Delete FireflyQ ?")) files::remove(firefly_queue_file(s));
+    if (ask(s, "Delete FireflyQ ?")) zentol::delete_queue(firefly_queue_file(s));
 }
 
 // ---- The loop ----
@@ -211,6 +207,7 @@ Next dispatch(Session& s, int command) {
         case 9: open_command_window(s, s.inst.bin); break;
         case 10: add_to_firefly_queue(s); break;
         case 11: plot_map(s); break;
+        case 12: start_queue_runner(s, firefly_queue_file(s)); break;
         case 13: delete_queue(s); break;
         case 14: edit_queue(s); break;
         case 15: return go_to_build(s);
@@ -262,6 +259,17 @@ std::string firefly_command_line(const std::string& program, const std::string& 
     std::string line = shell_line(program, {"-i", files::resolve(job + ".inp"), "-o", job + ".lst"});
     if (cores > 1) line += " -np " + text::format_i(cores, 2);
     return line;
+}
+
+void clear_firefly_run_files(const std::string& job) {
+    files::remove(job + "_chg.log");
+    files::remove("punch");
+    files::remove("dictnry*.*");
+    files::remove(job + ".lst");
+}
+
+void keep_firefly_punch(const std::string& job) {
+    if (files::exists("punch")) files::copy("punch", job + ".pun");
 }
 
 std::string firefly_queue_file(const Session& s) {

@@ -43,6 +43,12 @@ void make_wavefunction_file(Session& s);
 // more than one core.
 std::string firefly_command_line(const std::string& program, const std::string& job, int cores);
 
+// Before a run, in the job's directory: the charge log, the engine's
+// punch and dictionary files and the old listing go.
+void clear_firefly_run_files(const std::string& job);
+// After a run: the engine's punch file kept as job.pun.
+void keep_firefly_punch(const std::string& job);
+
 // The run: the engine, the punch copy, the wavefunction, the update.
 void run_firefly(Session& s);
 

@@ -5,6 +5,7 @@
 
 #include "display/view.h"
 #include "engines/mode_loop.h"
+#include "engines/queue/queue_start.h"
 #include "engines/queue_file.h"
 #include "engines/runner.h"
 #include "session/config.h"
@@ -118,7 +119,7 @@ void add_to_orca_queue(Session& s) {
 
 void delete_orca_queue(Session& s) {
     if (s.tk.WMessageBox(kButtonsYesNo, MessageIcon::Question, 1, "Delete Orca Queue?", "Delete OrcaQ ?") == 1)
-        files::remove(orca_queue_file(s));
+        delete_queue(orca_queue_file(s));
 }
 
 void make_job_orca_pdb(Session& s) {
@@ -186,6 +187,7 @@ Next dispatch(Session& s, OrcaState& m, int command) {
         case 9: delete_orca_queue(s); break;
         case 10: add_to_orca_queue(s); break;
         case 11: edit_job_file(s, orca_queue_file(s)); break;
+        case 12: start_queue_runner(s, orca_queue_file(s)); break;
         case 13: plot_if_there(s, m, 1); break;
         case 14: orca_replay(s, 1); break;
         case 15: plot_if_there(s, m, 2); break;

@@ -32,8 +32,19 @@ int load_orca_cores(Session& s);
 
 // Before a run or a queued run: job.xyz kept as old_job.xyz (ORCA writes
 // its result under the name of the job's own structure file) and the
-// files of an earlier run deleted.
+// files of an earlier run deleted. In the job's directory.
+// The queue runner leaves job.xyz in place (`keep_structure_file`): the
+// job may be open in Zentol meanwhile, which reads and writes it.
 void keep_structure_safe(Session& s);
+void keep_structure_safe(const std::string& job, bool keep_structure_file = false);
+
+// The run's line in the job's directory: "orca job.ino >job.lst". The
+// queue runner starts queued decks with the same line.
+std::string orca_command_line(const std::string& program, const std::string& job);
+
+// After a run that left job.lst: ORCA's job.xyz kept as job.out and the
+// job's own structure file put back. False when there is no listing.
+bool restore_structure_after_run(const std::string& job);
 
 // New Input: dialog 125 and the deck; true when it was closed with Run.
 bool orca_new_input(Session& s, OrcaState& m);

@@ -90,17 +90,34 @@ void return_geometry(Session& s, OrcaState& m) {
 
 }  // namespace
 
-void keep_structure_safe(Session& s) {
-    const std::string xyz = job_file(s, ".xyz"), saved = "old_" + xyz;
+void keep_structure_safe(Session& s) { keep_structure_safe(s.job.name); }
+
+void keep_structure_safe(const std::string& job, bool keep_structure_file) {
+    const std::string xyz = job + ".xyz", saved = "old_" + xyz;
     // A second call before the structure was written again keeps the copy.
     if (files::exists(xyz)) {
         files::remove(saved);
         files::copy(xyz, saved);
     }
-    for (const char* e : {".xyz", ".out", "_ir.lst", "_ra.lst"}) files::remove(job_file(s, e));
-    files::remove(job_file(s, ".lst.v*.xyz"));
+    if (!keep_structure_file) files::remove(xyz);
+    for (const char* e : {".out", "_ir.lst", "_ra.lst"}) files::remove(job + e);
+    files::remove(job + ".lst.v*.xyz");
     // orca_pltvib's trajectories of an earlier run must not replay as this one's.
-    files::remove(job_file(s, ".hess.v*.xyz"));
+    files::remove(job + ".hess.v*.xyz");
+}
+
+std::string orca_command_line(const std::string& program, const std::string& job) {
+    return shell_line(program, {files::resolve(job + ".ino")}, {"", job + ".lst"});
+}
+
+bool restore_structure_after_run(const std::string& job) {
+    const std::string xyz = job + ".xyz", saved = "old_" + xyz;
+    if (!files::exists(job + ".lst")) return false;
+    files::copy(xyz, job + ".out");
+    files::remove(xyz);
+    files::copy(saved, xyz);
+    files::remove(saved);
+    return true;
 }
 
 void orca_update(Session& s, OrcaState& m) {
@@ -150,14 +167,9 @@ void orca_run(Session& s, OrcaState& m) {
     files::remove(job_file(s, "_chg.log"));
     keep_structure_safe(s);
     s.tk.WindowOutStatusBar(status_message_field, "Orca running");
-    run_blocking(s, shell_line(program, {files::resolve(deck)}, {"", job_file(s, ".lst")}));
+    run_blocking(s, orca_command_line(program, s.job.name));
     s.tk.WindowOutStatusBar(status_message_field, " ");
-    const std::string saved = "old_" + job_file(s, ".xyz");
-    if (!files::exists(job_file(s, ".lst"))) return;
-    files::copy(job_file(s, ".xyz"), job_file(s, ".out"));
-    files::remove(job_file(s, ".xyz"));
-    files::copy(saved, job_file(s, ".xyz"));
-    files::remove(saved);
+    if (!restore_structure_after_run(s.job.name)) return;
     orca_update(s, m);
 }
 
