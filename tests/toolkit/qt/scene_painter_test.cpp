@@ -64,7 +64,7 @@ protected:
     // The pixels whose ray through the centre meets the sphere in front of
     // the eye and between near and far plane, by the camera of projection.h.
     static std::vector<bool> cast(const SceneSphere& s) {
-        const Matrix4 p = perspective_matrix(), v = look_at_matrix();
+        const Matrix4 p = perspective_matrix(double(kWidth) / kHeight), v = look_at_matrix();
         const double c[3] = {v[0] * s.x + v[4] * s.y + v[8] * s.z + v[12], v[1] * s.x + v[5] * s.y + v[9] * s.z + v[13],
                              v[2] * s.x + v[6] * s.y + v[10] * s.z + v[14]};
         std::vector<bool> out(std::size_t(kWidth) * kHeight);
