@@ -1,7 +1,8 @@
 // The map program and the viewer's surfaces: a 64-step map of an orbital of
-// hexadecane (50 atoms, a real MOPAC PM7 run, tests/data/orbitals) with
-// both cores, the same with one, and the isosurfaces (both lobes) of a
-// 128-step map of the water H.O.M.O.
+// hexadecane (50 atoms, a real MOPAC PM7 run, tests/data/orbitals), as the
+// map program lays it out and as a full 64^3 cube, with both cores and with
+// one; and the isosurfaces (both lobes) of a 128-step map of the water
+// H.O.M.O.
 #include <benchmark/benchmark.h>
 
 #include <string>
@@ -28,6 +29,7 @@ void map_64_steps_50_atoms(benchmark::State& state) {
     r.orbital = w.homo;
     r.steps = 64;
     r.threads = static_cast<int>(state.range(0));
+    r.cubic = state.range(1) != 0;
     std::string error;
     std::size_t points = 0;
     for (auto _ : state) {
@@ -38,7 +40,9 @@ void map_64_steps_50_atoms(benchmark::State& state) {
     state.counters["atoms"] = static_cast<double>(w.atoms.size());
     state.counters["points"] = static_cast<double>(points);
 }
-BENCHMARK(map_64_steps_50_atoms)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->UseRealTime();
+// Args: threads (0 all), and 1 for 64 points on every side (64^3) instead
+// of 64 on the longest side of the molecule's box.
+BENCHMARK(map_64_steps_50_atoms)->Args({0, 0})->Args({1, 0})->Args({0, 1})->Args({1, 1})->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void surfaces_128_steps(benchmark::State& state) {
     const MapWavefunction w = wavefunction("water.mgf");

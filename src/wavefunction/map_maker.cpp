@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <ostream>
 
+#include "engines/mopac/mopac_listing.h"
 #include "text/fixed_format.h"
 #include "toolkit/files.h"
 #include "wavefunction/map_files.h"
@@ -27,10 +28,12 @@ const char* const kUsage =
     "\n"
     "FILE may be a MOPAC graph file (GRAPHF: job.mgf), Zentol's graph.dat, or a\n"
     "GAMESS/Firefly punch file with the AIMPAC wavefunction (job.pun, job.dat).\n"
-    "  --mo N       orbital N, numbered as the engine numbers it (default: HOMO)\n"
+    "  --mo N       orbital N, numbered as the engine numbers it (default: HOMO;\n"
+    "               a MOPAC run without ALLVEC is numbered from job.out beside job.mgf)\n"
     "  --homo, --lumo, --density, --spin, --beta (the beta orbital of N)\n"
     "  --steps N    points along the longest side of the box, 32 to 128 (64)\n"
     "  --margin A   Angstrom of room around the atoms (3.5)\n"
+    "  --cubic      N points on every side (the box a cube), not only the longest\n"
     "  -o FILE      the cube file (default: FILE's name with the map's ending)\n";
 
 struct Options {
@@ -62,6 +65,7 @@ bool parse(const std::vector<std::string>& args, Options& o) {
         else if (w == "--density") o.request.kind = MapKind::Density;
         else if (w == "--spin") o.request.kind = MapKind::Spin;
         else if (w == "--beta") o.request.beta = true;
+        else if (w == "--cubic") o.request.cubic = true;
         else if (w == "--steps" && has_value && read_number(args[++k], v)) o.request.steps = static_cast<int>(v);
         else if (w == "--margin" && has_value && read_number(args[++k], v) && v >= 0 && v < 50) o.request.margin = v;
         else if (w == "-o" && has_value) o.output = args[++k];
@@ -77,6 +81,18 @@ bool steps_ok(int steps, std::ostream& err) {
     return false;
 }
 
+// The highest filled level the run's listing (job.out beside job.mgf)
+// gives, which numbers the orbitals of a file that holds only those about
+// it; 0 without a listing.
+int listing_homo(const std::string& mgf) {
+    std::filesystem::path out(mgf);
+    out.replace_extension(".out");
+    const auto listing = files::read_text_lines(out.string());
+    if (!listing) return 0;
+    const MopacListing l = read_mopac_listing(listing->views(), 1, 1, 0);
+    return l.alpha_electrons > 0 ? l.alpha_electrons : l.homo_index;
+}
+
 // A file named on the command line: a MOPAC graph file, Zentol's graph.dat
 // or a punch file, told apart by their content.
 MapWavefunction read_any(const std::string& name, std::string& error) {
@@ -88,7 +104,7 @@ MapWavefunction read_any(const std::string& name, std::string& error) {
     for (std::size_t i = 0; i < lines->size() && i < 200000; ++i)
         if ((*lines)[i].starts_with("----- TOP OF INPUT FILE FOR BADER")) return aimpac_wavefunction(*lines, error);
     if (!lines->empty() && (*lines)[0].find("MOPAC-Graphical") != std::string_view::npos)
-        return mopac_wavefunction(read_mop2016_vectors(lines->views()), error);
+        return mopac_wavefunction(read_mop2016_vectors(lines->views(), listing_homo(name)), error);
     if (auto v = read_graph_file(*lines, error)) return mopac_wavefunction(*v, error);
     error = name + ": " + error;
     return {};

@@ -159,8 +159,9 @@ MapWavefunction mopac_wavefunction(const Mop2016Vectors& v, std::string& error) 
         w.atoms.push_back({a.atomic_number, a.x * kBohrPerAngstrom, a.y * kBohrPerAngstrom, a.z * kBohrPerAngstrom});
     w.slater = std::move(slater);
     w.homo = v.homo;
-    // Without ALLVEC MOPAC leaves out the lowest orbitals of a larger molecule.
-    w.complete = v.first_orbital <= 1;
+    // Without ALLVEC MOPAC writes only the orbitals about the H.O.M.O. of a
+    // larger molecule: fewer orbitals than basis functions.
+    w.complete = v.first_orbital <= 1 && std::min(v.beta_from, v.orbitals.size()) >= n;
     for (std::size_t i = 0; i < v.orbitals.size(); ++i) {
         const MgfOrbital& o = v.orbitals[i];
         if (o.coefficients.size() != n) {

@@ -84,7 +84,7 @@ void fill_slabs(const MapWavefunction& w, const std::vector<Term>& terms, CubeGr
 
 }  // namespace
 
-CubeGrid map_layout(const MapWavefunction& w, int steps, double margin_angstrom) {
+CubeGrid map_layout(const MapWavefunction& w, int steps, double margin_angstrom, bool cubic) {
     CubeGrid g;
     g.atoms = w.atoms;
     std::array<double, 3> lo{0, 0, 0}, hi{0, 0, 0};
@@ -101,7 +101,7 @@ CubeGrid map_layout(const MapWavefunction& w, int steps, double margin_angstrom)
     const int n = std::max(steps, 2);
     const double h = longest / (n - 1);
     for (std::size_t c = 0; c < 3; ++c) {
-        const double side = hi[c] - lo[c] + 2 * margin;
+        const double side = cubic ? longest : hi[c] - lo[c] + 2 * margin;
         g.n[c] = std::clamp(static_cast<int>(std::ceil(side / h - 1e-9)) + 1, 2, n);
         // The box is centred on the molecule.
         g.origin[c] = (lo[c] + hi[c]) / 2 - h * (g.n[c] - 1) / 2;
@@ -113,7 +113,7 @@ CubeGrid map_layout(const MapWavefunction& w, int steps, double margin_angstrom)
 std::optional<CubeGrid> make_map(const MapWavefunction& w, const MapRequest& r, std::string& error) {
     const std::vector<Term> terms = map_terms(w, r, error);
     if (terms.empty()) return std::nullopt;
-    CubeGrid g = map_layout(w, r.steps, r.margin);
+    CubeGrid g = map_layout(w, r.steps, r.margin, r.cubic);
     g.title = map_title(r);
     g.comment = "Zentol map, " + std::to_string(g.n[0]) + " x " + std::to_string(g.n[1]) + " x " +
                 std::to_string(g.n[2]) + " points, values in atomic units";

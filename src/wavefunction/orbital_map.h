@@ -19,11 +19,13 @@ struct MapRequest {
     int steps = 64;         // points along the longest side of the box
     double margin = 3.5;    // Angstrom of room around the atoms
     int threads = 0;        // 0: as many as the machine has
+    bool cubic = false;     // `steps` points on every side, the box a cube
 };
 
 // The box: the atoms' extent and the margin on every side, cut into equal
-// cubic steps, `steps` points on its longest side. No values yet.
-CubeGrid map_layout(const MapWavefunction& w, int steps, double margin_angstrom);
+// cubic steps, `steps` points on its longest side (on every side when
+// `cubic`: the box is then a cube). No values yet.
+CubeGrid map_layout(const MapWavefunction& w, int steps, double margin_angstrom, bool cubic = false);
 
 // The values of the map; nullopt and `error` when the wavefunction cannot
 // give it (no such orbital, a density without all occupied orbitals, a

@@ -124,6 +124,20 @@ TEST(MapMaker, ShellUseWithOptions) {
     EXPECT_EQ(r.err, "no map: cannot read missing.mgf\n");
 }
 
+TEST(MapMaker, LargerMopacRunIsNumberedFromItsListing) {
+    // Hexadecane without ALLVEC: the file holds orbitals 41 to 56 only.
+    testing::TempDir dir;
+    files::change_dir(dir.path());
+    files::copy(test_data("orbitals/hexadecane.mgf"), "hexadecane.mgf");
+    MakerRun r = map_maker({"zentol-orbgrid", "--steps", "32", "--density", "hexadecane.mgf"});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_NE(r.err.find("ALLVEC"), std::string::npos);
+    files::copy(test_data("orbitals/hexadecane.out"), "hexadecane.out");
+    r = map_maker({"zentol-orbgrid", "--steps", "32", "hexadecane.mgf"});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(cube("hexadecane_MO049.cube").title, "Molecular orbital 49");
+}
+
 TEST(CubeFile, ReadsBackWhatItWritesAndRefusesDamage) {
     testing::TempDir dir;
     files::change_dir(dir.path());
