@@ -36,7 +36,6 @@ const vec3 kLight = vec3(0.57735027);
 const vec3 kHalfway = vec3(0.32505758, 0.32505758, 0.88807383);
 void main() {
     vec3 n = normalize(v_normal);
-    if (n.z < 0.0) n = -n;
     float d = max(dot(n, kLight), 0.0);
     float s = pow(max(dot(n, kHalfway), 0.0), 30.0) * 0.6;
     frag = vec4(min(u_colour.rgb * (0.35 + d) + vec3(s), vec3(1.0)), u_colour.a);
@@ -271,16 +270,21 @@ void OrbitalView::paintGL() {
     glViewport(0, 0, w, h);
     glEnable(GL_DEPTH_TEST);
     glDepthFunc(GL_LESS);
-    // Translucent: the molecule shows through, the lobes do not hide each other.
+    // The surfaces' triangles turn counter-clockwise to the outside: only
+    // the near side of each lobe is drawn, blended once over the molecule,
+    // which shows through.
+    glEnable(GL_CULL_FACE);
+    glCullFace(GL_BACK);
+    glFrontFace(GL_CCW);
     glDepthMask(GL_FALSE);
     glEnable(GL_BLEND);
     glBlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ZERO, GL_ONE);
-    glDisable(GL_CULL_FACE);
     surface_->bind();
     draw_mesh(gpu_negative_, kNegative, mvp.data(), mv.data());
     draw_mesh(gpu_positive_, kPositive, mvp.data(), mv.data());
     surface_->release();
     glDepthMask(GL_TRUE);
+    glDisable(GL_CULL_FACE);
     glDisable(GL_BLEND);
     glDisable(GL_DEPTH_TEST);
 }

@@ -3,6 +3,7 @@
 #include <array>
 #include <cmath>
 #include <tuple>
+#include <utility>
 
 namespace zentol {
 
@@ -78,9 +79,24 @@ private:
 
     void triangle(const Corner& a1, const Corner& b1, const Corner& a2, const Corner& b2, const Corner& a3,
                   const Corner& b3) {
+        const std::size_t first = mesh.vertices.size();
         vertex(a1, b1);
         vertex(a2, b2);
         vertex(a3, b3);
+        // Counter-clockwise seen from outside: the face normal agrees with
+        // the vertex normals, so a viewer can leave out the back faces.
+        const float* v = mesh.vertices.data() + first;
+        const float* n = mesh.normals.data() + first;
+        const float e1[3] = {v[3] - v[0], v[4] - v[1], v[5] - v[2]}, e2[3] = {v[6] - v[0], v[7] - v[1], v[8] - v[2]};
+        const float face[3] = {e1[1] * e2[2] - e1[2] * e2[1], e1[2] * e2[0] - e1[0] * e2[2], e1[0] * e2[1] - e1[1] * e2[0]};
+        float agree = 0;
+        for (int c = 0; c < 3; ++c) agree += face[c] * (n[c] + n[3 + c] + n[6 + c]);
+        if (agree < 0) {
+            for (int c = 0; c < 3; ++c) {
+                std::swap(mesh.vertices[first + 3 + c], mesh.vertices[first + 6 + c]);
+                std::swap(mesh.normals[first + 3 + c], mesh.normals[first + 6 + c]);
+            }
+        }
     }
 
     void tetra(const Corner& p0, const Corner& p1, const Corner& p2, const Corner& p3) {

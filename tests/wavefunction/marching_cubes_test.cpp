@@ -26,6 +26,7 @@ CubeGrid field(int n, double h, const std::function<double(double, double, doubl
 
 struct Measure {
     double area = 0, volume = 0, worst_radius = 0, worst_normal = 1;
+    int turned = 0;   // triangles whose winding disagrees with their normals
 };
 
 // Area, enclosed volume (each triangle turned to agree with its normals)
@@ -54,6 +55,7 @@ Measure measure(const IsoMesh& m, double r, std::array<double, 3> c) {
         const double len = std::sqrt(x[0] * x[0] + x[1] * x[1] + x[2] * x[2]);
         out.area += len / 2;
         const double turn = (x[0] * nsum[0] + x[1] * nsum[1] + x[2] * nsum[2]) < 0 ? -1 : 1;
+        out.turned += turn < 0;
         double q[3];
         for (int a = 0; a < 3; ++a) q[a] = p[0][a] - c[a];
         // Tetrahedron of the triangle and the centre.
@@ -71,6 +73,8 @@ TEST(MarchingCubes, SphereHasTheRightAreaVolumeAndOutwardNormals) {
     const Measure s = measure(m, r, {0, 0, 0});
     EXPECT_LT(s.worst_radius, 0.01);
     EXPECT_GT(s.worst_normal, 0.98);
+    // Counter-clockwise seen from outside, for a viewer that culls back faces.
+    EXPECT_EQ(s.turned, 0);
     EXPECT_NEAR(s.area, 4 * M_PI * r * r, 0.02 * 4 * M_PI * r * r);
     EXPECT_NEAR(s.volume, 4 * M_PI * r * r * r / 3, 0.01 * 4 * M_PI * r * r * r / 3);
 }
