@@ -144,7 +144,9 @@ TEST(DisplayLoop, MissingSiblingIsToldAndTheSessionGoesOn) {
     run_on_water(u, "menu 40040\nmenu 40039\n");
     EXPECT_TRUE(u.s.flags.switch_to_sibling);
     EXPECT_FLOAT_EQ(u.s.flags.zoom, 1.0f);   // the loop ended at once
-    for (int i = 0; i < 100 && !file_present(u.scratch() + "/handed.txt"); ++i) usleep(20000);
+    // The sibling runs on its own: wait for its whole line, not just the file.
+    for (int i = 0; i < 250 && read_file(u.scratch() + "/handed.txt").find('\n') == std::string::npos; ++i)
+        usleep(20000);
     EXPECT_EQ(read_file(u.scratch() + "/handed.txt"), "water 1 MX\n");
 }
 

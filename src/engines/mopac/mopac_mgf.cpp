@@ -80,7 +80,8 @@ std::size_t read_atoms(LineViews mgf, Mop2016Vectors& v) {
     std::size_t at = 1;
     for (; at <= static_cast<std::size_t>(std::max(v.natoms, 0)) && at < mgf.size(); ++at) {
         auto a = text::read_reals(mgf[at], 5);
-        if (!a || a->size() < 5) return at;
+        // The first number is the atomic number: anything else ends the atoms.
+        if (!a || a->size() < 5 || !((*a)[0] >= 0 && (*a)[0] <= 120)) return at;
         v.atoms.push_back({static_cast<int>((*a)[0]), (*a)[1], (*a)[2], (*a)[3], (*a)[4]});
     }
     for (std::size_t k = 0; k < v.atoms.size() && at < mgf.size(); ++k, ++at) {

@@ -55,6 +55,24 @@ void keep_freed_memory_for_frames() {
 #endif
 }
 
+// The next smaller level of a one-byte-a-texel image, each texel the mean of
+// the (up to) four it covers. Made here rather than by glGenerateMipmap,
+// which on a software GL compiles a blit shader at start-up.
+std::vector<unsigned char> half_level(const std::vector<unsigned char>& in, int w, int h, int& w2, int& h2) {
+    w2 = std::max(1, w / 2);
+    h2 = std::max(1, h / 2);
+    std::vector<unsigned char> out(static_cast<std::size_t>(w2) * h2);
+    for (int y = 0; y < h2; ++y)
+        for (int x = 0; x < w2; ++x) {
+            const int x0 = std::min(2 * x, w - 1), x1 = std::min(2 * x + 1, w - 1);
+            const int y0 = std::min(2 * y, h - 1), y1 = std::min(2 * y + 1, h - 1);
+            const int sum = in[std::size_t(y0) * w + x0] + in[std::size_t(y0) * w + x1] +
+                            in[std::size_t(y1) * w + x0] + in[std::size_t(y1) * w + x1];
+            out[std::size_t(y) * w2 + x] = static_cast<unsigned char>((sum + 2) / 4);
+        }
+    return out;
+}
+
 }  // namespace
 
 ScenePainter::ScenePainter()
@@ -153,9 +171,15 @@ void ScenePainter::build_atlas() {
     glGenTextures(1, &atlas_);
     glBindTexture(GL_TEXTURE_2D, atlas_);
     glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
-    glTexImage2D(GL_TEXTURE_2D, 0, GL_R8, kAtlasWidth, height, 0, GL_RED, GL_UNSIGNED_BYTE, alpha.data());
+    int w = kAtlasWidth, h = height;
+    for (int level = 0;; ++level) {
+        glTexImage2D(GL_TEXTURE_2D, level, GL_R8, w, h, 0, GL_RED, GL_UNSIGNED_BYTE, alpha.data());
+        if (w == 1 && h == 1) break;
+        int w2 = 0, h2 = 0;
+        alpha = half_level(alpha, w, h, w2, h2);
+        w = w2, h = h2;
+    }
     glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
-    glGenerateMipmap(GL_TEXTURE_2D);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR_MIPMAP_LINEAR);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);

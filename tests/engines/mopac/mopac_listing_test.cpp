@@ -337,4 +337,10 @@ TEST(MopacGraphFile, AtomsOrbitalsAndTheHomo) {
     EXPECT_EQ(read_mgf(data("m22_water_E.mgf"), 3).first_orbital, 1);   // no room below: as it stands
 
     EXPECT_EQ(read_mgf({}).geo_lines, Lines{" Mopac 2016"});
+
+    // A damaged atom row (its atomic number run together with the next
+    // number) ends the atoms instead of overflowing.
+    Lines damaged = data("m22_water_E.mgf");
+    damaged[3] = "   322753285718D+01    0.0000000  -0.7572000  -0.4692000   0.322753285718D+00";
+    EXPECT_EQ(read_mgf(damaged).atoms.size(), 2u);
 }
