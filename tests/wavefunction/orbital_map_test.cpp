@@ -102,6 +102,18 @@ TEST(MopacMaps, OrbitalsAreNormalisedAndOrthogonalOnAFineGrid) {
     EXPECT_NEAR(overlap(sigma_oh, lumo), 0.0, 0.01);
 }
 
+TEST(MopacMaps, SulfurDFunctionsInMopacsOrderKeepOrbitalsNormalised) {
+    // SO2 by PM7: sulfur has s, p and d functions (zeta_d 3.51). With the d
+    // functions in another order than x2-y2, xz, z2, yz, xy the norms of
+    // orbitals 9 and 13 stray by 2%.
+    const MapWavefunction so2 = mopac_file("so2.mgf");
+    ASSERT_EQ(so2.slater[0].functions, 9);
+    for (int mo : {9, 11, 13}) {
+        const CubeGrid g = map_of(so2, MapKind::Orbital, mo, 96, 4.0);
+        EXPECT_NEAR(integrate(g, [](double v) { return v * v; }), 1.0, 0.01) << mo;
+    }
+}
+
 TEST(MopacMaps, DensityHoldsTheValenceElectronsAndSpinTheUnpairedOne) {
     const CubeGrid water = map_of(mopac_file("water.mgf"), MapKind::Density, 0, 128);
     EXPECT_NEAR(integrate(water, [](double v) { return v; }), 8.0, 0.08);
