@@ -125,6 +125,31 @@ void place_cp_ring(Store& st, Toolkit* tk, BuildSite& site) {
     }
 }
 
+bool bonded_to_type(const Store& st, int atom, int type) {
+    for (int k = 1; k <= kMaxNeighbours; ++k) {
+        const int n = st.nbr(atom, k);
+        if (n >= 1 && n <= st.natoms && st.conn_type(n) == type) return true;
+    }
+    return false;
+}
+
+// MM3 has no parameters for a few hydrogens as the parent's type gives them,
+// and a Tinker run would stop on them: an alcohol hydrogen (21) on the
+// oxygen (6) of an acid, next to a carbonyl carbon (3), is a carboxyl one
+// (24); an amine hydrogen (23) on an sp2 nitrogen (9) an amide one (28); a
+// hydrogen (5) on an sp carbon (4) an acetylene one (124). Run over the
+// whole molecule after each change, whichever atom came last.
+void retype_hydrogens_for_mm3(Store& st) {
+    for (int h = 1; h <= st.natoms; ++h) {
+        const int p = st.nbr(h, 1);
+        if (p < 1 || p > st.natoms) continue;
+        const int type = st.conn_type(h), parent = st.conn_type(p);
+        if (type == 21 && parent == 6 && bonded_to_type(st, p, 3)) st.conn_type(h) = 24;
+        else if (type == 23 && parent == 9) st.conn_type(h) = 28;
+        else if (type == 5 && parent == 4) st.conn_type(h) = 124;
+    }
+}
+
 }  // namespace
 
 int hydrogen_type(int parent_type) {
@@ -160,6 +185,7 @@ bool place_atom(Store& st, Toolkit* tk, BuildSite& site, const PlaceRequest& rq)
     else if (rq.choice == 13) place_cp_ring(st, tk, site);
     else if (t.size > 0) place_template(st, tk, site, rq);
     else return false;
+    retype_hydrogens_for_mm3(st);
     return true;
 }
 
@@ -230,6 +256,7 @@ void join_by_hydrogens(Store& st, Toolkit* tk, int h1, int h2) {
     replace_neighbour(st, t, h2, a);
     remove_atom(st, std::max(h1, h2));
     remove_atom(st, std::min(h1, h2));
+    retype_hydrogens_for_mm3(st);
 }
 
 }  // namespace zentol

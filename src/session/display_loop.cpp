@@ -11,6 +11,7 @@
 #include "session/job_commands.h"
 #include "session/openers.h"
 #include "session/setup_dialog.h"
+#include "session/structure_exchange.h"
 #include "session/jobs.h"
 #include "session/session.h"
 #include "session/store_ops.h"
@@ -51,6 +52,7 @@ Event read_event(Session& s) {
         case MessageType::Expose: e.state = 2; break;
         case MessageType::Close: e.command = kCommandClose; break;
         case MessageType::Wheel: e.wheel = m.value; break;
+        case MessageType::FileDropped: e.dropped = m.path; break;
         case MessageType::None: break;
     }
     if ((e.command >= 1 && e.command <= 199) || e.key > 3) e.state = 3;
@@ -239,6 +241,7 @@ bool dispatch(Session& s, const Event& e) {
             loop_start(s);
             break;
         case 86: open_command_window(s, ""); break;
+        case kCommandExport: export_structure(s); break;
         default:
             if (c >= 67 && c <= 76) open_recent_job(s, c - 66);
             break;
@@ -276,6 +279,13 @@ void display_loop(Session& s) {
             if (!dispatch(s, Event{.command = 14})) return;
         }
         Event e = read_event(s);
+        if (!e.dropped.empty()) {
+            // A file dropped on the window opens as File > Open would.
+            s.tk.WindowOutStatusBar(9, folder);
+            open_dropped_file(s, e.dropped);
+            standing = answer_standing(s, folder);
+            continue;
+        }
         if (e.key == 'R' || e.key == 'r') {
             draw_scene(s);
             continue;

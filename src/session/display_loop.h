@@ -1,6 +1,8 @@
 // Display mode: the program's home loop.
 #pragma once
 
+#include <string>
+
 namespace zentol {
 
 struct Session;
@@ -14,12 +16,14 @@ struct Event {
     bool moved = false; // a mouse move
     int button = 0;     // mouse button of a press or release: 1 left, 3 right
     int wheel = 0;      // wheel steps: above 0 away from the user (zoom in)
+    std::string dropped{};  // a file dropped on the window
 };
 
 inline constexpr int kCommandPress = 311;
 inline constexpr int kCommandRelease = 411;
 inline constexpr int kCommandClose = 500;
 inline constexpr int kCommandExit = 20;
+inline constexpr int kCommandExport = 120;   // File > Export, menu id 40120
 
 Event read_event(Session& s);
 

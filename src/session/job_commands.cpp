@@ -1,7 +1,6 @@
 #include "session/job_commands.h"
 
 #include <filesystem>
-#include <memory>
 
 #include "session/config.h"
 #include "session/display_loop.h"
@@ -10,6 +9,7 @@
 #include "session/openers.h"
 #include "session/session.h"
 #include "session/store_ops.h"
+#include "session/structure_exchange.h"
 #include "structure_files/geo_log.h"
 #include "structure_files/ins_file.h"
 #include "structure_files/xyz_file.h"
@@ -21,11 +21,6 @@ namespace zentol {
 
 namespace {
 
-bool ends_with_xyz(const std::string& path) {
-    std::string low = text::lower_case(path);
-    return low.size() >= 3 && low.compare(low.size() - 3, 3, "xyz") == 0;
-}
-
 int library_count(const std::string& dir) {
     std::string up = text::upper_case(dir);
     int n = 0;
@@ -36,14 +31,9 @@ int library_count(const std::string& dir) {
 // A .xyz that can't be read is refused before the job changes, so nothing
 // of the current job or of the damaged file is lost.
 bool readable_xyz(Session& s, const std::string& path) {
-    auto lines = files::read_lines(path);
-    if (!lines) return true;   // a new, empty job
-    auto probe = std::make_unique<Store>();
-    element_lookup(*probe, nullptr, "", kLookupConfirmAll);
-    int q = 0, m = 1;
     XyzProblem problem;
-    if (parse_xyz(*lines, *probe, nullptr, q, m, &problem) != kXyzDamaged) return true;
-    tell(s, {"Input jobname.xyz file error", problem.text(path).c_str()});
+    if (classify_structure_file(path, &problem) != FileKind::DamagedJobXyz) return true;
+    tell(s, {input_error_line(path).c_str(), problem.text(path).c_str()});
     return false;
 }
 
@@ -61,8 +51,10 @@ bool may_leave_job(Session& s) {
     return true;
 }
 
-// The job in the current directory becomes the session's job.
-void take_job(Session& s, const std::string& name, const std::string& first_log_line) {
+// The job in the current directory becomes the session's job: its .xyz is
+// read, or the molecule of an imported file takes its place.
+void take_job(Session& s, const std::string& name, const std::string& first_log_line,
+              const PendingImport* imported = nullptr) {
     s.job.name = name;
     s.flags.xyz_damaged = false;
     s.flags.save_failed = false;
@@ -72,13 +64,76 @@ void take_job(Session& s, const std::string& name, const std::string& first_log_
     files::remove_stale_temporaries(".");
     close_job_log(s);
     int status = kXyzRead;
-    read_job_xyz(s, status);
+    if (imported) {
+        clear_replaced_job(*imported);
+        install_import(s, *imported);
+    } else {
+        read_job_xyz(s, status);
+    }
     save_and_reload(s);
     show_job_name(s);
     remember_job(s);
     write_dir_file(s, "DIR.DEF", files::current_dir());
     write_dir_file(s, dir_def_name(s), files::current_dir());
     open_job_log(s, false, (text::FreeRecord() << first_log_line).str());
+    if (imported) report_import(s, *imported);
+}
+
+// The job checks of a name in the current directory before it is opened;
+// false when refused (the user was told why).
+bool may_open_job(Session& s, const std::string& name) {
+    int status = job_status(s, name);
+    if (status == kStatusPtestInScratch) files::remove("ptest.ins");
+    if (status >= 10 && s.flags.user_level < 3) {
+        tell(s, {"Zentol will not open files in the Library", "Choose a folder outside the Library path and",
+                 "and Load from the library using Build Mode"});
+    } else if (status == 2) {
+        tell(s, {"Current jobname INS file exists Choose a different Job"});
+    } else if (std::string why; !valid_job_name(name, &why)) {
+        tell(s, {why.c_str()});
+    } else {
+        return true;
+    }
+    return false;
+}
+
+// Another program's file: a new job beside it, or the job of its name that
+// is there already when the user keeps it.
+bool open_foreign_file(Session& s, const std::string& path) {
+    PendingImport pending;
+    std::string existing;
+    switch (prepare_import(s, path, pending, &existing)) {
+        case ImportChoice::Import:
+            read_zentol_def(s);
+            take_job(s, pending.name, "Imported " + pending.name, &pending);
+            return true;
+        case ImportChoice::OpenExisting:
+            if (!may_open_job(s, existing) || !readable_xyz(s, existing + ".xyz")) return false;
+            read_zentol_def(s);
+            take_job(s, existing, "Opened " + existing);
+            return true;
+        case ImportChoice::Refused: break;
+    }
+    return false;
+}
+
+// Opens the file at path as the session's job; false when refused, with the
+// current directory as it was.
+bool open_path(Session& s, const std::string& path) {
+    const std::string home = files::current_dir();
+    const std::string absolute = std::filesystem::absolute(path).lexically_normal().string();
+    auto [dir, name] = split_job_path(absolute);
+    if (!files::change_dir(dir)) return false;
+    bool opened = false;
+    if (classify_structure_file(absolute) == FileKind::Foreign) {
+        opened = open_foreign_file(s, absolute);
+    } else if (may_open_job(s, name) && readable_xyz(s, name + ".xyz")) {
+        read_zentol_def(s);
+        take_job(s, name, "Opened " + name);
+        opened = true;
+    }
+    if (!opened) files::change_dir(home);
+    return opened;
 }
 
 }  // namespace
@@ -93,29 +148,21 @@ std::pair<std::string, std::string> split_job_path(const std::string& path) {
 void open_existing_job(Session& s) {
     if (!may_leave_job(s)) return;
     if (s.flags.type_list_flag && s.store.natoms > 1) write_type_list(s);
-    const std::string home = files::current_dir();
-    std::string path = home + "/" + s.job.name + ".xyz";
-    while (true) {
-        if (!s.tk.select_file(20001, kChooseExisting, path, "Find the XYZ Input File") || !ends_with_xyz(path)) break;
-        auto [dir, name] = split_job_path(path);
-        if (!files::change_dir(dir)) break;
-        int status = job_status(s, name);
-        if (status == kStatusPtestInScratch) files::remove("ptest.ins");
-        if (status >= 10 && s.flags.user_level < 3) {
-            tell(s, {"Zentol will not open files in the Library", "Choose a folder outside the Library path and",
-                     "and Load from the library using Build Mode"});
-        } else if (status == 2) {
-            tell(s, {"Current jobname INS file exists Choose a different Job"});
-        } else if (std::string why; !valid_job_name(name, &why)) {
-            tell(s, {why.c_str()});
-        } else if (readable_xyz(s, name + ".xyz")) {
-            read_zentol_def(s);
-            take_job(s, name, "Opened " + name);
-            return;
-        }
-        files::change_dir(home);
+    std::string path = files::current_dir() + "/" + s.job.name + ".xyz";
+    while (s.tk.select_file(kFilterStructureOpen, kChooseExisting, path, "Find the XYZ Input File")) {
+        if (open_path(s, path)) return;
     }
-    files::change_dir(home);
+}
+
+void open_dropped_file(Session& s, const std::string& path) {
+    std::error_code ec;
+    if (!std::filesystem::is_regular_file(path, ec)) {
+        tell(s, {(path + " is not a file Zentol can open.").c_str()});
+        return;
+    }
+    if (!may_leave_job(s)) return;
+    if (s.flags.type_list_flag && s.store.natoms > 1) write_type_list(s);
+    open_path(s, path);
 }
 
 void open_recent_job(Session& s, int k) {

@@ -11,7 +11,11 @@ struct Session;
 
 inline constexpr long kProgramVersion = 6001060;
 
+// File > Open: the job's .xyz, or any structure file Open Babel reads,
+// which becomes a new job beside it.
 void open_existing_job(Session& s);
+// The same for a file dropped on the window.
+void open_dropped_file(Session& s, const std::string& path);
 void open_recent_job(Session& s, int k);
 void ptest_in_scratch(Session& s);
 bool save_job_as(Session& s);

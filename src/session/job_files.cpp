@@ -39,6 +39,8 @@ bool is_job_file(const std::string& job, const std::string& leaf) {
     if (job.empty() || leaf.size() <= job.size() || !text::equals_nocase(leaf.substr(0, job.size()), job)) return false;
     std::string_view rest = std::string_view(leaf).substr(job.size());
     if (rest.size() > 1 && rest[0] == '.' && all_digits(rest.substr(1))) return true;
+    // Tinker's numbered structures: .xyz_2, .xyz_3 ... (it never overwrites).
+    if (rest.size() > 5 && text::equals_nocase(rest.substr(0, 5), ".xyz_") && all_digits(rest.substr(5))) return true;
     for (const auto& ending : job_file_endings())
         if (text::equals_nocase(rest, ending)) return true;
     return false;

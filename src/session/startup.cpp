@@ -1,6 +1,7 @@
 #include "session/startup.h"
 
 #include <filesystem>
+#include <optional>
 
 #include "display/colours.h"
 #include "display/renderer.h"
@@ -11,6 +12,7 @@
 #include "session/session.h"
 #include "session/setup_file.h"
 #include "session/store_ops.h"
+#include "session/structure_exchange.h"
 #include "structure_files/geo_log.h"
 #include "structure_files/key_file.h"
 #include "structure_files/xyz_file.h"
@@ -46,10 +48,12 @@ void enter_dir(const std::string& dir) {
 // Word 1 as a path to a structure file: its directory becomes the job's and
 // its name without the extension the job name. A name that cannot be a job
 // name is refused, and the session starts on ptest in the scratch folder.
-bool start_from_path(Session& s, const std::string& path) {
+// Another program's file (*foreign) is read once the settings are known.
+bool start_from_path(Session& s, const std::string& path, bool& foreign) {
     std::filesystem::path p = std::filesystem::absolute(path).lexically_normal();
+    foreign = classify_structure_file(p.string()) == FileKind::Foreign;
     std::string why;
-    if (!valid_job_name(p.stem().string(), &why)) {
+    if (!foreign && !valid_job_name(p.stem().string(), &why)) {
         tell(s, {("\"" + p.filename().string() + "\" cannot name a job:").c_str(), why.c_str()});
         return false;
     }
@@ -58,6 +62,24 @@ bool start_from_path(Session& s, const std::string& path) {
     s.job.name = p.stem().string();
     write_dir_file(s, dir_def_name(s), s.job.start_dir);
     return true;
+}
+
+// Another program's file on the command line: read in its folder, the
+// current one by now, and made the new job beside it (*pending), or the job
+// of its name that is there already. False when it cannot be read.
+bool start_import(Session& s, const std::string& path, std::optional<PendingImport>& pending) {
+    PendingImport import;
+    std::string existing;
+    switch (prepare_import(s, path, import, &existing)) {
+        case ImportChoice::Import:
+            s.job.name = import.name;
+            clear_replaced_job(import);
+            pending = std::move(import);
+            return true;
+        case ImportChoice::OpenExisting: s.job.name = existing; return true;
+        case ImportChoice::Refused: break;
+    }
+    return false;
 }
 
 void choose_start_directory(Session& s) {
@@ -166,7 +188,11 @@ bool check_job(Session& s) {
 int run_program(Session& s, const std::vector<std::string>& words) {
     open_window(s);
     read_start_words(s, words);
-    if (s.words.file_path && !start_from_path(s, word(words, 1))) {
+    // A path on the command line means the folder the program was started in.
+    const std::string start_path =
+        s.words.file_path ? std::filesystem::absolute(word(words, 1)).lexically_normal().string() : "";
+    bool foreign = false;
+    if (s.words.file_path && !start_from_path(s, start_path, foreign)) {
         s.words.file_path = false;
         s.words.no_words = s.words.imx = true;   // as a start with no words: ptest in scratch
     }
@@ -176,6 +202,12 @@ int run_program(Session& s, const std::vector<std::string>& words) {
     load_setup(s);   // the last session's Setup choices
     load_colour_map(s);
     read_mru(s);
+    std::optional<PendingImport> pending;
+    if (s.words.file_path && foreign && !start_import(s, start_path, pending)) {
+        s.words.file_path = false;
+        s.words.no_words = s.words.imx = true;
+        choose_start_directory(s);
+    }
     bool accepted = true;
     if (!s.words.file_path) {
         if (!s.words.mopa) flash_title(s);
@@ -188,11 +220,18 @@ int run_program(Session& s, const std::vector<std::string>& words) {
         begin_job_state(s);
         int status = kXyzRead;
         XyzProblem problem;
-        read_job_xyz(s, status, &problem);
+        // The imported molecule, unless the job check chose another job.
+        const bool imported = pending && pending->name == s.job.name;
+        if (imported) install_import(s, *pending);
+        else read_job_xyz(s, status, &problem);
         if (status == kXyzDamaged) {
-            tell(s, {"Input jobname.xyz file error", problem.text(job_file(s, ".xyz")).c_str(),
+            tell(s, {input_error_line(job_file(s, ".xyz")).c_str(), problem.text(job_file(s, ".xyz")).c_str(),
                      "The file is left as it is."});
         } else {
+            if (imported) {
+                save_and_reload(s);
+                report_import(s, *pending);
+            }
             do {
                 s.flags.session_running = 10;
                 remember_job(s);

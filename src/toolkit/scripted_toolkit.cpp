@@ -73,6 +73,11 @@ std::optional<Message> ScriptedToolkit::parse_message(const std::vector<std::str
         auto steps = text::read_i(w[1]);
         if (steps && *steps != 0) return Message{MessageType::Wheel, static_cast<int>(*steps), 0, 0};
     }
+    if (w[0] == "drop" && w.size() == 2) {
+        Message m{MessageType::FileDropped, 0, 0, 0};
+        m.path = w[1];
+        return m;
+    }
     if (w[0] == "menu" && w.size() == 2) {
         auto id = text::read_i(w[1]);
         if (id && *id > 0) return Message{MessageType::Menu, static_cast<int>(*id), 0, 0};

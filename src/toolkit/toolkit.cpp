@@ -64,6 +64,13 @@ void Toolkit::IGrCharOut(double x, double y, const std::string& text) {
 std::string filter_string(int filter_id) {
     if (filter_id == 20001) return "Zentol file .XYZ|*.XYZ|";
     if (filter_id == kFilterFireflyPunch) return "Firefly PUN file|*.pun|";
+    if (filter_id == kFilterStructureOpen)
+        return "Structure files|*.xyz;*.pdb;*.ent;*.sdf;*.sd;*.mol;*.mol2;*.cml;*.cif;*.log;*.out|"
+               "Zentol file .XYZ|*.XYZ|PDB|*.pdb;*.ent|MDL MOL and SDF|*.mol;*.sdf;*.sd|Sybyl MOL2|*.mol2|"
+               "Chemical Markup Language|*.cml|Gaussian, ORCA, GAMESS, MOPAC output|*.log;*.out|All files|*|";
+    if (filter_id == kFilterStructureExport)
+        return "MDL SDF|*.sdf|MDL MOL|*.mol|PDB|*.pdb|Sybyl MOL2|*.mol2|Chemical Markup Language|*.cml|"
+               "Standard XYZ|*.xyz|Any format Open Babel writes|*|";
     return "All files|*|";
 }
 

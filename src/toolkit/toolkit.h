@@ -16,7 +16,7 @@
 
 namespace zentol {
 
-enum class MessageType { None, Key, Menu, MouseDown, MouseUp, MouseMove, Expose, Resize, Close, Wheel };
+enum class MessageType { None, Key, Menu, MouseDown, MouseUp, MouseMove, Expose, Resize, Close, Wheel, FileDropped };
 
 // Cursor keys are delivered by role as codes 258..265.
 inline constexpr int kKeyEsc = 27;
@@ -25,6 +25,7 @@ struct Message {
     MessageType type = MessageType::None;
     int value = 0;          // key code, menu or toolbar id, mouse button, wheel steps
     float fx = 0, fy = 0;   // position as a fraction of the view, from the top left
+    std::string path{};     // FileDropped: the file dropped on the window, absolute
 };
 
 enum class MessageIcon { None, Information, Question, Exclamation, Stop };
@@ -170,6 +171,10 @@ private:
 
 // The chooser filter of Firefly punch files.
 inline constexpr int kFilterFireflyPunch = 20016;
+// Structure files to open (the job's .xyz and the formats Open Babel
+// reads), and the formats an export can be written in.
+inline constexpr int kFilterStructureOpen = 20030;
+inline constexpr int kFilterStructureExport = 20031;
 
 // Filter strings of the file chooser, by number.
 std::string filter_string(int filter_id);

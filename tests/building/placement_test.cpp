@@ -114,6 +114,31 @@ TEST_F(Grow, TypeRulesForCarbonylAlkeneAndAmine) {
     expect_symmetric_rows();
 }
 
+TEST_F(Grow, AnOxygenOnACarbonylCarbonIsAnAcidWithItsOwnHydrogenType) {
+    start_methane();
+    st.conn_type(1) = 2;
+    grow(2, "O", 3);   // an alcohol oxygen first: its hydrogen is 21
+    const int oh = st.nbr(2, 2);
+    EXPECT_EQ(st.conn_type(oh), 21);
+    grow(3, "O", 1);   // then C=O: the hydrogen becomes a carboxyl one (24)
+    EXPECT_EQ(st.conn_type(1), 3);
+    EXPECT_EQ(st.conn_type(2), 6);
+    EXPECT_EQ(st.conn_type(oh), 24);
+    grow(4, "O", 3);   // a second OH on the carbonyl carbon: 24 at once
+    EXPECT_EQ(st.conn_type(st.nbr(4, 2)), 24);
+}
+
+TEST_F(Grow, AmideAndAcetyleneHydrogensTakeTheTypesMm3HasParametersFor) {
+    start_methane();
+    grow(2, "N", 3);   // a trigonal nitrogen: amide hydrogens
+    EXPECT_EQ(st.conn_type(2), 9);
+    for (int k = 2; k <= st.conn_count(2); ++k) EXPECT_EQ(st.conn_type(st.nbr(2, k)), 28);
+    grow(3, "C", 2);   // an sp carbon: its hydrogen is an acetylene one
+    EXPECT_EQ(st.conn_type(3), 4);
+    EXPECT_EQ(st.conn_type(st.nbr(3, 2)), 124);
+    EXPECT_EQ(st.conn_type(4), 5);   // the others stay
+}
+
 TEST_F(Grow, ACpRingSitsOnTheMetalThroughItsCentroid) {
     BuildSite start;
     ASSERT_TRUE(place_atom(st, nullptr, start, {make_label("Fe"), 6}));

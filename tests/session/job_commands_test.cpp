@@ -112,7 +112,7 @@ TEST(JobCommands, OpenRefusesLibraryInsOnlyAndDamagedJobsAndKeepsTheCurrentOne) 
                         t.scratch() + "/bad.xyz\nfile cancel\nmenu 40005\nfile " + t.dir / "elsewhere/wet.xyz" + "\n");
     EXPECT_TRUE(said(t, "Zentol will not open files in the Library"));
     EXPECT_TRUE(said(t, "Current jobname INS file exists Choose a different Job"));
-    EXPECT_TRUE(said(t, "Input jobname.xyz file error"));
+    EXPECT_TRUE(said(t, "Input bad.xyz file error"));
     EXPECT_EQ(read_file(t.scratch() + "/bad.xyz"), "   3 bad\n garbage\n");
     EXPECT_EQ(t.s.job.name, "wet");
     EXPECT_EQ(files::current_dir(), t.dir / "elsewhere");

@@ -163,7 +163,7 @@ TEST(StartupExit, DamagedXyzIsReportedAndLeftAsItWas) {
     run(t, {"broken", "1"}, "menu 40039\n");
     ASSERT_EQ(t.tk.message_boxes().size(), 1u);
     EXPECT_EQ(t.tk.message_boxes()[0],
-              "Input jobname.xyz file error\rbroken.xyz line 3: the file ends after 1 of its atoms\rThe file is left as it is.");
+              "Input broken.xyz file error\rbroken.xyz line 3: the file ends after 1 of its atoms\rThe file is left as it is.");
     EXPECT_EQ(read_file(t.scratch() + "/broken.xyz"), damaged);
     EXPECT_EQ(t.tk.pending_messages(), 1u);   // no display loop was run
     EXPECT_TRUE(t.tk.closed());

@@ -66,7 +66,7 @@ TEST(Dialogs, ShippedDescriptionsAndMenusParse) {
     ASSERT_TRUE(menu) << error;
     int items = 0;
     for (const auto& e : menu->entries) items += e.kind == MenuEntry::Item;
-    EXPECT_EQ(items, 45);   // every command of the Display table
+    EXPECT_EQ(items, 46);   // every command of the Display table, and Export
     auto bar = load_toolbar_desc(dir + "/menus", 30101, &error);
     ASSERT_TRUE(bar) << error;
     std::vector<int> ids;

@@ -10,7 +10,9 @@
 #include "building/geometry.h"
 #include "engines/runner.h"
 #include "engines/tinker/tinker_decks.h"
+#include "engines/tinker/tinker_job.h"
 #include "engines/tinker/tinker_log.h"
+#include "engines/tinker/tinker_outcome.h"
 #include "session/session.h"
 #include "session/store_ops.h"
 #include "structure_files/geo_log.h"
@@ -72,6 +74,30 @@ void redraw(Session& s) {
     prepare_display(s);
     project_atoms(s);
     draw_scene(s);
+}
+
+// Turns the atoms on the far side of the dihedral's central bond.
+void turn_far_side(Store& st, const std::array<int, 4>& atoms, const std::vector<int>& moving, float degrees) {
+    for (int i = 1; i <= st.natoms; ++i) st.conn[kConnMark][i] = 0;
+    for (int i : moving) st.conn[kConnMark][i] = 1;
+    const Vec3 through = atom_position(st.atom_rec[atoms[2]]);
+    const Vec3 axis = (through - atom_position(st.atom_rec[atoms[1]])).unit();
+    turn_marked_atoms(st, through, axis, degrees);
+}
+
+// A step gave no energy: the sweep ends there. The molecule is turned back
+// to where it started, the .GEO log and the user are told, and no table of
+// made-up energies is written.
+void stop_sweep(Session& s, const ProfileEngine& engine, const std::array<int, 4>& atoms,
+                const std::vector<int>& moving, int done, int count, float step) {
+    turn_far_side(s.store, atoms, moving, step * static_cast<float>(done));
+    redraw(s);
+    const std::string where = "Bond rotation stopped at point " + std::to_string(done + 1) + " of " +
+                              std::to_string(count) + ": no energy";
+    log_line(s, " " + where);
+    s.tk.WindowOutStatusBar(status_message_field, where);
+    s.tk.WindowOutStatusBar(status_mode_field, engine.mode_name);
+    message(s, engine, where + ".\r" + engine.why_no_energy(s));
 }
 
 }  // namespace
@@ -173,16 +199,17 @@ void rotation_profile(Session& s, const ProfileEngine& engine) {
     std::vector<ProfilePoint> points;
     double energy = 0;   // a step without an energy keeps the one before
     for (int k = 0; k < count; ++k) {
-        if (auto e = engine.single_point(s)) energy = capped_energy(*e);
+        if (auto e = engine.single_point(s)) {
+            energy = capped_energy(*e);
+        } else if (engine.why_no_energy) {
+            stop_sweep(s, engine, atoms, moving, k, count, step);
+            return;
+        }
         dihedral = dihedral_of_atoms(st, atoms.data(), dihedral);
         points.push_back({dihedral, energy, 0});
         s.tk.WindowOutStatusBar(status_message_field, step_status(dihedral, engine.energy_unit, energy));
 
-        for (int i = 1; i <= st.natoms; ++i) st.conn[kConnMark][i] = 0;
-        for (int i : moving) st.conn[kConnMark][i] = 1;
-        const Vec3 through = atom_position(st.atom_rec[atoms[2]]);
-        const Vec3 axis = (through - atom_position(st.atom_rec[atoms[1]])).unit();
-        turn_marked_atoms(st, through, axis, -step);
+        turn_far_side(st, atoms, moving, -step);
         redraw(s);
     }
 
@@ -211,10 +238,17 @@ void rotation_profile(Session& s, const ProfileEngine& engine) {
 
 std::optional<double> tinker_single_point(Session& s) {
     s.tk.WindowOutStatusBar(status_mode_field, "Calc.");
-    if (!run_tinker(s, "analyze", analyze_answers(files::resolve(job_file(s, ".xyz")), 'E'))) return std::nullopt;
+    if (!run_tinker(s, "analyze", analyze_answers(prepare_tinker_run(s).told, 'E'))) return std::nullopt;
     auto lines = files::read_lines(log_file_name);
-    if (!lines) return std::nullopt;
+    if (!lines || !judge_tinker_log(*lines, kEnergyResult).ok()) return std::nullopt;
     return total_potential_energy(*lines);
+}
+
+std::string tinker_step_failure(Session&) {
+    const auto lines = files::read_lines(log_file_name).value_or(std::vector<std::string>{});
+    TinkerOutcome outcome = judge_tinker_log(lines, kEnergyResult);
+    if (outcome.ok()) outcome = {TinkerProblem::NoResult, kEnergyResult.front()};
+    return tinker_failure_text("analyze", outcome, lines);
 }
 
 ProfileEngine tinker_profile_engine() {
@@ -227,6 +261,7 @@ ProfileEngine tinker_profile_engine() {
     e.copy_log_to = log_file_name;
     e.finished = "Dihedral finished results in .LOG";
     e.single_point = tinker_single_point;
+    e.why_no_energy = tinker_step_failure;
     return e;
 }
 

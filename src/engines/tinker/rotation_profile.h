@@ -69,6 +69,10 @@ struct ProfileEngine {
     // The energy of the structure as it stands, its files written; nullopt
     // when the step gave none.
     std::function<std::optional<double>(Session&)> single_point;
+    // When set, a step without an energy ends the sweep: the molecule is
+    // turned back, and the message says where it stopped and, in this
+    // function's words, why. When not set the step keeps the energy before.
+    std::function<std::string(Session&)> why_no_energy;
 };
 
 // The sweep of the stored dihedral with one engine.
@@ -77,6 +81,8 @@ void rotation_profile(Session& s, const ProfileEngine& engine);
 // Tinker's single point: ANALYZE with qualifier E on the job's .xyz, and
 // its "Total Potential Energy" in kcal/mol.
 std::optional<double> tinker_single_point(Session& s);
+// What ZENTOL.LOG says of a step without an energy.
+std::string tinker_step_failure(Session& s);
 ProfileEngine tinker_profile_engine();
 
 // Tinker mode, command 2 "Bond Energy Profile".

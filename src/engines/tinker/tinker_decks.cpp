@@ -1,5 +1,6 @@
 #include "engines/tinker/tinker_decks.h"
 
+#include <cctype>
 #include <cmath>
 
 #include "session/openers.h"
@@ -19,10 +20,15 @@ long long nearest(float v) { return std::llround(v); }
 std::string tinker_dir(const Session& s) { return std::string(text::trim(s.engines.get("tinker_dir"))); }
 
 std::string tinker_program(const Session& s, const std::string& name) {
+    // Tinker's own build names its programs "minimize.x" and so on;
+    // packages and hand installs drop the ".x". Both are taken, from the
+    // configured directory first, then from PATH.
     const std::string dir = tinker_dir(s);
-    if (!dir.empty() && runnable(dir + "/" + name)) return dir + "/" + name;
-    // No directory of its own: the Tinker programs on PATH.
-    return on_path(name);
+    for (const std::string& leaf : {name, name + ".x"})
+        if (!dir.empty() && runnable(dir + "/" + leaf)) return dir + "/" + leaf;
+    for (const std::string& leaf : {name, name + ".x"})
+        if (std::string found = on_path(leaf); !found.empty()) return found;
+    return "";
 }
 
 std::string missing_tinker_program(const Session& s) {
@@ -35,7 +41,9 @@ bool tinker_installed(const Session& s) { return missing_tinker_program(s).empty
 
 std::vector<std::string> tinker_batch(const Session& s, const std::string& program, bool blank_line,
                                       const std::string& answers) {
-    std::vector<std::string> lines{shell_line(tinker_program(s, program), {}, {answers, log_file_name})};
+    // Standard error goes into the log too: a Fortran runtime error or a
+    // crash is then read there, like the rest of the run.
+    std::vector<std::string> lines{shell_line(tinker_program(s, program), {}, {answers, log_file_name}) + " 2>&1"};
     if (blank_line) lines.emplace_back(" ");
     return lines;
 }
@@ -44,6 +52,14 @@ AnswerFile minimize_answers(const std::string& job_xyz, float rms) {
     AnswerFile a;
     a.write_answer_line(job_xyz).write_answer_line(static_cast<double>(rms));
     return a;
+}
+
+bool analyze_asks_for_atoms(const std::string& analysis_types) {
+    for (char c : analysis_types) {
+        const char u = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+        if (u == 'A' || u == 'P' || u == 'C') return true;
+    }
+    return false;
 }
 
 AnswerFile analyze_answers(const std::string& job_xyz, char qualifier) {
@@ -57,7 +73,10 @@ AnswerFile analyze_answers(const std::string& job_xyz, char qualifier) {
     std::string line = job_xyz;
     if (!line.empty()) line[0] = qualifier;
     a.write_answer_line(line);
-    if (qualifier == 'A' || qualifier == 'P') a.write_answer_line("ALL");
+    // Tinker takes every letter of that line it knows, in either case; an
+    // A, P or C (the qualifier's or the name's) makes it ask which atoms to
+    // list, and without an answer it stops on the end of its input.
+    if (analyze_asks_for_atoms(line)) a.write_answer_line("ALL");
     return a;
 }
 

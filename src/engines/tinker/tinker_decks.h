@@ -14,7 +14,8 @@ struct Session;
 struct TinkerSettings;
 
 // The Tinker programs the mode needs, as they are named in the Tinker
-// directory (engines.def: tinker_dir).
+// directory (engines.def: tinker_dir) or on PATH, with or without Tinker's
+// own ".x".
 inline constexpr const char* kTinkerPrograms[] = {"minimize", "optimize", "analyze", "dynamic",
                                                   "anneal",   "vibrate",  "spacefill"};
 
@@ -27,8 +28,8 @@ std::string missing_tinker_program(const Session& s);
 // Full path of one Tinker program.
 std::string tinker_program(const Session& s, const std::string& name);
 
-// ZENTOL.BAT of one run: "<dir>/minimize <ZENTOL.INP >ZENTOL.LOG" (each word
-// quoted), then, where the run has one, a line of a single blank.
+// ZENTOL.BAT of one run: "<dir>/minimize <ZENTOL.INP >ZENTOL.LOG 2>&1" (each
+// word quoted), then, where the run has one, a line of a single blank.
 std::vector<std::string> tinker_batch(const Session& s, const std::string& program, bool blank_line = true,
                                       const std::string& answers = answer_file_name);
 
@@ -36,6 +37,9 @@ std::vector<std::string> tinker_batch(const Session& s, const std::string& progr
 // disk ("butane.xyz").
 AnswerFile minimize_answers(const std::string& job_xyz, float rms);
 AnswerFile analyze_answers(const std::string& job_xyz, char qualifier);
+// ANALYZE asks "List Atoms for which Output is Desired" after analysis
+// types that hold A, P or C in either case.
+bool analyze_asks_for_atoms(const std::string& analysis_types);
 AnswerFile dynamic_answers(const std::string& job_xyz, const TinkerSettings& t);
 AnswerFile anneal_answers(const std::string& job_xyz, const TinkerSettings& t);
 AnswerFile vibrate_answers(const std::string& job_xyz, float vibration);

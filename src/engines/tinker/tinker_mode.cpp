@@ -35,7 +35,7 @@ bool enter_possible(Session& s) {
     std::string missing = missing_tinker_program(s);
     if (missing.empty()) return true;
     s.tk.WindowOutStatusBar(status_message_field, "Tinker's " + missing + " is not installed: set \"tinker_dir\" in " +
-                                                      cfg_path(s, "engines.def"));
+                                                      cfg_path(s, "engines.def") + " or put Tinker on PATH");
     return false;
 }
 

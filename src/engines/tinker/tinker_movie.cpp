@@ -6,6 +6,8 @@
 
 #include "engines/runner.h"
 #include "engines/tinker/tinker_decks.h"
+#include "engines/tinker/tinker_outcome.h"
+#include "session/job_files.h"
 #include "session/session.h"
 #include "session/store_ops.h"
 #include "structure_files/ins_file.h"
@@ -25,7 +27,7 @@ std::string vibration_frame_file(const std::string& job, int vibration) {
 std::vector<std::string> movie_batch(const Session& s) {
     const std::string dir = tinker_dir(s);
     const std::string path = "PATH=\"$PATH\":" + process::shell_quote(dir.empty() ? "." : dir) + "; export PATH";
-    return {path, path, shell_line(tinker_program(s, "vibrate"), {}, {answer_file_name, log_file_name}), " "};
+    return {path, path, shell_line(tinker_program(s, "vibrate"), {}, {answer_file_name, log_file_name}) + " 2>&1", " "};
 }
 
 namespace {
@@ -77,10 +79,13 @@ void tinker_movie(Session& s) {
     tk.WindowOutStatusBar(status_message_field, "Animating");
     animate_answers(files::resolve(xyz), vibration, amplitude).save(answer_file_name);
     write_command_file(command_file_name, movie_batch(s));
+    // Tinker never overwrites: the first run's frames would be read again.
+    remove_frame_files(s.job.name);
     run_blocking(s, shell_line(command_file_name));
     files::remove("MV*.INS");
     s.flags.movie_made = true;
-    if (auto frames = files::read_lines(vibration_frame_file(s.job.name, vibration))) play_frames(s, *frames);
+    if (check_tinker_run(s, "vibrate", kVibrateResult))
+        if (auto frames = files::read_lines(vibration_frame_file(s.job.name, vibration))) play_frames(s, *frames);
     if (std::string why; !files::copy(backup, xyz, &why))
         tk.WMessageBox(kButtonsOk, MessageIcon::Stop, 1,
                        "Cannot write " + xyz + ":\r" + why + "\rThe structure before the movie is kept in " + backup,

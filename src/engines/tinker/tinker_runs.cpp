@@ -1,14 +1,18 @@
 #include "engines/tinker/tinker_runs.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <ctime>
+#include <filesystem>
 #include <memory>
 
 #include "engines/runner.h"
 #include "engines/tinker/tinker_decks.h"
+#include "engines/tinker/tinker_job.h"
 #include "engines/tinker/tinker_log.h"
 #include "engines/tinker/tinker_movie.h"
+#include "engines/tinker/tinker_outcome.h"
 #include "session/job_files.h"
 #include "session/jobs.h"
 #include "session/session.h"
@@ -39,12 +43,11 @@ void refresh_files(Session& s) {
     save_and_reload(s);
 }
 
-std::string job_xyz(const Session& s) { return files::resolve(job_file(s, ".xyz")); }
-
 std::vector<std::string> log_lines() { return files::read_lines(log_file_name).value_or(std::vector<std::string>{}); }
 
-// A structure file written by Tinker becomes the job's structure: read to
-// be sure first, so that a bad file never replaces a good one.
+// A structure file written by Tinker becomes the job's structure, written
+// over the job's file as it is spelled on disk: read to be sure first, so
+// that a bad file never replaces a good one.
 bool load_structure(Session& s, const std::string& path) {
     auto lines = files::read_lines(path);
     if (!lines) return false;
@@ -53,9 +56,10 @@ bool load_structure(Session& s, const std::string& path) {
     if (parse_xyz(*lines, *probe, nullptr, charge, multiplicity) != kXyzRead || probe->natoms == 0) return false;
     const int before = s.store.natoms;
     std::vector<Label> labels(s.store.atom_label.begin(), s.store.atom_label.begin() + before + 1);
+    const std::string target = tinker_names(s).told;
     std::string why;
-    if (!text::equals_nocase(path, job_file(s, ".xyz")) && !files::copy(path, job_file(s, ".xyz"), &why)) {
-        s.tk.WMessageBox(kButtonsOk, MessageIcon::Stop, 1, "Cannot write " + job_file(s, ".xyz") + ":\r" + why, "Tinker");
+    if (path != target && !files::copy(path, target, &why)) {
+        s.tk.WMessageBox(kButtonsOk, MessageIcon::Stop, 1, "Cannot write " + target + ":\r" + why, "Tinker");
         return false;
     }
     int status = 0;
@@ -66,9 +70,26 @@ bool load_structure(Session& s, const std::string& path) {
     return true;
 }
 
+// Tinker's new structure, under whatever name it took, becomes the job's;
+// the file itself goes, so that no later run mistakes it for its own.
+void take_result(Session& s, const TinkerNames& names) {
+    const std::string result = tinker_result_file(names);
+    if (result.empty()) return;
+    if (!load_structure(s, result))
+        s.tk.WMessageBox(kButtonsOk, MessageIcon::Exclamation, 1,
+                         "Tinker's new structure " + result + " cannot be read: the structure stays as it was.",
+                         "Tinker");
+    else
+        std::filesystem::remove(result);
+    save_and_reload(s);
+}
+
+// The frames and the archive of a trajectory, in every spelling; its
+// restart file too when `also_restart`.
 void delete_frames(Session& s, bool also_restart) {
     remove_frame_files(s.job.name);
-    if (also_restart) files::remove_file(job_file(s, ".dyn"));
+    files::remove(files::escape_pattern(s.job.name) + ".arc");
+    if (also_restart) files::remove(files::escape_pattern(s.job.name) + ".dyn");
 }
 
 std::string movie_frame_name(int n) { return "MV" + std::string(n < 10 ? "0" : "") + std::to_string(n) + ".INS"; }
@@ -170,24 +191,17 @@ std::string energy_log_line(double energy) {
     return " Tinker energy = " + text::format_f(e, 15, 5) + " kcal/mol" + text::format_f(e * 4.184f, 15, 5) + " kJ/mol";
 }
 
-double minimize_run(Session& s, bool check_undefined) {
+double minimize_run(Session& s) {
     refresh_files(s);
     calculating(s);
-    run_tinker(s, s.tinker.tk_optimize > 0.5f ? "optimize" : "minimize", minimize_answers(job_xyz(s), s.tinker.tk_min_rms));
-    const std::string result = job_file(s, ".xyz_2");
-    if (files::exists(result)) {
-        load_structure(s, result);
-        files::remove(result);
-        save_and_reload(s);
-    }
+    const TinkerNames names = prepare_tinker_run(s);
+    const std::string program = s.tinker.tk_optimize > 0.5f ? "optimize" : "minimize";
+    run_tinker(s, program, minimize_answers(names.told, s.tinker.tk_min_rms));
+    take_result(s, names);
     blank_message(s);
-    const std::vector<std::string> log = log_lines();
-    if (check_undefined && has_undefined_block(log)) {
-        s.tk.WMessageBox(kButtonsOk, MessageIcon::Exclamation, 1, "Repeated use of Undefined and Optimize may work",
-                         "Tinker");
-        return kNoTinkerEnergy;
-    }
-    const double energy = final_function_value(log);
+    // Undefined parameters, an error or no energy: said, with the log's end.
+    if (!check_tinker_run(s, program, kMinimizeResult)) return kNoTinkerEnergy;
+    const double energy = final_function_value(log_lines());
     if (energy < -999.0) return energy;
     s.tk.WindowOutStatusBar(status_message_field, energy_status_text(energy));
     log_line(s, energy_log_line(energy));
@@ -198,8 +212,11 @@ void analyze_run(Session& s) {
     write_job_files(s);
     calculating(s);
     const char qualifier = static_cast<char>(std::clamp(std::lround(s.tinker.tk_qualifier), 32L, 126L));
-    run_tinker(s, "analyze", analyze_answers(job_xyz(s), qualifier));
+    run_tinker(s, "analyze", analyze_answers(prepare_tinker_run(s).told, qualifier));
     blank_message(s);
+    // E and A print the total energy; the other analyses only their tables.
+    const char q = static_cast<char>(std::toupper(static_cast<unsigned char>(qualifier)));
+    check_tinker_run(s, "analyze", q == 'E' || q == 'A' ? kEnergyResult : std::vector<std::string>{});
 }
 
 void spacefill_run(Session& s) {
@@ -215,14 +232,31 @@ void spacefill_run(Session& s) {
     tk.WDialogUnload();
     if (!ok) return;
     write_job_files(s);
-    run_tinker(s, "spacefill", spacefill_answers(job_xyz(s), kind, probe), spacefill_answer_file_name);
+    run_tinker(s, "spacefill", spacefill_answers(prepare_tinker_run(s).told, kind, probe), spacefill_answer_file_name);
     tk.WindowOutStatusBar(status_message_field, "Calculating");
     blank_message(s);
+    check_tinker_run(s, "spacefill", kSpacefillResult);
 }
 
 namespace {
 
-bool ask_dynamics_options(Session& s) {
+// The key file sets a periodic box: Tinker offers the constant-pressure
+// simulations only then ("a-axis 30.0" and friends).
+bool key_defines_box(const Session& s) {
+    for (const std::string& line : files::read_lines(job_file(s, ".key")).value_or(std::vector<std::string>{})) {
+        const std::string_view t = text::trim(line);
+        const std::string_view word = t.substr(0, t.find_first_of(" \t"));
+        if (text::equals_nocase(word, "a-axis")) return true;
+    }
+    return false;
+}
+
+constexpr char kNoBoxMessage[] =
+    "Simulation types 3 and 4 keep the pressure constant and need a periodic box,\r"
+    "which the key file does not set (a line \"a-axis\" with the box edge in Angstrom).\r"
+    "Choose type 1 or 2, or add the box with Edit.KEY.";
+
+bool show_dynamics_options(Session& s) {
     Toolkit& tk = s.tk;
     TinkerSettings& t = s.tinker;
     tk.WDialogLoad(109);
@@ -246,33 +280,54 @@ bool ask_dynamics_options(Session& s) {
     return ok;
 }
 
+// Dialog 109 until its values can run: without a periodic box Tinker would
+// read the pressure as a menu choice and run out of answers, so types 3
+// and 4 are refused with a word and the dialog comes again.
+bool ask_dynamics_options(Session& s) {
+    while (show_dynamics_options(s)) {
+        const long type = std::lround(s.tinker.tk_dyn_type);
+        if ((type != 3 && type != 4) || key_defines_box(s)) return true;
+        s.tk.WMessageBox(kButtonsOk, MessageIcon::Exclamation, 1, kNoBoxMessage, "DYNAMICS Options");
+    }
+    return false;
+}
+
+enum class Pass { Good, Failed, LeaveMode };
+
 // Anneal steps 1 to 4: the run and its frames shown; `ask` offers replays.
-bool anneal_pass(Session& s, bool ask) {
+// A run without frames is told and shows nothing.
+Pass anneal_pass(Session& s, bool ask) {
     const int delay = static_cast<int>(s.tinker.tk_movie_delay);
     refresh_files(s);
-    delete_frames(s, s.tinker.tk_dyn_stale > 0.5f);
     // Tinker appends to an archive that is there: each run starts a new one.
-    files::remove(job_file(s, ".arc"));
+    delete_frames(s, restart_is_stale(s));
     calculating(s);
-    run_tinker(s, "anneal", anneal_answers(job_xyz(s), s.tinker));
+    run_tinker(s, "anneal", anneal_answers(prepare_tinker_run(s).told, s.tinker));
+    if (!check_tinker_run(s, "anneal", kTrajectoryResult)) {
+        blank_message(s);
+        return Pass::Failed;
+    }
     const std::vector<std::string> frames = run_frames(s);
-    if (frames.empty()) return true;
+    if (frames.empty()) return Pass::Good;
     s.flags.sphere_slices = 8;
     const bool ok = replay(s, frames, delay, "Anneal Failure", ask);
     s.flags.sphere_slices = 32;
     if (ok) draw_scene(s);
-    return ok;
+    return ok ? Pass::Good : Pass::LeaveMode;
 }
 
 }  // namespace
 
 bool dynamics_run(Session& s) {
     refresh_files(s);
-    delete_frames(s, s.tinker.tk_dyn_stale > 0.5f);
+    delete_frames(s, restart_is_stale(s));
     if (!ask_dynamics_options(s)) return true;
-    files::remove(job_file(s, ".arc"));
     calculating(s);
-    run_tinker(s, "dynamic", dynamic_answers(job_xyz(s), s.tinker));
+    run_tinker(s, "dynamic", dynamic_answers(prepare_tinker_run(s).told, s.tinker));
+    if (!check_tinker_run(s, "dynamic", kTrajectoryResult)) {
+        blank_message(s);
+        return true;
+    }
     const std::vector<std::string> frames = run_frames(s);
     if (!frames.empty() && !replay(s, frames, 25, "Dynamics Failure", true)) return false;
     finish_trajectory(s);
@@ -280,8 +335,9 @@ bool dynamics_run(Session& s) {
 }
 
 bool anneal_run(Session& s) {
-    if (!anneal_pass(s, true)) return false;
-    finish_trajectory(s);
+    const Pass pass = anneal_pass(s, true);
+    if (pass == Pass::LeaveMode) return false;
+    if (pass == Pass::Good) finish_trajectory(s);
     return true;
 }
 
@@ -294,10 +350,14 @@ bool auto_anneal(Session& s) {
         const int cycle = top - static_cast<int>(std::lround(t.tk_auto_cycles));
         s.tk.WindowOutStatusBar(status_cycle_field, text::format_i(cycle, 3));
         log_line(s, "Cycle" + text::format_i(cycle, 4));
-        if (!anneal_pass(s, false)) return false;
+        const Pass pass = anneal_pass(s, false);
+        if (pass == Pass::LeaveMode) return false;
+        if (pass == Pass::Failed) return true;
         t.tk_dyn_stale = 0.0f;
         t.tk_dyn_done = 1.0f;
-        const double energy = minimize_run(s, false);
+        // The minimised structure is not where the trajectory ended: the
+        // next cycle's anneal starts from it, not from job.dyn.
+        const double energy = minimize_run(s);
         s.tk.WindowOutStatusBar(status_cycle_field, text::format_i(cycle, 3));
         if (energy < -999.0) return true;
         t.tk_auto_cycles -= 1.0f;
@@ -311,10 +371,10 @@ void vibrate_run(Session& s) {
     delete_frames(s, true);
     write_job_files(s);
     calculating(s);
-    run_tinker(s, "vibrate", vibrate_answers(job_xyz(s), s.tinker.tk_vib_number));
-    const bool good = vibrate_succeeded(log_lines());
+    run_tinker(s, "vibrate", vibrate_answers(prepare_tinker_run(s).told, s.tinker.tk_vib_number));
     blank_message(s);
-    if (good) tinker_movie(s);
+    if (!check_tinker_run(s, "vibrate", kVibrateResult)) return;
+    if (vibrate_succeeded(log_lines())) tinker_movie(s);
 }
 
 }  // namespace zentol

@@ -12,8 +12,8 @@ namespace zentol {
 struct Session;
 
 // Minimize or Optimize. Returns the final energy, kNoTinkerEnergy when
-// there is none. check_undefined looks for missing parameters first.
-double minimize_run(Session& s, bool check_undefined = true);
+// there is none (and then the user has been told why).
+double minimize_run(Session& s);
 void analyze_run(Session& s);
 void spacefill_run(Session& s);
 // Dynamics and Anneal; false when a frame could not be read and the mode

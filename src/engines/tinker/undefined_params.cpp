@@ -28,6 +28,7 @@ constexpr int kDialog = 118;
 constexpr int kTitleField = 1002, kCaptionField = 1005, kForceField = 1008, kDescriptionField = 1018,
               kValueField = 1071;
 constexpr float kDegrees = 57.29578f;
+constexpr double kAngleForceDefault = 1.0;
 
 bool begins(const std::string& line, const char* key) { return line.rfind(key, 0) == 0; }
 
@@ -100,11 +101,14 @@ bool read_by_columns(const std::string& line, int n, UndefRow& r) {
 }
 
 // 1 for a plain row (its own word), 2 and 3 for the rows of four- and
-// five-membered rings, 0 for anything else.
+// five-membered rings, 4 for three-membered ones, 0 for anything else.
+// Tinker 26 lists cyclopropane's bonds and angles as
+//   " 3-Ring          1-C       2-C             22   22"
 int kind_of(const std::string& row, const char* plain) {
     if (begins(row, plain)) return 1;
     if (begins(row, "4-Ri")) return 2;
     if (begins(row, "5-Ri")) return 3;
+    if (begins(row, "3-Ri")) return 4;
     return 0;
 }
 
@@ -235,7 +239,7 @@ std::string label_and_type(const Store& st, int atom, const char* open) {
            text::format_i(type_of(st, atom), 4) + ")";
 }
 
-const char* ring_suffix(int kind) { return kind == 2 ? "4" : kind == 3 ? "5" : ""; }
+const char* ring_suffix(int kind) { return kind == 2 ? "4" : kind == 3 ? "5" : kind == 4 ? "3" : ""; }
 
 void tell_tinker(Session& s, const std::vector<std::string>& lines) {
     std::string text;
@@ -263,12 +267,14 @@ std::optional<std::string> ask_entry(Session& s, const UndefEntry& e, std::optio
         case UndefSection::Angle:
             tk.WDialogPutString(kCaptionField, "Angle");
             tk.WDialogPutReal(kValueField, angle_at(st, r[0], r[1], r[2]));
-            tk.WDialogPutReal(kForceField, 1.0);
+            tk.WDialogPutReal(kForceField, kAngleForceDefault);
             break;
         default:
+            // The force constant of the dialog before; when none came before
+            // in this pass, the angle's default, whose dialogs it follows.
             tk.WDialogPutString(kCaptionField, "");
             tk.WDialogFieldState(kValueField, 0);
-            if (last_force) tk.WDialogPutReal(kForceField, *last_force);
+            tk.WDialogPutReal(kForceField, last_force.value_or(kAngleForceDefault));
             break;
     }
     tk.WDialogShow(1);
@@ -342,7 +348,7 @@ UndefScan scan_undefined(const std::vector<std::string>& log) {
 }
 
 std::string undefined_title(const UndefEntry& e) {
-    const std::string ring = e.kind == 2 ? "4-" : e.kind == 3 ? "5-" : "";
+    const std::string ring = e.kind == 1 ? "" : std::string(ring_suffix(e.kind)) + "-";
     switch (e.section) {
         case UndefSection::Bond: return ring + "Bond-Stretch";
         case UndefSection::Angle: return ring + "Angle-Bend";

@@ -51,7 +51,8 @@ int remove_duplicates(UndefTable& t, int n, int width);
 enum class UndefSection { Bond, Angle, OutOfPlane, Torsion };
 
 // One parameter to add: section, kind (1 plain, 2 four-membered ring,
-// 3 five-membered ring) and the table row it came from.
+// 3 five-membered ring, 4 three-membered ring) and the table row it came
+// from.
 struct UndefEntry {
     UndefSection section = UndefSection::Bond;
     int kind = 1;

@@ -4,6 +4,10 @@
 
 #include <QAction>
 #include <QCloseEvent>
+#include <QDragEnterEvent>
+#include <QDropEvent>
+#include <QMimeData>
+#include <QUrl>
 #include <QKeySequence>
 #include <QLabel>
 #include <QMenu>
@@ -23,6 +27,14 @@ const char* const kAlternateProperty = "zentol_alternate";
 // logic as key messages from the view and must not be taken by the menu.
 QString item_text(const QString& label, const QString& key) {
     return key.isEmpty() ? label : label + '\t' + key;
+}
+
+// The first local file of a drag, or an empty string.
+QString dropped_file(const QMimeData* data) {
+    if (!data || !data->hasUrls()) return {};
+    for (const QUrl& url : data->urls())
+        if (url.isLocalFile()) return url.toLocalFile();
+    return {};
 }
 
 }  // namespace
@@ -50,6 +62,7 @@ MainWindow::MainWindow(MessageSink sink) : sink_(std::move(sink)) {
     tool_bar_->setMovable(false);
     statusBar()->setSizeGripEnabled(false);
     view_->setFocus();
+    setAcceptDrops(true);
 }
 
 void MainWindow::set_status_parts(const std::vector<int>& widths) {
@@ -182,6 +195,23 @@ void MainWindow::set_state(int id, int which, int value) {
 
 void MainWindow::set_item_text(int id, const std::string& text) {
     if (QAction* a = menu_action(id)) a->setText(item_text(menu_label(text), a->property(kKeyProperty).toString()));
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
+    if (!dropped_file(event->mimeData()).isEmpty()) event->acceptProposedAction();
+}
+
+void MainWindow::dragMoveEvent(QDragMoveEvent* event) {
+    if (!dropped_file(event->mimeData()).isEmpty()) event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent* event) {
+    const QString file = dropped_file(event->mimeData());
+    if (file.isEmpty()) return;
+    event->acceptProposedAction();
+    Message m{MessageType::FileDropped, 0, 0, 0};
+    m.path = file.toStdString();
+    sink_(m);
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

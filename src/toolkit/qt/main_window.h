@@ -55,6 +55,11 @@ public:
 
 protected:
     void closeEvent(QCloseEvent* event) override;
+    // A file dragged from a file manager onto the window is handed to the
+    // logic as a FileDropped message.
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dragMoveEvent(QDragMoveEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private:
     QAction* add_item(QWidget* menu, const MenuEntry& entry);

@@ -145,10 +145,10 @@ TEST(RotationProfile, TheShellSortOrdersASweepAndKeepsEachEnergyWithItsDihedral)
 
 TEST(RotationProfile, ASweepOfButaneTurnsTheFarSideAndTabulatesTheEnergies) {
     ProfileSession p;
-    // Call 3 has no energy: it keeps the one of call 2. Call 5 is capped.
+    // Call 5 is capped.
     std::string energies;
     for (int k = 1; k <= 19; ++k)
-        energies += k == 3 ? "none\n" : k == 5 ? "12345.6000\n" : k == 10 ? "2.0000\n" : std::to_string(3 + k) + ".5000\n";
+        energies += k == 3 ? "5.5000\n" : k == 5 ? "12345.6000\n" : k == 10 ? "2.0000\n" : std::to_string(3 + k) + ".5000\n";
     write_file(p.bin + "/energies", energies);
     p.store_dihedral("           1           2           3           4");
     const int atoms[4] = {1, 2, 3, 4};
@@ -176,7 +176,6 @@ TEST(RotationProfile, ASweepOfButaneTurnsTheFarSideAndTabulatesTheEnergies) {
     auto row = [&](int k) { return *(header + 1 + k); };
     auto energy_of = [&](int k) { return row(k).substr(23); };
     EXPECT_EQ(energy_of(2), "        5.500");
-    EXPECT_EQ(energy_of(3), "        5.500");   // no energy: the step before's
     EXPECT_EQ(energy_of(5), "     9999.000");
     EXPECT_EQ(row(10).substr(9, 14), "          0.00");
     EXPECT_EQ(row(1).substr(9, 14), "         10.46");   // (4.5 - 2.0) * 4.184
@@ -203,6 +202,35 @@ TEST(RotationProfile, ASweepOfButaneTurnsTheFarSideAndTabulatesTheEnergies) {
     EXPECT_EQ(p.t.tk.status(10), "Tinker");
     const auto& writes = p.t.tk.status_writes();
     EXPECT_EQ(std::count(writes.begin(), writes.end(), std::make_pair(10, std::string("Calc."))), 19);
+}
+
+TEST(RotationProfile, AStepWithoutAnEnergyEndsTheSweepAndSaysWhy) {
+    ProfileSession p;
+    write_file(p.bin + "/energies", "4.5000\n5.5000\nnone\n7.5000\n");
+    p.store_dihedral("1 2 3 4");
+    const int atoms[4] = {1, 2, 3, 4};
+    const double start = dihedral_of_atoms(p.t.s.store, atoms, 0.0);
+    tinker_rotation_profile(p.t.s);
+
+    EXPECT_EQ(p.calls(), 3);
+    ASSERT_EQ(p.t.tk.message_boxes().size(), 1u);
+    const std::string& said = p.t.tk.message_boxes()[0];
+    EXPECT_EQ(said.rfind("Bond rotation stopped at point 3 of 19: no energy.\r"
+                         "Tinker's analyze gave no result: its log holds no \"Total Potential Energy\".",
+                         0),
+              0u)
+        << said;
+    // No table of made-up energies, no chart; the molecule turned back.
+    const Lines log = p.lines("butane.geo");
+    EXPECT_EQ(log.back(), " Bond rotation stopped at point 3 of 19: no energy");
+    EXPECT_EQ(std::find(log.begin(), log.end(), "  Dihedral  Rel.kJ/mol  Total Pot. Energy kcal/mol"), log.end());
+    EXPECT_FALSE(p.t.tk.last_chart());
+    EXPECT_NEAR(dihedral_of_atoms(p.t.s.store, atoms, 0.0), start, 0.01);
+    Store saved;
+    int q = 0, m = 1;
+    ASSERT_EQ(parse_xyz(p.lines("butane.xyz"), saved, nullptr, q, m), kXyzRead);
+    EXPECT_NEAR(dihedral_of_atoms(saved, atoms, 0.0), start, 0.01);
+    EXPECT_EQ(p.t.tk.status(10), "Tinker");
 }
 
 TEST(RotationProfile, NothingRunsWithoutAStoredChainDihedral) {

@@ -36,6 +36,12 @@ TEST(TinkerDecks, AnswerFilesInTheProgramsOrder) {
     EXPECT_EQ(analyze_answers("butane.xyz", 'E').lines(), (Lines{"butane.xyz", "E"}));
     EXPECT_EQ(analyze_answers("ptest.xyz", 'A').lines(), (Lines{"ptest.xyz", "Atest.xyz", "ALL"}));
     EXPECT_EQ(analyze_answers("ptest.xyz", 'G').lines(), (Lines{"ptest.xyz", "Gtest.xyz"}));
+    // Tinker asks for the atoms to list after any A, P or C of the line, in
+    // either case, the job name's letters too.
+    EXPECT_EQ(analyze_answers("butane.xyz", 'G').lines(), (Lines{"butane.xyz", "Gutane.xyz", "ALL"}));
+    EXPECT_EQ(analyze_answers("ptest.xyz", 'C').lines(), (Lines{"ptest.xyz", "Ctest.xyz", "ALL"}));
+    EXPECT_EQ(analyze_answers("ptest.xyz", 'p').lines(), (Lines{"ptest.xyz", "ptest.xyz", "ALL"}));
+    EXPECT_EQ(analyze_answers("ETHYNE.XYZ", 'E').lines(), (Lines{"ETHYNE.XYZ", "E"}));
 
     TinkerSettings t;
     EXPECT_EQ(dynamic_answers("b.xyz", t).lines(), (Lines{"b.xyz", "3000", "1.00000000", "0.100000001", "1"}));
@@ -67,7 +73,7 @@ TEST(TinkerDecks, TheBatchLineRedirectsTheDialogue) {
     write_file(t.dir / "minimize", "#!/bin/sh\n");
     std::filesystem::permissions(t.dir / "minimize", std::filesystem::perms::owner_all);
     EXPECT_EQ(tinker_batch(t.s, "minimize"),
-              (Lines{"'" + t.dir.path() + "/minimize' <'ZENTOL.INP' >'ZENTOL.LOG'", " "}));
+              (Lines{"'" + t.dir.path() + "/minimize' <'ZENTOL.INP' >'ZENTOL.LOG' 2>&1", " "}));
     EXPECT_FALSE(tinker_installed(t.s));   // the other six are missing
 }
 

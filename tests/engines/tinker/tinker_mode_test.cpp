@@ -2,12 +2,14 @@
 // fake_tinker.sh replaying real Tinker 26.2 runs on butane.
 #include "engines/tinker/tinker_mode.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
 
 #include <gtest/gtest.h>
 
+#include "engines/tinker/tinker_decks.h"
 #include "session/startup.h"
 #include "structure_files/xyz_file.h"
 #include "support/test_support.h"
@@ -26,32 +28,49 @@ float bond(const Store& st, int a, int b) {
     return std::sqrt(sum);
 }
 
-// A session on butane with the fake Tinker programs installed.
+constexpr const char* kPrograms[] = {"minimize", "optimize", "analyze", "dynamic", "anneal", "vibrate", "spacefill"};
+
+// A session on butane with the fake Tinker programs installed, named as
+// given ("minimize" or Tinker's own "minimize.x").
 struct TinkerSession {
-    TinkerSession() {
+    explicit TinkerSession(const std::string& suffix = "") {
         namespace fs = std::filesystem;
-        const std::string bin = t.dir / "tinker";
         fs::create_directories(bin);
         const std::string fake = std::string(ZENTOL_TEST_DATA) + "/../engines/tinker/fake_tinker.sh";
-        for (const char* name : {"minimize", "optimize", "analyze", "dynamic", "anneal", "vibrate", "spacefill"})
-            fs::copy_file(fake, bin + "/" + name);
+        for (const char* name : kPrograms) fs::copy_file(fake, bin + "/" + name + suffix);
         t.s.engines.values["tinker_dir"] = bin;
         setenv("FAKE_TINKER_DATA", test_data("tinker").c_str(), 1);
     }
-    void run(const std::string& script) {
-        write_file(t.s.inst.cfgset + "/dir1.def", t.scratch() + "\n");
-        std::filesystem::copy_file(test_data("tinker/butane.xyz"), t.scratch() + "/butane.xyz",
+    ~TinkerSession() {
+        for (const char* name : kPrograms) unsetenv((std::string("FAKE_TINKER_CASE_") + name).c_str());
+    }
+    // A program replays a recorded failure of tests/data/tinker/<folder>.
+    void fail_with(const std::string& program, const std::string& folder) {
+        setenv(("FAKE_TINKER_CASE_" + program).c_str(), folder.c_str(), 1);
+    }
+    void put(const std::string& data_file, const std::string& as) {
+        std::filesystem::copy_file(test_data(data_file), t.scratch() + "/" + as,
                                    std::filesystem::copy_options::overwrite_existing);
+    }
+    void run(const std::string& script, const std::string& job = "butane", const std::string& xyz = "butane.xyz") {
+        write_file(t.s.inst.cfgset + "/dir1.def", t.scratch() + "\n");
+        if (!file_present(t.scratch() + "/" + xyz)) put("tinker/butane.xyz", xyz);
         t.tk.load_script(script);
-        run_program(t.s, {"zentol", "butane", "1"});
+        run_program(t.s, {"zentol", job, "1"});
     }
     std::string file(const std::string& name) const { return read_file(t.scratch() + "/" + name); }
     Lines lines(const std::string& name) const {
         return files::read_lines(t.scratch() + "/" + name).value_or(Lines{});
     }
+    // The files of the job directory whose names begin so, in any case.
+    Lines files_like(const std::string& pattern) const { return files::list(t.scratch(), pattern); }
+    const std::vector<std::string>& boxes() const { return t.tk.message_boxes(); }
 
     TestSession t;
+    std::string bin = t.dir / "tinker";
 };
+
+bool holds(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 
 }  // namespace
 
@@ -76,7 +95,7 @@ TEST(TinkerMode, WithoutTinkerTheButtonSaysWhatIsMissing) {
     const auto& seen = ts.t.tk.field9_when_asked();
     ASSERT_GE(seen.size(), 5u);
     const std::string said = "Tinker's minimize is not installed: set \"tinker_dir\" in " +
-                             ts.t.s.inst.cfgset + "/engines.def";
+                             ts.t.s.inst.cfgset + "/engines.def or put Tinker on PATH";
     EXPECT_EQ(seen[1], said);   // asked for the key, the expose and the next command
     EXPECT_EQ(seen[2], said);
     EXPECT_EQ(seen[3], said);
@@ -107,6 +126,10 @@ TEST(TinkerMode, TheAutomaticCycleAnnealsAndMinimisesUntilTheCountIsUsed) {
     EXPECT_NE(geo.rfind(" Tinker energy ="), geo.find(" Tinker energy ="));   // two energies
     EXPECT_EQ(ts.lines("answers.anneal")[4], "L");
     EXPECT_TRUE(ts.t.tk.message_boxes().empty());   // no questions on the way
+    // Each anneal starts from the structure, never from the restart file of
+    // the cycle before: the minimised structure is not where that ended.
+    EXPECT_EQ(ts.lines("tinker.runs"), (Lines{"anneal butane.xyz", "minimize butane.xyz", "anneal butane.xyz",
+                                              "minimize butane.xyz"}));
 }
 
 TEST(TinkerMode, VibrateShowsTheModeAndPutsTheStructureBack) {
@@ -129,4 +152,133 @@ TEST(TinkerMode, SpacefillAndAnalyzeLeaveTheirResultsInTheLog) {
     ts.run("menu 40013\nmenu 40028\ndialog 108 ok 1052=1\nmenu 40021\nmenu 40001\nclose\n");
     EXPECT_EQ(ts.lines("answers.spacefill"), (Lines{"butane.xyz", "2", "1.4", "Y", "N"}));
     EXPECT_EQ(ts.lines("answers.analyze"), (Lines{"butane.xyz", "E"}));
+}
+
+TEST(TinkerMode, AnUpperCaseJobKeepsTinkersResultUnderItsOwnSpelling) {
+    TinkerSession ts;
+    ts.put("tinker/butane.xyz", "BUTANE.XYZ");
+    write_file(ts.t.scratch() + "/BUTANE.KEY", "parameters mm3\n#verbose\n");
+    ts.run("menu 40013\nmenu 40008\nmenu 40001\nclose\n", "BUTANE", "BUTANE.XYZ");
+    // Tinker was told the file as it stands, found its key under the name
+    // it looks for, and wrote BUTANE.xyz, which became the job's structure.
+    EXPECT_EQ(ts.lines("answers.minimize")[0], "BUTANE.XYZ");
+    EXPECT_TRUE(ts.boxes().empty());
+    EXPECT_EQ(ts.files_like("butane.xyz*"), (Lines{"BUTANE.XYZ"}));
+    EXPECT_EQ(ts.files_like("butane.key"), (Lines{"BUTANE.key"}));
+    EXPECT_NEAR(bond(ts.t.s.store, 1, 2), 1.534059, 1e-4);
+    Store kept;
+    int q = 0, m = 1;
+    ASSERT_EQ(parse_xyz(ts.lines("BUTANE.XYZ"), kept, nullptr, q, m), kXyzRead);
+    EXPECT_NEAR(bond(kept, 1, 2), 1.534059, 1e-4);
+    EXPECT_TRUE(holds(ts.file("BUTANE.geo"), " Tinker energy =         3.08660 kcal/mol"));
+}
+
+TEST(TinkerMode, ALeftoverVersionNeverStandsInForTheResult) {
+    TinkerSession ts;
+    // Old results beside the job: Tinker would write butane.xyz_4.
+    ts.put("tinker/butane.xyz", "butane.xyz_2");
+    ts.put("tinker/butane.xyz", "butane.XYZ_3");
+    ts.run("menu 40013\nmenu 40008\nmenu 40001\nclose\n");
+    EXPECT_NEAR(bond(ts.t.s.store, 1, 2), 1.534059, 1e-4);   // Tinker's new structure
+    EXPECT_EQ(ts.files_like("butane.xyz_*"), Lines{});
+    EXPECT_TRUE(ts.boxes().empty());
+}
+
+TEST(TinkerMode, DynamicsGoesOnFromItsRestartFileOnlyWhileTheStructureIsItsOwn) {
+    TinkerSession ts;
+    const std::string dynamics = "menu 40030\ndialog 109 ok\nmsgbox no\n";
+    ts.run("menu 40013\n" + dynamics + dynamics + "menu 40008\n" + dynamics + "menu 40001\nclose\n");
+    EXPECT_EQ(ts.lines("tinker.runs"), (Lines{"dynamic butane.xyz", "dynamic butane.xyz restarting",
+                                              "minimize butane.xyz", "dynamic butane.xyz"}));
+    EXPECT_FALSE(holds(ts.file("ZENTOL.LOG"), "Restarting"));
+    EXPECT_TRUE(ts.boxes().size() == 3u);   // the three Replay questions
+}
+
+TEST(TinkerMode, AnalyzeAnswersTheAtomListWheneverTinkerAsksForIt) {
+    TinkerSession ts;
+    ts.t.s.tinker.tk_qualifier = 'D';   // "Dutane.xyz" holds an A: Tinker asks which atoms
+    ts.run("menu 40013\nmenu 40021\nmenu 40001\nclose\n");
+    EXPECT_EQ(ts.lines("answers.analyze"), (Lines{"butane.xyz", "Dutane.xyz", "ALL"}));
+    EXPECT_EQ(ts.lines("tinker.runs"), (Lines{"analyze butane.xyz"}));
+    EXPECT_TRUE(ts.boxes().empty());
+}
+
+TEST(TinkerMode, DynamicsTypesThreeAndFourNeedAPeriodicBox) {
+    TinkerSession ts;
+    ts.run("menu 40013\nmenu 40030\ndialog 109 ok 1102=4\nmsgbox ok\ndialog 109 ok 1102=1\nmsgbox no\n"
+           "menu 40001\nclose\n");
+    ASSERT_FALSE(ts.boxes().empty());
+    EXPECT_TRUE(holds(ts.boxes()[0], "need a periodic box")) << ts.boxes()[0];
+    const auto& shown = ts.t.tk.dialogs_shown();
+    EXPECT_EQ(std::count(shown.begin(), shown.end(), 109), 2);
+    EXPECT_EQ(ts.lines("answers.dynamic").size(), 5u);   // type 1 ran
+    EXPECT_EQ(ts.lines("answers.dynamic")[4], "1");
+
+    TinkerSession boxed;
+    write_file(boxed.t.scratch() + "/butane.key", "parameters mm3\n#verbose\na-axis 25.0\n");
+    boxed.run("menu 40013\nmenu 40030\ndialog 109 ok 1102=4\nmsgbox no\nmenu 40001\nclose\n");
+    EXPECT_EQ(boxed.lines("answers.dynamic").size(), 7u);
+    EXPECT_EQ(boxed.lines("tinker.runs"), (Lines{"dynamic butane.xyz"}));
+}
+
+TEST(TinkerMode, RunsThatStopOnUndefinedParametersSaySoAndShowNothing) {
+    TinkerSession ts;
+    for (const char* program : {"minimize", "dynamic", "anneal", "vibrate", "spacefill"})
+        ts.fail_with(program, "undef_analyze_E");
+    ts.run("menu 40013\nmenu 40008\nmenu 40030\ndialog 109 ok\nmenu 40012\nmenu 40027\nmenu 40028\ndialog 108 ok\n"
+           "menu 40001\nclose\n");
+    const auto& boxes = ts.boxes();
+    ASSERT_EQ(boxes.size(), 5u);
+    int k = 0;
+    for (const char* program : {"minimize", "dynamic", "anneal", "vibrate", "spacefill"}) {
+        EXPECT_EQ(boxes[static_cast<std::size_t>(k)].rfind(std::string("Tinker's ") + program +
+                                                                " stopped: MM3 lacks parameters", 0),
+                  0u)
+            << boxes[static_cast<std::size_t>(k)];
+        EXPECT_TRUE(holds(boxes[static_cast<std::size_t>(k)], "Repeated use of Undefined and Optimize may work"));
+        // The end of the log: its last rows and Tinker's closing words.
+        EXPECT_TRUE(holds(boxes[static_cast<std::size_t>(k)],
+                          "\r\rZENTOL.LOG ends:\r Torsion         1-B       2-C       3-C      10-H"));
+        EXPECT_TRUE(holds(boxes[static_cast<std::size_t>(k)],
+                          "26    2    2   14\r MECHANIC  --  Some Required Potential Energy Parameters are Undefined\r"
+                          " Tinker is Unable to Continue; Terminating the Current Calculation"));
+        ++k;
+    }
+    EXPECT_FALSE(file_present(ts.t.scratch() + "/MV01.INS"));   // no frames replayed
+    EXPECT_FLOAT_EQ(ts.t.s.tinker.tk_dyn_done, 0.0f);
+    EXPECT_FALSE(holds(ts.file("butane.geo"), "Tinker energy"));
+}
+
+TEST(TinkerMode, ACrashedRunIsToldWithTheEndOfItsLog) {
+    // The chromium carbonyl example has an atom of type 0: Tinker 26.2
+    // aborts before it writes more than its banner.
+    TinkerSession ts;
+    ts.fail_with("analyze", "badtype0_analyze_E");
+    ts.put("../../examples/chromium-carbonyl.xyz", "chromium-carbonyl.xyz");
+    ts.run("menu 40013\nmenu 40021\nmenu 40001\nclose\n", "chromium-carbonyl", "chromium-carbonyl.xyz");
+    ASSERT_EQ(ts.boxes().size(), 1u);
+    EXPECT_EQ(ts.boxes()[0].rfind("Tinker's analyze crashed: double free or corruption (out)\r"
+                                  "These atoms have type 0, which MM3 does not define: Cr1 (Edit.XYZ sets the types).\r",
+                                  0),
+              0u)
+        << ts.boxes()[0];
+    EXPECT_TRUE(holds(ts.boxes()[0], "Program received signal SIGABRT: Process abort signal."));
+    EXPECT_FALSE(holds(ts.boxes()[0], "0x7f49c3c218c2"));   // no backtrace frames
+}
+
+TEST(TinkerMode, TinkersOwnProgramNamesAndProgramsOnPath) {
+    TinkerSession dotted(".x");
+    dotted.run("menu 40013\nmenu 40008\nmenu 40001\nclose\n");
+    EXPECT_EQ(dotted.lines("tinker.runs"), (Lines{"minimize butane.xyz"}));
+    EXPECT_TRUE(holds(dotted.file("butane.geo"), " Tinker energy =         3.08660 kcal/mol"));
+
+    TinkerSession on_path(".x");
+    on_path.t.s.engines.values["tinker_dir"] = "";
+    const std::string old_path = getenv("PATH") ? getenv("PATH") : "";
+    setenv("PATH", (on_path.bin + ":" + old_path).c_str(), 1);
+    on_path.run("menu 40013\nmenu 40008\nmenu 40001\nclose\n");
+    EXPECT_EQ(tinker_program(on_path.t.s, "minimize"), on_path.bin + "/minimize.x");
+    setenv("PATH", old_path.c_str(), 1);
+    EXPECT_EQ(on_path.lines("tinker.runs"), (Lines{"minimize butane.xyz"}));
+    EXPECT_TRUE(holds(on_path.file("butane.geo"), " Tinker energy =         3.08660 kcal/mol"));
 }

@@ -2,6 +2,7 @@
 // into table rows, and the command that turns them into key-file lines.
 #include "engines/tinker/undefined_params.h"
 
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 
@@ -256,4 +257,40 @@ TEST(UndefinedCommand, UndefinedAtomOrNoLog) {
     undefined_parameters_command(j.t.s);
     EXPECT_EQ(j.t.tk.message_boxes().size(), 1u);
     EXPECT_EQ(j.key(), before);
+}
+
+TEST(UndefinedCommand, ThreeMemberedRingRowsBecomeBond3AndAngle3) {
+    UndefinedJob j("undef3ring_minimize", "cyclopropane");
+    const UndefScan scan = scan_undefined(data_lines("undef3ring_minimize/ZENTOL.LOG"));
+    EXPECT_EQ(shown(scan), (Lines{"bond 4: 1 2 / 1 1", "angle 4: 2 1 3 / 1 1 1"}));
+    EXPECT_EQ(undefined_title(scan.entries[0]), "3-Bond-Stretch");
+    EXPECT_EQ(undefined_title(scan.entries[1]), "3-Angle-Bend");
+
+    j.t.tk.load_script("dialog 118 ok 1008=5.0\ndialog 118 ok 1008=0.85 1071=60\n");
+    undefined_parameters_command(j.t.s);
+    const Lines key = j.key();
+    ASSERT_EQ(key.size(), 4u);
+    EXPECT_EQ(key[2].substr(0, 35), "bond3         1    1         5.0000");
+    EXPECT_NEAR(text::read_f(key[2].substr(35)).value_or(0), 1.5008, 1e-3);   // C1-C2 as built
+    EXPECT_EQ(key[3], "angle3        1    1    1     0.850     60.000");
+}
+
+TEST(UndefinedCommand, AnOutOfPlaneBendAloneStartsAtTheAngleDefault) {
+    // A second pass, after bonds and angles were added: only the
+    // out-of-plane block is left in the log.
+    UndefinedJob j("undef_analyze_E", "ivboret");
+    const Lines log = data_lines("undef_analyze_E/ZENTOL.LOG");
+    Lines second(log.begin(), log.begin() + 16);
+    const auto from = std::find(log.begin(), log.end(), " Undefined Out-of-Plane Bend Parameters :");
+    const auto to = std::find(log.begin(), log.end(), " Undefined Torsional Parameters :");
+    ASSERT_TRUE(from != log.end() && to != log.end());
+    second.insert(second.end(), from, to);
+    second.insert(second.end(), log.end() - 3, log.end());
+    write_file(j.t.scratch() + "/ZENTOL.LOG", "");
+    files::write_lines(j.t.scratch() + "/ZENTOL.LOG", second);
+    j.t.tk.load_script("dialog 118 ok\nmsgbox ok\n");
+    undefined_parameters_command(j.t.s);
+    const Lines key = j.key();
+    ASSERT_EQ(key.size(), 3u);
+    EXPECT_EQ(key[2], "opbend      56   26   56    2  1.00");
 }

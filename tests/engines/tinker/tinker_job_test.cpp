@@ -1,0 +1,151 @@
+// What a Tinker run left behind: the structure under the name Tinker gave
+// it, whether its restart file still fits the molecule, and the judgement
+// of its log (recorded Tinker 26.2 logs, standard error appended as the
+// command file puts it there).
+#include "engines/tinker/tinker_job.h"
+
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+#include "engines/tinker/tinker_outcome.h"
+#include "session/session.h"
+#include "structure_files/xyz_file.h"
+#include "support/test_support.h"
+#include "toolkit/files.h"
+
+using namespace zentol;
+using namespace zentol::testing;
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+Lines data_lines(const std::string& name) { return files::read_lines(test_data("tinker/" + name)).value_or(Lines{}); }
+
+// A case's log with its standard error after it.
+Lines log_and_errors(const std::string& folder) {
+    Lines log = data_lines(folder + "/ZENTOL.LOG");
+    const Lines err = data_lines(folder + "/ZENTOL.ERR");
+    log.insert(log.end(), err.begin(), err.end());
+    return log;
+}
+
+}  // namespace
+
+TEST(TinkerJob, TheResultIsFoundUnderTheNameTinkerGaveIt) {
+    TempDir dir;
+    std::filesystem::current_path(dir.path());
+    write_file("ETHANOL.XYZ", "x\n");
+    TinkerNames told{"ETHANOL.XYZ", "ETHANOL", false};
+    EXPECT_EQ(tinker_result_file(told), "");
+    write_file("ETHANOL.xyz", "new\n");   // not the told file: Tinker's result
+    EXPECT_EQ(tinker_result_file(told), "ETHANOL.xyz");
+    told.plain_taken = true;              // it stood there before: Tinker wrote _2
+    EXPECT_EQ(tinker_result_file(told), "");
+    write_file("ETHANOL.xyz_2", "new\n");
+    write_file("ETHANOL.xyz_10", "newer\n");
+    write_file("ethanol.xyz_11", "another spelling\n");
+    EXPECT_EQ(tinker_result_file(told), "ETHANOL.xyz_10");
+
+    // A job spelled as Tinker writes: the told file itself is never the result.
+    TinkerNames plain{"butane.xyz", "butane", false};
+    write_file("butane.xyz", "x\n");
+    EXPECT_EQ(tinker_result_file(plain), "");
+    write_file("butane.xyz_2", "new\n");
+    EXPECT_EQ(tinker_result_file(plain), "butane.xyz_2");
+}
+
+TEST(TinkerJob, BeforeARunOldVersionsGoAndTheKeyIsSpelledAsTinkerLooksForIt) {
+    TestSession t;
+    std::filesystem::current_path(t.scratch());
+    t.s.job.name = "Ethanol";
+    for (const char* name : {"ETHANOL.XYZ", "ETHANOL.KEY", "Ethanol.xyz_2", "ETHANOL.xyz_3", "Ethanol.xyz_old"})
+        write_file(name, "x\n");
+    const TinkerNames n = prepare_tinker_run(t.s);
+    EXPECT_EQ(n.told, "ETHANOL.XYZ");
+    EXPECT_EQ(n.base, "ETHANOL");
+    EXPECT_EQ(files::list(".", "ethanol.*"), (Lines{"ETHANOL.XYZ", "ETHANOL.key", "Ethanol.xyz_old"}));
+}
+
+TEST(TinkerJob, TheRestartFileFitsOnlyTheStructureItEndedWith) {
+    const Lines dyn = data_lines("dynamic/JOB.dyn");
+    const auto positions = restart_positions(dyn);
+    ASSERT_EQ(positions.size(), 14u);
+    EXPECT_DOUBLE_EQ(positions[13][2], -0.1268407873229223e1);
+
+    // The trajectory's last frame, as the replay leaves it in the store.
+    const Lines arc = data_lines("dynamic/JOB.arc");
+    const Lines last(arc.end() - 15, arc.end());
+    auto st = std::make_unique<Store>();
+    int q = 0, m = 1;
+    ASSERT_EQ(parse_xyz(last, *st, nullptr, q, m), kXyzRead);
+    EXPECT_TRUE(same_geometry(positions, *st));
+    // Turned and shifted as a whole it is the same molecule.
+    for (int i = 1; i <= st->natoms; ++i) {
+        const float x = st->atom_rec[i][kX], y = st->atom_rec[i][kY];
+        st->atom_rec[i][kX] = -y + 3.0f;
+        st->atom_rec[i][kY] = x;
+    }
+    EXPECT_TRUE(same_geometry(positions, *st));
+    st->atom_rec[5][kZ] += 0.05f;   // one hydrogen moved: a new structure
+    EXPECT_FALSE(same_geometry(positions, *st));
+    st->natoms = 13;
+    EXPECT_FALSE(same_geometry(positions, *st));
+
+    Lines cut(dyn.begin(), dyn.begin() + 12);   // positions broken off
+    EXPECT_TRUE(restart_positions(cut).empty());
+    EXPECT_TRUE(restart_positions({}).empty());
+}
+
+TEST(TinkerOutcome, EachKindOfFailureIsNamed) {
+    struct Case {
+        const char* folder;
+        std::vector<std::string> keys;
+        TinkerProblem problem;
+        const char* detail;
+    };
+    const std::vector<Case> cases = {
+        {"minimize", kMinimizeResult, TinkerProblem::None, ""},
+        {"dynamic", kTrajectoryResult, TinkerProblem::None, ""},
+        {"vibrate", kVibrateResult, TinkerProblem::None, ""},
+        {"spacefill", kSpacefillResult, TinkerProblem::None, ""},
+        {"analyze", kMinimizeResult, TinkerProblem::NoResult, "Final Function Value"},
+        {"undef_analyze_E", kEnergyResult, TinkerProblem::Undefined, "Undefined Bond Stretching Parameters"},
+        {"badtype_analyze_E", kEnergyResult, TinkerProblem::UndefinedAtom, "Undefined Atom Types or Classes"},
+        {"badtype0_analyze_E", kEnergyResult, TinkerProblem::Crashed, "double free or corruption (out)"},
+        {"analyze_atoms_eof", kEnergyResult, TinkerProblem::RuntimeError, "Fortran runtime error: End of file"},
+    };
+    for (const Case& c : cases) {
+        const TinkerOutcome o = judge_tinker_log(log_and_errors(c.folder), c.keys);
+        EXPECT_EQ(o.problem, c.problem) << c.folder;
+        EXPECT_EQ(o.detail, c.detail) << c.folder;
+    }
+    EXPECT_EQ(judge_tinker_log({}, kMinimizeResult).problem, TinkerProblem::EmptyLog);
+    EXPECT_EQ(judge_tinker_log(data_lines("badtype0_analyze_E/ZENTOL.LOG"), {}).problem, TinkerProblem::EmptyLog);
+    Lines no_force_field = data_lines("minimize/ZENTOL.LOG");
+    no_force_field.resize(16);
+    no_force_field.insert(no_force_field.end(), {" Enter Potential Parameter File Name :  ",
+                                                 "Fortran runtime error: End of file"});
+    EXPECT_EQ(judge_tinker_log(no_force_field, kMinimizeResult).problem, TinkerProblem::NoParameterFile);
+}
+
+TEST(TinkerOutcome, TheMessageNamesTheProgramTheProblemAndTheLogsLastLines) {
+    const Lines log = log_and_errors("analyze_atoms_eof");
+    const std::string text = tinker_failure_text("analyze", judge_tinker_log(log, kEnergyResult), log);
+    EXPECT_EQ(text,
+              "Tinker's analyze stopped with an error: Fortran runtime error: End of file\r"
+              "It asked a question that its answer file does not hold.\r"
+              "\r"
+              "ZENTOL.LOG ends:\r"
+              " Internal Virial & Instantaneous Pressure [V]\r"
+              " Connectivity Lists for Each of the Atoms [C]\r"
+              " Enter the Desired Analysis Types [G,P,E,A,L,D,M,V,C] :\r"
+              " List Atoms for which Output is Desired [ALL] :\r"
+              "    >\r"
+              "At line 142 of file analyze.f (unit = 5, file = 'stdin')\r"
+              "Fortran runtime error: End of file\r"
+              "Error termination. Backtrace:");
+    EXPECT_EQ(last_log_lines({"a", "", "  ", "b"}, 8), (Lines{"a", "b"}));
+    EXPECT_EQ(last_log_lines({"a", "b", "c"}, 2), (Lines{"b", "c"}));
+}
