@@ -78,6 +78,9 @@ bench: build
 	xvfb-run -a ./$(BUILD)/bench/startup_bench
 	xvfb-run -a ./$(BUILD)/bench/rotation_bench
 	xvfb-run -a ./$(BUILD)/bench/fragment_bench
+	./$(BUILD)/bench/orbital_map_bench
+	./$(BUILD)/src/zentol-orbgrid --steps 64 -o $(BUILD)/bench-water.cube tests/data/orbitals/water.mgf
+	xvfb-run -a ./$(BUILD)/src/zentol-orbview --benchmark 240 $(BUILD)/bench-water.cube
 
 clean:
 	rm -rf $(BUILD) $(ASAN_BUILD) $(FUZZ_BUILD)

@@ -4,6 +4,7 @@
 // zentol --headless --script FILE [the same words]   runs with no display and
 //                                                    prints the transcript
 // zentol --help | --version
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
@@ -99,7 +100,11 @@ void prepare_session(zentol::Session& s, zentol::Toolkit& tk) {
     zentol::prepare_installation(s.inst);
     std::error_code ec;
     const auto self = std::filesystem::read_symlink("/proc/self/exe", ec);
-    if (!ec) zentol::install_programs(s.inst, self.parent_path().string());
+    if (!ec) {
+        zentol::install_programs(s.inst, self.parent_path().string());
+        // The orbital viewer starts this program again after a plot.
+        setenv("ZENTOL_PROGRAM", self.c_str(), 1);
+    }
     s.engines = zentol::read_engines_def(s.inst);
     tk.set_ui_dir(s.inst.data_dir + "/ui");
 }

@@ -101,8 +101,9 @@ static void read_zentol_lines(Session& s, const std::string& path,
 void install_programs(const Installation& inst, const std::string& program_dir) {
     namespace fs = std::filesystem;
     // Helper programs built with Zentol, under the names engines.def gives them.
-    static const std::pair<const char*, const char*> kPrograms[] = {{"zentol-symmol", "symmol"},
-                                                                    {"zentol-queue", "zentol-queue"}};
+    static const std::pair<const char*, const char*> kPrograms[] = {
+        {"zentol-symmol", "symmol"},   {"zentol-orbgrid", "orbgrid"}, {"zentol-orbgrid", "orbgrids"},
+        {"zentol-orbgrid", "gridmap"}, {"zentol-orbview", "orbview"}, {"zentol-queue", "zentol-queue"}};
     for (const auto& [built, installed] : kPrograms) {
         std::error_code ec;
         const fs::path from = fs::path(program_dir) / built, to = fs::path(inst.bin) / installed;

@@ -102,7 +102,17 @@ void plot_map(Session& s) {
     const std::string gridmap = helper_or_message(s, "gridmap", "The map program gridmap");
     if (gridmap.empty()) return;
     s.tk.WindowOutStatusBar(status_message_field, "Calculating Map");
+    files::remove("pppmap.atl");
     run_blocking(s, shell_line(gridmap, {}));
+    // gridmap names its map in pppmap.atl; pppmap.log says why there is none.
+    if (!files::exists("pppmap.atl")) {
+        const auto log = files::read_lines("pppmap.log");
+        std::string why = "The map program made no map.";
+        for (const std::string& line : log.value_or(std::vector<std::string>{})) why += "\r" + line;
+        message(s, why);
+        s.tk.WindowOutStatusBar(status_message_field, "No map made");
+        return;
+    }
     const std::string orbview = helper_or_message(s, "orbview", "The viewer orbview");
     if (!orbview.empty()) run_detached(s, shell_line(orbview, {"pppmap", "FIREFLY"}));
     s.tk.WindowOutStatusBar(status_message_field, " ");

@@ -55,7 +55,7 @@ int basis_size(Line line) {
 // filled level is the last one before the first empty one; returned as its
 // place in the file, 1-based.
 int find_homo(Mop2016Vectors& v) {
-    const int n = static_cast<int>(v.orbitals.size());
+    const int n = static_cast<int>(v.beta_from);
     v.norbitals = n;
     int homo = 0;
     bool empty_seen = false;
@@ -71,14 +71,33 @@ int find_homo(Mop2016Vectors& v) {
     return homo;
 }
 
-void read_atoms(LineViews mgf, Mop2016Vectors& v) {
+// The atoms, then one line of Slater exponents (s, p, d) an atom:
+//   8    0.0000000   0.0000000   0.1173000  -0.6454
+//  5.9723090  2.3490170  0.0000000
+// Returns the place of the first line after them.
+std::size_t read_atoms(LineViews mgf, Mop2016Vectors& v) {
     v.natoms = static_cast<int>(text::read_i(text::column_field(mgf[0], 1, 5)).value_or(0));
-    for (std::size_t i = 1; i <= static_cast<std::size_t>(std::max(v.natoms, 0)) && i < mgf.size(); ++i) {
-        auto a = text::read_reals(mgf[i], 5);
+    std::size_t at = 1;
+    for (; at <= static_cast<std::size_t>(std::max(v.natoms, 0)) && at < mgf.size(); ++at) {
+        auto a = text::read_reals(mgf[at], 5);
         // The first number is the atomic number: anything else ends the atoms.
-        if (!a || a->size() < 5 || !((*a)[0] >= 0 && (*a)[0] <= 120)) break;
+        if (!a || a->size() < 5 || !((*a)[0] >= 0 && (*a)[0] <= 120)) return at;
         v.atoms.push_back({static_cast<int>((*a)[0]), (*a)[1], (*a)[2], (*a)[3], (*a)[4]});
     }
+    for (std::size_t k = 0; k < v.atoms.size() && at < mgf.size(); ++k, ++at) {
+        if (mgf[at].starts_with(" ORBITAL")) break;
+        auto e = text::read_reals(mgf[at], 3);
+        if (!e || e->size() < 3) break;
+        v.exponents.push_back({(*e)[0], (*e)[1], (*e)[2]});
+    }
+    return at;
+}
+
+// The lower triangle after " INVERSE_MATRIX[6x6]=", five values a line in
+// fields of 15 as the coefficients.
+std::size_t read_inverse(LineViews mgf, std::size_t at, Mop2016Vectors& v) {
+    for (++at; at < mgf.size() && !ends_orbital(mgf[at]); ++at) read_coefficients(mgf[at], v.inverse);
+    return at;
 }
 
 }  // namespace
@@ -98,15 +117,22 @@ Mop2016Vectors read_mop2016_vectors(LineViews mgf, int listing_homo) {
     Mop2016Vectors v;
     v.geo_lines.push_back(" Mopac 2016");
     if (mgf.empty()) return v;
-    read_atoms(mgf, v);
-    for (std::size_t at = 1 + v.atoms.size(); at < mgf.size();) {
+    v.beta_from = std::string::npos;
+    for (std::size_t at = read_atoms(mgf, v); at < mgf.size();) {
         if (mgf[at].starts_with(" ORBITAL")) {
             at = read_mgf_orbital(mgf, at, v);
             continue;
         }
-        if (mgf[at].starts_with(" INVERSE_MATRIX")) v.nbasis = basis_size(mgf[at]);
+        if (mgf[at].starts_with(" Keywords") && v.beta_from == std::string::npos) v.beta_from = v.orbitals.size();
+        if (mgf[at].starts_with(" INVERSE_MATRIX") && v.inverse.empty()) {
+            v.nbasis = basis_size(mgf[at]);
+            at = read_inverse(mgf, at, v);
+            continue;
+        }
         ++at;
     }
+    // Only a UHF file has orbitals behind its " Keywords" line.
+    if (v.beta_from >= v.orbitals.size()) v.beta_from = v.orbitals.size();
     const int homo_place = find_homo(v);
     // The listing knows the true number of the highest filled level; the
     // file's orbitals are counted from it.

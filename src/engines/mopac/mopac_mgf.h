@@ -4,6 +4,7 @@
 // (files::read_text_lines) and writes the .GEO log.
 #pragma once
 
+#include <array>
 #include <string>
 #include <vector>
 
@@ -35,6 +36,16 @@ struct Mop2016Vectors {
     int homo = 0;           // the highest filled level, by number
     std::vector<MgfAtom> atoms;
     std::vector<MgfOrbital> orbitals;    // as in the file
+    // A UHF file holds the beta set after the " Keywords" line: orbitals
+    // from this place on are beta orbitals (orbitals.size() when none).
+    std::size_t beta_from = 0;
+    // The Slater exponents of each atom (s, p, d; bohr^-1, 0 when the atom
+    // has no such shell), one line an atom after the atoms.
+    std::vector<std::array<double, 3>> exponents;
+    // INVERSE_MATRIX: the lower triangle, row by row, of the matrix that takes
+    // the orbitals from the orthogonal basis MOPAC works in back to its
+    // Slater functions (S^-1/2); empty when the file has none.
+    std::vector<double> inverse;
     std::vector<std::string> geo_lines;  // " Mopac 2016" and the orbital table
 };
 
@@ -42,7 +53,8 @@ struct Mop2016Vectors {
 // what the plots read.
 LineViews mgf_head(LineViews mgf);
 
-// Reads the lines of job.mgf. `listing_homo` is the highest occupied level
+// Reads the lines of job.mgf (the head only, or the whole file with the
+// beta set of a UHF run behind " Keywords"). `listing_homo` is the highest occupied level
 // of the run's listing (0 when there is none): the file's own highest
 // filled orbital takes that number, and the others follow from it.
 Mop2016Vectors read_mop2016_vectors(LineViews mgf, int listing_homo = 0);

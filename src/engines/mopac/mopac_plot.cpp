@@ -27,22 +27,43 @@ std::string xyz(double x, double y, double z, int w, int d) {
 
 }  // namespace
 
+namespace {
+
+// Values five a line (5F14.8), the last line short.
+void add_rows(std::vector<std::string>& lines, const std::vector<double>& values, std::size_t from, std::size_t count) {
+    std::string row;
+    for (std::size_t k = 0; k < count; ++k) {
+        row += text::format_f(values[from + k], 14, 8);
+        if (k % 5 == 4 || k + 1 == count) {
+            lines.push_back(row);
+            row.clear();
+        }
+    }
+}
+
+void add_orbital(std::vector<std::string>& lines, const char* key, int number, const MgfOrbital& o) {
+    lines.push_back(key + text::format_i(number, 5) + text::format_i(o.occupancy, 3) + text::format_f(o.energy, 12, 5));
+    add_rows(lines, o.coefficients, 0, o.coefficients.size());
+}
+
+}  // namespace
+
 std::vector<std::string> graph_file_from_mgf(const Mop2016Vectors& v) {
     std::vector<std::string> lines{text::format_i(v.natoms, 6) + text::format_i(v.nbasis, 6) +
                                    text::format_i(v.norbitals, 6) + text::format_i(v.homo, 6)};
     for (const MgfAtom& a : v.atoms) lines.push_back(text::format_i(a.atomic_number, 4) + xyz(a.x, a.y, a.z, 12, 6));
-    for (int i = 1; i <= v.norbitals && i <= static_cast<int>(v.orbitals.size()); ++i) {
-        const MgfOrbital& o = v.orbitals[static_cast<std::size_t>(i - 1)];
-        lines.push_back(" ORBITAL" + text::format_i(v.first_orbital + i - 1, 5) + text::format_i(o.occupancy, 3) +
-                        text::format_f(o.energy, 12, 5));
-        std::string row;
-        for (std::size_t k = 0; k < o.coefficients.size(); ++k) {
-            row += text::format_f(o.coefficients[k], 14, 8);
-            if (k % 5 == 4 || k + 1 == o.coefficients.size()) {
-                lines.push_back(row);
-                row.clear();
-            }
-        }
+    for (int i = 1; i <= v.norbitals && i <= static_cast<int>(v.orbitals.size()); ++i)
+        add_orbital(lines, " ORBITAL", v.first_orbital + i - 1, v.orbitals[static_cast<std::size_t>(i - 1)]);
+    if (!v.exponents.empty()) {
+        lines.push_back(" EXPONENTS");
+        for (const auto& e : v.exponents) lines.push_back(xyz(e[0], e[1], e[2], 12, 7));
+    }
+    for (std::size_t i = v.beta_from; i < v.orbitals.size(); ++i)
+        add_orbital(lines, " BETA ORBITAL", v.first_orbital + static_cast<int>(i - v.beta_from), v.orbitals[i]);
+    if (!v.inverse.empty()) {
+        lines.push_back(" INVERSE_MATRIX" + text::format_i(v.nbasis, 6));
+        // Row r of the lower triangle holds r values; each row starts a line.
+        for (std::size_t r = 1, from = 0; from + r <= v.inverse.size(); from += r, ++r) add_rows(lines, v.inverse, from, r);
     }
     return lines;
 }
@@ -64,11 +85,13 @@ std::vector<std::string> plot_atoms_file(const Store& st) {
 }
 
 std::vector<std::string> plot_control_file(const PlotRequest& r) {
-    return {"graph.dat",
-            text::format_i(r.orbital, 5) + "  M.O.",
-            text::format_i(r.grid_steps, 5) + "  Grid Steps",
-            text::format_i(r.kind, 5) + "  0 M.O., 1 Spin Density, 2 Density",
-            text::format_i(r.homo_index, 5) + "  H.O.M.O"};
+    std::vector<std::string> lines{"graph.dat",
+                                   text::format_i(r.orbital, 5) + "  M.O.",
+                                   text::format_i(r.grid_steps, 5) + "  Grid Steps",
+                                   text::format_i(r.kind, 5) + "  0 M.O., 1 Spin Density, 2 Density",
+                                   text::format_i(r.homo_index, 5) + "  H.O.M.O"};
+    if (!r.job.empty()) lines.push_back(r.job + "  Job");
+    return lines;
 }
 
 std::vector<std::string> plot_pdb(const Store& st) {
@@ -106,7 +129,8 @@ void make_mopac2016_graph(Session& s, int listing_homo) {
     std::string copy;
     for (std::string_view line : head) copy.append(line).push_back('\n');
     files::write_atomic("mgf.tmp", copy);
-    const Mop2016Vectors v = read_mop2016_vectors(head, listing_homo);
+    // The whole file: a UHF run's beta set stands behind " Keywords".
+    const Mop2016Vectors v = read_mop2016_vectors(mgf->views(), listing_homo);
     for (const std::string& l : v.geo_lines) log_line(s, l);
     files::write_lines("graph.dat", graph_file_from_mgf(v));
     files::remove("mgf.tmp");
@@ -145,13 +169,32 @@ std::optional<PlotRequest> ask_plot(Session& s, const MopacState& m) {
 
 }  // namespace
 
+namespace {
+
+// The map program names its map in pppmap.atl; without it no map came,
+// and pppmap.log says why.
+bool map_made(Session& s) {
+    const auto atl = files::read_lines("pppmap.atl");
+    if (atl && !atl->empty() && files::exists(std::string(text::trim((*atl)[0])))) return true;
+    const auto log = files::read_lines("pppmap.log");
+    std::string why = "The map program made no map.";
+    if (log)
+        for (const std::string& line : *log) why += "\r" + line;
+    s.tk.WMessageBox(kButtonsOk, MessageIcon::Exclamation, 1, why, "Mopac");
+    s.tk.WindowOutStatusBar(status_message_field, "No map made");
+    return false;
+}
+
+}  // namespace
+
 void mopac_plot(Session& s, MopacState& m) {
     if (!m.energy_run) {
         s.tk.WindowOutStatusBar(status_message_field, "Run an Energy Calculation");
         return;
     }
-    const std::optional<PlotRequest> r = ask_plot(s, m);
+    std::optional<PlotRequest> r = ask_plot(s, m);
     if (!r) return;
+    r->job = s.job.name;
     files::write_lines("pppele.dat", plot_atoms_file(s.store));
     files::write_lines("pppmap.KEW", plot_control_file(*r));
     s.tk.WindowOutStatusBar(status_message_field, "Plotting Orbital");
@@ -159,7 +202,9 @@ void mopac_plot(Session& s, MopacState& m) {
     const std::string map_program = configured_program(s, key);
     if (map_program.empty()) return tell_missing(s, r->kind == 0 ? "The orbital map program" : "The density map program", key);
     s.tk.WindowOutStatusBar(status_message_field, "Calculating Map");
+    files::remove("pppmap.atl");
     run_blocking(s, shell_line(map_program, {}));
+    if (!map_made(s)) return;
     files::write_lines(job_file(s, "_mo.pdb"), plot_pdb(s.store));
     if (!sibling_installed(s, "orbview")) return tell_missing(s, "The orbital viewer", "orbview");
     // The session ends and orbview shows the map; it starts us again with

@@ -21,13 +21,18 @@ struct PlotRequest {
     int grid_steps = 64;   // 27..128
     int kind = 0;          // 0 M.O., 1 spin density, 2 density
     int homo_index = 0;
+    std::string job;       // names the map files; written when known
 };
 
 // graph.dat of a 2016-generation run: a head line (atoms, basis functions,
 // orbitals in the file, the H.O.M.O's number, 4I6), one line an atom
 // (atomic number I4, x y z 3F12.6), and for each orbital " ORBITAL", its
 // number as the listing numbers it I5, occupancy I3 and energy F12.5, then
-// its coefficients five a line (5F14.8).
+// its coefficients five a line (5F14.8); then what the map programs need
+// to evaluate them: " EXPONENTS" and the Slater exponents s p d of each
+// atom (3F12.7), a UHF run's beta set as " BETA ORBITAL" records, and
+// " INVERSE_MATRIX" (I6 basis functions) with the lower triangle of the
+// matrix, each row from a new line (docs/map-files.md).
 std::vector<std::string> graph_file_from_mgf(const Mop2016Vectors& v);
 
 // graph.dat of a Mopac 6 density or spin plot: the orbital graph file with
@@ -39,7 +44,8 @@ std::vector<std::string> graph_file_with_density(const std::vector<std::string>&
 std::vector<std::string> plot_atoms_file(const Store& st);
 
 // pppmap.KEW, the map program's control file: graph file, orbital, grid
-// steps, plot kind, H.O.M.O, each value with its name behind it.
+// steps, plot kind, H.O.M.O, then the job (which names the map), each value
+// with its name behind it.
 std::vector<std::string> plot_control_file(const PlotRequest& r);
 
 // job_mo.pdb for the viewer: the fixed cell and scale lines, one HETATM

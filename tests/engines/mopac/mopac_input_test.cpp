@@ -142,7 +142,7 @@ TEST(MopacPlotFiles, AtomsControlAndViewerFiles) {
     EXPECT_EQ(plot_atoms_file(st), (std::vector<std::string>{"    3", "O1      0.000000    0.000000    0.117300",
                                                              "H2      0.000000    0.757200   -0.469200",
                                                              "H3      0.000000   -0.757200   -0.469200"}));
-    const auto kew = plot_control_file({5, 64, 0, 4});
+    const auto kew = plot_control_file({5, 64, 0, 4, ""});
     EXPECT_EQ(kew[0], "graph.dat");
     EXPECT_EQ(kew[1], "    5  M.O.");
     EXPECT_EQ(kew[2], "   64  Grid Steps");

@@ -85,7 +85,7 @@ TEST(MopacPlot, TheMapIsMadeAndOrbviewTakesOver) {
     EXPECT_TRUE(t.s.flags.plot_exit);
     const std::string dir = t.scratch();
     EXPECT_EQ(read_file(dir + "/seen.kew"), "graph.dat\n    5  M.O.\n   64  Grid Steps\n"
-                                            "    0  0 M.O., 1 Spin Density, 2 Density\n    4  H.O.M.O\n");
+                                            "    0  0 M.O., 1 Spin Density, 2 Density\n    4  H.O.M.O\nwater  Job\n");
     EXPECT_EQ(read_file(dir + "/seen.ele").substr(0, 6), "    3\n");
     // graph.dat from the graph file: 3 atoms, 6 basis functions, 6 orbitals.
     EXPECT_EQ(read_file(dir + "/seen.graph").substr(0, 25), "     3     6     6     4\n");
@@ -259,3 +259,48 @@ TEST(MopacMode, UpDateReadsListingsOfOtherVersions) {
         EXPECT_NEAR(last[kZ] - first[kZ], dy * 0.0348995f + dz * 0.99939084f, 1e-4);
     }
 }
+
+#ifdef ZENTOL_ORBGRID_PROGRAM
+namespace {
+
+// The map programs are the real ones; orbview stays the stand-in.
+void use_real_map_programs(TestSession& t) {
+    for (const char* name : {"orbgrid", "orbgrids"}) {
+        const std::string link = t.dir / name;
+        std::filesystem::remove(link);
+        std::filesystem::create_symlink(ZENTOL_ORBGRID_PROGRAM, link);
+    }
+}
+
+}  // namespace
+
+TEST(MopacPlot, TheRealMapProgramMakesTheOrbitalsCube) {
+    TestSession t;
+    use_fakes(t, false, true, true);
+    use_real_map_programs(t);
+    FakeRun run(test_data("mopac/m22_water_E_DISP.out"), test_data("mopac/m22_water_E.mgf"));
+    run_on_water(t, std::string(kEnergyRun) + "menu 40010\ndialog 110 ok 1102=32\nmenu 40001\n");
+    EXPECT_TRUE(t.tk.message_boxes().empty());
+    EXPECT_TRUE(t.s.flags.plot_exit);
+    EXPECT_EQ(read_file(t.scratch() + "/pppmap.atl"), "water_MO004.cube\nMolecular orbital 4\n");
+    EXPECT_EQ(read_file(t.scratch() + "/water_MO004.cube").substr(0, 20), "Molecular orbital 4\n");
+    EXPECT_TRUE(transcript_has(t, "orbview water 1 MOPAC 04"));
+}
+
+TEST(MopacPlot, AMapThatCannotBeMadeIsSaidAndTheModeGoesOn) {
+    TestSession t;
+    use_fakes(t, true, true, true);
+    use_real_map_programs(t);
+    const std::string for013 = t.dir / "for013", dens = t.dir / "dens";
+    write_file(for013, "orbital graph\n");
+    write_file(dens, "density\n");
+    FakeRun run(test_data("mopac/m6_water_style.lst"), for013, dens);
+    run_on_water(t, "menu 40014\nmenu 40023\ndialog 107 button:3 1057=1 1054=1 1088=1\nmenu 40010\ndialog 110 ok\n"
+                    "menu 40001\n");
+    ASSERT_EQ(t.tk.message_boxes().size(), 1u);
+    EXPECT_NE(t.tk.message_boxes()[0].find("The map program made no map."), std::string::npos);
+    EXPECT_NE(t.tk.message_boxes()[0].find("a Mopac 6 graph file cannot be mapped"), std::string::npos);
+    EXPECT_FALSE(t.s.flags.plot_exit);
+    EXPECT_FALSE(transcript_has(t, "orbview water"));
+}
+#endif

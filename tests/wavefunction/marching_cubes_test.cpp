@@ -1,0 +1,114 @@
+// Isosurfaces of fields whose surfaces are known exactly.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+
+#include "wavefunction/marching_cubes.h"
+
+namespace zentol {
+namespace {
+
+CubeGrid field(int n, double h, const std::function<double(double, double, double)>& f) {
+    CubeGrid g;
+    g.n = {n, n, n};
+    g.origin = {-h * (n - 1) / 2, -h * (n - 1) / 2, -h * (n - 1) / 2};
+    for (int a = 0; a < 3; ++a) g.axes[a][a] = h;
+    g.values.resize(static_cast<std::size_t>(n) * n * n);
+    for (int i = 0; i < n; ++i)
+        for (int j = 0; j < n; ++j)
+            for (int k = 0; k < n; ++k) {
+                const auto p = g.point(i, j, k);
+                g.values[g.index(i, j, k)] = static_cast<float>(f(p[0], p[1], p[2]));
+            }
+    return g;
+}
+
+struct Measure {
+    double area = 0, volume = 0, worst_radius = 0, worst_normal = 1;
+    int turned = 0;   // triangles whose winding disagrees with their normals
+};
+
+// Area, enclosed volume (each triangle turned to agree with its normals)
+// and how far vertices and normals stray from a sphere of radius r at c.
+Measure measure(const IsoMesh& m, double r, std::array<double, 3> c) {
+    Measure out;
+    for (std::size_t t = 0; t < m.triangles(); ++t) {
+        std::array<std::array<double, 3>, 3> p;
+        std::array<double, 3> nsum{};
+        for (int v = 0; v < 3; ++v) {
+            double dist = 0, dot = 0;
+            for (int a = 0; a < 3; ++a) {
+                p[v][a] = m.vertices[9 * t + 3 * v + a];
+                nsum[a] += m.normals[9 * t + 3 * v + a];
+                dist += (p[v][a] - c[a]) * (p[v][a] - c[a]);
+            }
+            dist = std::sqrt(dist);
+            for (int a = 0; a < 3; ++a) dot += m.normals[9 * t + 3 * v + a] * (p[v][a] - c[a]) / dist;
+            out.worst_radius = std::max(out.worst_radius, std::abs(dist - r));
+            out.worst_normal = std::min(out.worst_normal, dot);
+        }
+        const std::array<double, 3> e1{p[1][0] - p[0][0], p[1][1] - p[0][1], p[1][2] - p[0][2]};
+        const std::array<double, 3> e2{p[2][0] - p[0][0], p[2][1] - p[0][1], p[2][2] - p[0][2]};
+        const std::array<double, 3> x{e1[1] * e2[2] - e1[2] * e2[1], e1[2] * e2[0] - e1[0] * e2[2],
+                                      e1[0] * e2[1] - e1[1] * e2[0]};
+        const double len = std::sqrt(x[0] * x[0] + x[1] * x[1] + x[2] * x[2]);
+        out.area += len / 2;
+        const double turn = (x[0] * nsum[0] + x[1] * nsum[1] + x[2] * nsum[2]) < 0 ? -1 : 1;
+        out.turned += turn < 0;
+        double q[3];
+        for (int a = 0; a < 3; ++a) q[a] = p[0][a] - c[a];
+        // Tetrahedron of the triangle and the centre.
+        out.volume += turn * (q[0] * x[0] + q[1] * x[1] + q[2] * x[2]) / 6;
+    }
+    return out;
+}
+
+TEST(MarchingCubes, SphereHasTheRightAreaVolumeAndOutwardNormals) {
+    const double r = 1.6;
+    const CubeGrid g = field(40, 0.1, [](double x, double y, double z) { return std::exp(-std::sqrt(x * x + y * y + z * z)); });
+    const IsoMesh m = isosurface(g, static_cast<float>(std::exp(-r)));
+    ASSERT_GT(m.triangles(), 1000u);
+    ASSERT_EQ(m.normals.size(), m.vertices.size());
+    const Measure s = measure(m, r, {0, 0, 0});
+    EXPECT_LT(s.worst_radius, 0.01);
+    EXPECT_GT(s.worst_normal, 0.98);
+    // Counter-clockwise seen from outside, for a viewer that culls back faces.
+    EXPECT_EQ(s.turned, 0);
+    EXPECT_NEAR(s.area, 4 * M_PI * r * r, 0.02 * 4 * M_PI * r * r);
+    EXPECT_NEAR(s.volume, 4 * M_PI * r * r * r / 3, 0.01 * 4 * M_PI * r * r * r / 3);
+}
+
+TEST(MarchingCubes, TwoLobesOfOppositeSignEachGiveTheirOwnSurface) {
+    // A p orbital along z: two lobes, the upper positive.
+    const CubeGrid g = field(48, 0.15, [](double x, double y, double z) {
+        return z * std::exp(-std::sqrt(x * x + y * y + z * z));
+    });
+    const IsoMesh up = isosurface(g, 0.1f), down = isosurface(g, -0.1f);
+    ASSERT_GT(up.triangles(), 100u);
+    EXPECT_EQ(up.triangles(), down.triangles());
+    for (std::size_t v = 2; v < up.vertices.size(); v += 3) {
+        ASSERT_GT(up.vertices[v], 0.0f);
+        ASSERT_LT(down.vertices[v], 0.0f);
+    }
+    // The lobes' normals point away from their inside: on the top of the
+    // upper lobe upwards, on the bottom of the lower lobe downwards.
+    float top = 0, top_normal = 0, bottom = 0, bottom_normal = 0;
+    for (std::size_t v = 2; v < up.vertices.size(); v += 3)
+        if (up.vertices[v] > top) top = up.vertices[v], top_normal = up.normals[v];
+    for (std::size_t v = 2; v < down.vertices.size(); v += 3)
+        if (down.vertices[v] < bottom) bottom = down.vertices[v], bottom_normal = down.normals[v];
+    EXPECT_GT(top_normal, 0.9f);
+    EXPECT_LT(bottom_normal, -0.9f);
+}
+
+TEST(MarchingCubes, NothingToDrawGivesNoTriangles) {
+    const CubeGrid g = field(8, 0.5, [](double, double, double) { return 0.0; });
+    EXPECT_EQ(isosurface(g, 0.05f).triangles(), 0u);
+    CubeGrid broken = g;
+    broken.values.pop_back();
+    EXPECT_EQ(isosurface(broken, 0.05f).triangles(), 0u);
+}
+
+}  // namespace
+}  // namespace zentol
