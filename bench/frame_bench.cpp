@@ -8,6 +8,7 @@
 #include <QApplication>
 
 #include "bench_session.h"
+#include "gl_bench_main.h"
 #include "toolkit/qt/qt_renderer.h"
 #include "toolkit/qt/qt_toolkit.h"
 
@@ -104,14 +105,4 @@ BENCHMARK(BM_DragFrame2500Atoms)->Apply(frame_args);
 
 }  // namespace
 
-int main(int argc, char** argv) {
-    QApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    Bench b;
-    bench = &b;
-    benchmark::RunSpecifiedBenchmarks();
-    bench = nullptr;
-    benchmark::Shutdown();
-    return 0;
-}
+int main(int argc, char** argv) { return run_gl_benchmarks(argc, argv, bench); }

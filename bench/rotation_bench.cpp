@@ -13,6 +13,7 @@
 #include <QKeyEvent>
 
 #include "bench_session.h"
+#include "gl_bench_main.h"
 #include "display/view.h"
 #include "session/display_loop.h"
 #include "toolkit/qt/main_window.h"
@@ -99,14 +100,4 @@ BENCHMARK(BM_Rotate1000Atoms)->Apply(rotation_args);
 
 }  // namespace
 
-int main(int argc, char** argv) {
-    QApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    Bench b;
-    bench = &b;
-    benchmark::RunSpecifiedBenchmarks();
-    bench = nullptr;
-    benchmark::Shutdown();
-    return 0;
-}
+int main(int argc, char** argv) { return run_gl_benchmarks(argc, argv, bench); }
