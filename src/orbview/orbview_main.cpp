@@ -83,6 +83,12 @@ int benchmark(zentol::OrbviewWindow& window, int frames) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    // Help needs no display: answered before Qt looks for one.
+    for (int k = 1; k < argc; ++k)
+        if (std::string(argv[k]) == "--help" || std::string(argv[k]) == "-h") {
+            std::cout << kUsage;
+            return 0;
+        }
     QApplication app(argc, argv);
     Options o = parse(argc, argv);
     if (o.help) {
