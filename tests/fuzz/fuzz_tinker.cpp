@@ -27,7 +27,7 @@ void read_log(const std::vector<std::string>& lines, const Store& molecule) {
 
     const UndefScan scan = scan_undefined(lines);
     for (const UndefEntry& e : scan.entries) {
-        FUZZ_CHECK(e.kind >= 1 && e.kind <= 3);
+        FUZZ_CHECK(e.kind >= 1 && e.kind <= 4);   // plain, 4-, 5- or 3-membered ring
         (void)undefined_title(e);
         (void)undefined_description(molecule, e);
         (void)(e.section == UndefSection::Torsion ? torsion_key_line(e.kind, e.row) : opbend_key_line(e.row, 1.0));
