@@ -1,5 +1,7 @@
 #include "analysis/symmetry_ops.h"
 
+#include "analysis/jacobi.h"
+
 #include <algorithm>
 #include <cmath>
 #include <numbers>
@@ -55,28 +57,6 @@ Mat reflection(const Vec& normal) {
 Mat improper_rotation(const Vec& axis, double angle) { return multiply(reflection(axis), rotation(axis, angle)); }
 
 namespace {
-
-// One Jacobi rotation that zeroes a[p][q]; v collects the rotations.
-void jacobi_rotate(Mat& a, Mat& v, int p, int q) {
-    const double theta = (a[q][q] - a[p][p]) / (2 * a[p][q]);
-    const double t = (theta >= 0 ? 1.0 : -1.0) / (std::fabs(theta) + std::sqrt(theta * theta + 1));
-    const double c = 1 / std::sqrt(t * t + 1), s = t * c;
-    for (int k = 0; k < 3; ++k) {
-        const double kp = a[k][p], kq = a[k][q];
-        a[k][p] = c * kp - s * kq;
-        a[k][q] = s * kp + c * kq;
-    }
-    for (int k = 0; k < 3; ++k) {
-        const double pk = a[p][k], qk = a[q][k];
-        a[p][k] = c * pk - s * qk;
-        a[q][k] = s * pk + c * qk;
-    }
-    for (int k = 0; k < 3; ++k) {
-        const double kp = v[k][p], kq = v[k][q];
-        v[k][p] = c * kp - s * kq;
-        v[k][q] = s * kp + c * kq;
-    }
-}
 
 }  // namespace
 

@@ -1,8 +1,10 @@
 #include "engines/mode_loop.h"
 
+#include "building/build_mode.h"
 #include "display/view.h"
 #include "engines/runner.h"
 #include "session/display_loop.h"
+#include "session/jobs.h"
 #include "session/session.h"
 #include "session/store_ops.h"
 #include "toolkit/toolkit.h"
@@ -37,6 +39,16 @@ ModeNext engine_mode_loop(Session& s, const char* mode_name, int build_command,
         }
         drag_rotation(s, e);
     }
+}
+
+ModeNext visit_build(Session& s) {
+    s.flags.view_action = 10;
+    prepare_display(s);
+    save_and_reload(s);
+    build_mode(s);
+    if (s.build.close_requested) s.flags.quit_requested = true;
+    show_job_name(s);
+    return s.flags.quit_requested ? ModeNext::Leave : ModeNext::Rebuild;
 }
 
 }  // namespace zentol

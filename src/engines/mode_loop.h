@@ -16,4 +16,8 @@ enum class ModeNext { Stay, Leave, Rebuild };
 ModeNext engine_mode_loop(Session& s, const char* mode_name, int build_command,
                           const std::function<ModeNext(int)>& dispatch);
 
+// A visit to Build from a mode: the view pulled back and saved, Build run,
+// then back to the mode (rebuilt) or out when the window was closed there.
+ModeNext visit_build(Session& s);
+
 }  // namespace zentol

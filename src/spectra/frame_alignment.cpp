@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "analysis/jacobi.h"
+
 namespace zentol {
 
 namespace {
@@ -27,27 +29,8 @@ void jacobi(Matrix4& a, Matrix4& v) {
             for (int q = p + 1; q < 4; ++q) off += a[p][q] * a[p][q];
         if (off < 1e-24) return;
         for (int p = 0; p < 4; ++p)
-            for (int q = p + 1; q < 4; ++q) {
-                if (std::fabs(a[p][q]) < 1e-300) continue;
-                const double theta = (a[q][q] - a[p][p]) / (2 * a[p][q]);
-                const double t = (theta >= 0 ? 1.0 : -1.0) / (std::fabs(theta) + std::sqrt(theta * theta + 1));
-                const double c = 1 / std::sqrt(t * t + 1), s = t * c;
-                for (int k = 0; k < 4; ++k) {
-                    const double akp = a[k][p], akq = a[k][q];
-                    a[k][p] = c * akp - s * akq;
-                    a[k][q] = s * akp + c * akq;
-                }
-                for (int k = 0; k < 4; ++k) {
-                    const double apk = a[p][k], aqk = a[q][k];
-                    a[p][k] = c * apk - s * aqk;
-                    a[q][k] = s * apk + c * aqk;
-                }
-                for (int k = 0; k < 4; ++k) {
-                    const double vkp = v[k][p], vkq = v[k][q];
-                    v[k][p] = c * vkp - s * vkq;
-                    v[k][q] = s * vkp + c * vkq;
-                }
-            }
+            for (int q = p + 1; q < 4; ++q)
+                if (std::fabs(a[p][q]) >= 1e-300) jacobi_rotate(a, v, p, q);
     }
 }
 

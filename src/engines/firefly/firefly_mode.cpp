@@ -197,15 +197,6 @@ void edit_log(Session& s) {
     open_job_log(s, true, "");
 }
 
-Next go_to_build(Session& s) {
-    s.flags.view_action = 10;
-    prepare_display(s);
-    save_and_reload(s);
-    build_mode(s);
-    if (s.build.close_requested) s.flags.quit_requested = true;
-    return s.flags.quit_requested ? Next::Leave : Next::Rebuild;
-}
-
 Next dispatch(Session& s, int command) {
     switch (command) {
         case 1: return Next::Leave;
@@ -220,7 +211,7 @@ Next dispatch(Session& s, int command) {
         case 12: start_queue_runner(s, firefly_queue_file(s)); break;
         case 13: delete_queue(s); break;
         case 14: edit_queue(s); break;
-        case 15: return go_to_build(s);
+        case 15: return visit_build(s);
         case 16: plot_transmission(s, s.job.name, 2); break;
         case 17: read_modes(s, false); break;
         case 18: edit_log(s); break;

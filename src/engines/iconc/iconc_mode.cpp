@@ -109,22 +109,12 @@ void new_input(Session& s, IconcState& state) {
     prepare_iconc_input(s, state);
 }
 
-Next go_to_build(Session& s) {
-    s.flags.view_action = 10;
-    prepare_display(s);
-    save_and_reload(s);
-    build_mode(s);
-    if (s.build.close_requested) s.flags.quit_requested = true;
-    show_job_name(s);
-    return s.flags.quit_requested ? Next::Leave : Next::Rebuild;
-}
-
 Next dispatch(Session& s, IconcState& state, int command) {
     switch (command) {
         case 1: return Next::Leave;
         case 6: run_command(s, state); break;
         case 9: open_command_window(s, state.programs.data_dir); break;
-        case 13: return go_to_build(s);
+        case 13: return visit_build(s);
         case 23: new_input(s, state); break;
         default: break;
     }
