@@ -57,3 +57,22 @@ inline unsigned input_hash(const std::uint8_t* data, std::size_t size) {
 }  // namespace zentol::fuzz
 
 #define FUZZ_CHECK(cond) ((cond) ? (void)0 : ::zentol::fuzz::fail(#cond, __FILE__, __LINE__))
+
+namespace zentol::fuzz {
+
+// The neighbour table as the rest of the program relies on it: neighbours
+// within the molecule and each atom's count matching its filled slots.
+inline void check_neighbours(const Store& st) {
+    FUZZ_CHECK(st.natoms >= 0 && st.natoms <= kMaxAtoms);
+    for (int i = 1; i <= st.natoms; ++i) {
+        int count = 0;
+        for (int slot = 1; slot <= kMaxNeighbours; ++slot) {
+            const int j = st.nbr(i, slot);
+            FUZZ_CHECK(j >= 0 && j <= st.natoms);
+            count += j > 0;
+        }
+        FUZZ_CHECK(st.conn_count(i) == count);
+    }
+}
+
+}  // namespace zentol::fuzz

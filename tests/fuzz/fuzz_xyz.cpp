@@ -14,16 +14,7 @@ using namespace zentol;
 namespace {
 
 void check_molecule(const Store& st) {
-    FUZZ_CHECK(st.natoms >= 0 && st.natoms <= kMaxAtoms);
-    for (int i = 1; i <= st.natoms; ++i) {
-        int count = 0;
-        for (int slot = 1; slot <= kMaxNeighbours; ++slot) {
-            const int j = st.nbr(i, slot);
-            FUZZ_CHECK(j >= 0 && j <= st.natoms);
-            count += j > 0;
-        }
-        FUZZ_CHECK(st.conn_count(i) == count);
-    }
+    fuzz::check_neighbours(st);
     FUZZ_CHECK(st.nbonds >= 0 && st.nbonds <= kMaxBonds);
     for (int b = 1; b <= st.nbonds; ++b) {
         FUZZ_CHECK(st.bond_a[b] >= 1 && st.bond_a[b] < st.bond_b[b]);
