@@ -35,7 +35,7 @@ constexpr unsigned kSamplesPassed = 0x8914;               // desktop GL occlusio
 constexpr int kWidth = 800, kHeight = 600;
 
 struct Counts {
-    double shaded = 0, passed = 0, covered = 0;
+    double shaded = 0, passed = 0, covered = 0, spheres = 0, sticks = 0;
 };
 
 struct Bench {
@@ -97,6 +97,8 @@ struct Bench {
         }
         gl->glGetQueryObjectuiv(queries[1], GL_QUERY_RESULT, &value);
         c.passed = value;
+        c.spheres = painter.spheres_drawn();
+        c.sticks = painter.sticks_drawn();
         gl->glReadPixels(0, 0, kWidth, kHeight, GL_DEPTH_COMPONENT, GL_FLOAT, depth.data());
         for (float d : depth) c.covered += d < 1.0f;
         return c;
@@ -112,11 +114,15 @@ struct Bench {
             sum.shaded += c.shaded;
             sum.passed += c.passed;
             sum.covered += c.covered;
+            sum.spheres += c.spheres;
+            sum.sticks += c.sticks;
             ++frames;
         }
         s.flags.view_action = 0;
         const double n = frames > 0 ? frames : 1;
         state.counters["covered_px"] = sum.covered / n;
+        state.counters["spheres_drawn"] = sum.spheres / n;
+        state.counters["sticks_drawn"] = sum.sticks / n;
         state.counters["passed_per_px"] = sum.covered > 0 ? sum.passed / sum.covered : 0;
         if (statistics) {
             state.counters["shaded"] = sum.shaded / n;
@@ -138,6 +144,23 @@ void BM_Fragments2500AtomsBondsOnly(benchmark::State& state) {
     bench->run(state);
 }
 
+// The largest atoms the Setup dialog offers: spheres that overlap, and
+// front ones that hide most of those behind.
+void BM_Fragments2500LargeAtoms(benchmark::State& state) {
+    show_comb(bench->s, 2500);
+    bench->s.opt.atom_size = 1.0f;
+    bench->run(state);
+    bench->s.opt.atom_size = Options().atom_size;
+}
+
+// The same with every sphere drawn, hidden or not: what leaving out the
+// hidden ones saves.
+void BM_Fragments2500LargeAtomsAllDrawn(benchmark::State& state) {
+    bench->painter.set_culling(false);
+    BM_Fragments2500LargeAtoms(state);
+    bench->painter.set_culling(true);
+}
+
 void BM_Fragments1000Atoms(benchmark::State& state) {
     show_comb(bench->s, 1000);
     bench->run(state);
@@ -155,6 +178,8 @@ void fragment_args(benchmark::internal::Benchmark* b) { b->Unit(benchmark::kMill
 
 BENCHMARK(BM_Fragments2500Atoms)->Apply(fragment_args);
 BENCHMARK(BM_Fragments2500AtomsBondsOnly)->Apply(fragment_args);
+BENCHMARK(BM_Fragments2500LargeAtoms)->Apply(fragment_args);
+BENCHMARK(BM_Fragments2500LargeAtomsAllDrawn)->Apply(fragment_args);
 BENCHMARK(BM_Fragments1000Atoms)->Apply(fragment_args);
 BENCHMARK(BM_FragmentsDrag2500Atoms)->Apply(fragment_args);
 

@@ -112,32 +112,26 @@ float SphereIndex::radius_at(float x, float y, float z) const {
     return s.stamp == stamp_ ? s.radius : 0.0f;
 }
 
-SceneBatches::SceneBatches() {
-    const std::size_t spheres = kAtomRows, sticks = 2 * kMaxBonds;
-    spheres_.resize(spheres * kSphereCorners * kSphereFloats);
-    sticks_.resize(sticks * kQuadCorners * kStickFloats);
-    stick_first_.resize(sticks);
-    stick_joined_.resize(sticks);
-    stick_trim_.resize(2 * sticks);
-    keys_.resize(std::max(spheres, sticks));
-    sphere_order_.reserve(spheres);
-    stick_order_.reserve(sticks);
+SceneBatches::SceneBatches() = default;
+
+void SceneBatches::build(const Scene& scene, const Matrix4& view, const ScreenCamera* camera) {
+    if (camera) hidden_.start(*camera);
+    build_spheres(scene, view, camera != nullptr);
+    build_sticks(scene, view, camera != nullptr);
 }
 
-void SceneBatches::build(const Scene& scene, const Matrix4& view) {
-    build_spheres(scene, view);
-    build_sticks(scene, view);
-}
-
-void SceneBatches::build_spheres(const Scene& scene, const Matrix4& view) {
+void SceneBatches::build_spheres(const Scene& scene, const Matrix4& view, bool cull) {
     const int n = static_cast<int>(scene.spheres.size());
-    sphere_count_ = n;
     float* key = room(keys_, static_cast<std::size_t>(n));
+    float* eye = room(eye_, 3 * static_cast<std::size_t>(n));
     bool opaque = true;
     atoms_.clear();
     for (int i = 0; i < n; ++i) {
         const SceneSphere& s = scene.spheres[static_cast<std::size_t>(i)];
-        const float z = static_cast<float>(view[2] * s.x + view[6] * s.y + view[10] * s.z + view[14]);
+        float* e = eye + 3 * i;
+        for (int row = 0; row < 3; ++row)
+            e[row] = static_cast<float>(view[row] * s.x + view[4 + row] * s.y + view[8 + row] * s.z + view[12 + row]);
+        const float z = e[2];
         key[i] = z + s.radius;
         opaque = opaque && s.alpha >= 1.0f;
         // A sphere the near or far plane cuts open hides nothing inside.
@@ -148,12 +142,20 @@ void SceneBatches::build_spheres(const Scene& scene, const Matrix4& view) {
     else sphere_order_.identity(n);
 
     float* out = room(spheres_, static_cast<std::size_t>(n) * kSphereCorners * kSphereFloats);
+    int drawn = 0;
     for (int k = 0; k < n; ++k) {
-        const SceneSphere& s = scene.spheres[sphere_order_.order()[static_cast<std::size_t>(k)]];
+        const std::uint32_t at = sphere_order_.order()[static_cast<std::size_t>(k)];
+        const SceneSphere& s = scene.spheres[at];
+        if (cull) {
+            if (hidden_.sphere_hidden(eye + 3 * at, s.radius)) continue;
+            if (s.alpha >= 1.0f) hidden_.add_sphere(eye + 3 * at, s.radius);
+        }
         const auto c = scene.rgb(s.colour);
         const float v[kSphereFloats] = {s.x, s.y, s.z, s.radius, c[0], c[1], c[2], s.alpha};
-        put_quad(out + static_cast<std::size_t>(k) * kSphereCorners * kSphereFloats, v, kSphereFloats, kSphereCorners);
+        put_quad(out + static_cast<std::size_t>(drawn++) * kSphereCorners * kSphereFloats, v, kSphereFloats,
+                 kSphereCorners);
     }
+    sphere_count_ = drawn;
 }
 
 // The fraction of a stick of this length that lies inside the opaque sphere
@@ -166,15 +168,17 @@ float SceneBatches::hidden_fraction(float x, float y, float z, float length, flo
     return 0.999f * std::sqrt(sphere * sphere - stick_radius * stick_radius) / length;
 }
 
-void SceneBatches::build_sticks(const Scene& scene, const Matrix4& view) {
+void SceneBatches::build_sticks(const Scene& scene, const Matrix4& view, bool cull) {
     const auto& in = scene.sticks;
     const std::size_t total = in.size();
     std::uint32_t* first = room(stick_first_, total);
     std::uint8_t* joined = room(stick_joined_, total);
     float* trim = room(stick_trim_, 2 * total);
     float* key = room(keys_, total);
-    auto eye_z = [&view](float x, float y, float z) {
-        return static_cast<float>(view[2] * x + view[6] * y + view[10] * z + view[14]);
+    float* ends = room(eye_, 6 * total);
+    auto to_eye = [&view](float x, float y, float z, float* e) {
+        for (int row = 0; row < 3; ++row)
+            e[row] = static_cast<float>(view[row] * x + view[4 + row] * y + view[8 + row] * z + view[12 + row]);
     };
     int n = 0;
     bool opaque = true;
@@ -187,11 +191,23 @@ void SceneBatches::build_sticks(const Scene& scene, const Matrix4& view) {
         const float from = hidden_fraction(a.x0, a.y0, a.z0, length, scene.stick_radius);
         const float to = hidden_fraction(b.x1, b.y1, b.z1, length, scene.stick_radius);
         if (from + to >= 1) continue;   // within its atoms' spheres: nothing of it shows
+        float* e = ends + 6 * n;
+        to_eye(a.x0, a.y0, a.z0, e);
+        to_eye(b.x1, b.y1, b.z1, e + 3);
+        if (cull) {
+            // The part that can show, from `from` to `to` of its length.
+            float shown[6];
+            for (int row = 0; row < 3; ++row) {
+                shown[row] = e[row] + from * (e[3 + row] - e[row]);
+                shown[3 + row] = e[3 + row] + to * (e[row] - e[3 + row]);
+            }
+            if (hidden_.stick_hidden(shown, shown + 3, scene.stick_radius)) continue;
+        }
         first[n] = static_cast<std::uint32_t>(&a - in.data());
         joined[n] = join;
         trim[2 * n] = from;
         trim[2 * n + 1] = to;
-        key[n] = std::max(eye_z(a.x0, a.y0, a.z0), eye_z(b.x1, b.y1, b.z1));
+        key[n] = std::max(e[2], e[5]);
         opaque = opaque && a.alpha >= 1.0f;
         ++n;
     }

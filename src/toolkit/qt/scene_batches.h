@@ -2,8 +2,8 @@
 // OpenGL: every primitive is one screen triangle (a sphere) or quad (a
 // stick) whose vertices each carry the whole primitive: one plain draw a
 // kind, which a software rasteriser runs in large batches where instancing
-// would run it primitive by primitive. The arrays are sized once for the
-// largest molecule and refilled in place every frame.
+// would run it primitive by primitive. The arrays grow to the largest
+// frame drawn and are refilled in place every frame.
 //
 // Two sticks that continue each other (the halves of a bond, split at its
 // midpoint) become one stick coloured by halves: the union of two capped
@@ -13,12 +13,15 @@
 // part inside the opaque sphere of an atom it starts from is hidden by that
 // sphere anyway (a stick wholly inside is left out). Opaque primitives go
 // front to back, so that a GL that tests depth before shading skips what
-// lies behind.
+// lies behind; given the camera, what lies wholly behind the opaque spheres
+// in front of it, or outside the picture, is left out altogether (see
+// occlusion.h), so that not even its outline is rasterised.
 #pragma once
 
 #include <cstdint>
 #include <vector>
 
+#include "display/occlusion.h"
 #include "display/projection.h"
 
 namespace zentol {
@@ -83,8 +86,9 @@ public:
     SceneBatches();
 
     // Refills the vertex arrays from the scene; view is the camera's
-    // look-at matrix (what is nearer is decided in its eye space).
-    void build(const Scene& scene, const Matrix4& view);
+    // look-at matrix (what is nearer is decided in its eye space). With the
+    // picture's camera, hidden primitives are left out.
+    void build(const Scene& scene, const Matrix4& view, const ScreenCamera* camera = nullptr);
 
     const std::vector<float>& sphere_vertices() const { return spheres_; }
     const std::vector<float>& stick_vertices() const { return sticks_; }
@@ -95,17 +99,19 @@ public:
     bool sticks_opaque() const { return sticks_opaque_; }
 
 private:
-    void build_spheres(const Scene& scene, const Matrix4& view);
-    void build_sticks(const Scene& scene, const Matrix4& view);
+    void build_spheres(const Scene& scene, const Matrix4& view, bool cull);
+    void build_sticks(const Scene& scene, const Matrix4& view, bool cull);
     float hidden_fraction(float x, float y, float z, float length, float stick_radius) const;
 
-    // Per-frame scratch, sized once: first stick of each drawn stick,
+    // Per-frame scratch, grown as needed: first stick of each drawn stick,
     // whether the next one was joined to it, the hidden fractions at its
     // ends; depth keys.
     std::vector<std::uint32_t> stick_first_;
     std::vector<std::uint8_t> stick_joined_;
     std::vector<float> stick_trim_;
     std::vector<float> keys_;
+    std::vector<float> eye_;   // eye-space centres of the spheres, or ends of the sticks
+    OcclusionGrid hidden_;
     DepthOrder sphere_order_, stick_order_;
     SphereIndex atoms_;
 

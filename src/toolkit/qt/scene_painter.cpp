@@ -76,7 +76,12 @@ std::vector<unsigned char> half_level(const std::vector<unsigned char>& in, int 
 }  // namespace
 
 ScenePainter::ScenePainter()
-    : circle_vertices_(std::size_t(kMaxCircles) * kQuadCorners * kCircleFloats) {}
+    : circle_vertices_(std::size_t(kMaxCircles) * kQuadCorners * kCircleFloats) {
+    // Clip z of an eye z, the same for every aspect.
+    const Matrix4 projection = perspective_matrix(1.0);
+    depth_[0] = static_cast<float>(projection[10]);
+    depth_[1] = static_cast<float>(projection[14]);
+}
 
 ScenePainter::~ScenePainter() = default;
 
@@ -195,44 +200,30 @@ bool ScenePainter::initialize() {
     conservative_depth_ = context && context->hasExtension("GL_ARB_conservative_depth");
     if (!build_programs()) return false;
 
-    // Two triangles a quad over its four vertices, for as many quads as the
-    // largest kind draws.
-    const std::size_t quads = std::max({std::size_t(kAtomRows) * kMaxLabelChars, std::size_t(2 * kMaxBonds)});
-    std::vector<std::uint32_t> indices(quads * 6);
-    for (std::size_t q = 0; q < quads; ++q) {
-        const auto v = static_cast<std::uint32_t>(q * kQuadCorners);
-        const std::uint32_t six[6] = {v, v + 1, v + 2, v + 2, v + 1, v + 3};
-        std::copy(six, six + 6, indices.begin() + static_cast<std::ptrdiff_t>(q * 6));
-    }
+    // The buffers start empty and grow to the largest frame drawn: a GL
+    // fills a new buffer with zeros, and megabytes of that would be most
+    // of a small molecule's start-up.
     glGenBuffers(1, &corners_);
-    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, corners_);
-    glBufferData(GL_ELEMENT_ARRAY_BUFFER, static_cast<GLsizeiptr>(indices.size() * sizeof(std::uint32_t)),
-                 indices.data(), GL_STATIC_DRAW);
-
     spheres_.corners = 3;
-    make_vertex_array(spheres_, kAtomRows, {4, 4});
-    make_vertex_array(sticks_, 2 * kMaxBonds, {3, 3, 4, 3, 2});
-    make_vertex_array(text_, std::size_t(kAtomRows) * kMaxLabelChars, {3, 4, 4});
-    make_vertex_array(circles_, kMaxCircles, {4, 3});
-    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
+    make_vertex_array(spheres_, {4, 4});
+    make_vertex_array(sticks_, {3, 3, 4, 3, 2});
+    make_vertex_array(text_, {3, 4, 4});
+    make_vertex_array(circles_, {4, 3});
     build_atlas();
     ready_ = true;
     return true;
 }
 
-// The vertex array of a kind over a buffer for this many primitives,
-// allocated once; each vertex holds the attributes of the given sizes, one
-// after the other, from location 0.
-void ScenePainter::make_vertex_array(Kind& kind, std::size_t primitives, std::initializer_list<int> sizes) {
+// The vertex array of a kind over its buffer; each vertex holds the
+// attributes of the given sizes, one after the other, from location 0.
+void ScenePainter::make_vertex_array(Kind& kind, std::initializer_list<int> sizes) {
     int stride = 0;
     for (int s : sizes) stride += s;
-    kind.capacity = primitives * static_cast<std::size_t>(kind.corners * stride);
     glGenVertexArrays(1, &kind.vao);
     glBindVertexArray(kind.vao);
     glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, corners_);
     glGenBuffers(1, &kind.buffer);
     glBindBuffer(GL_ARRAY_BUFFER, kind.buffer);
-    glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(kind.capacity * sizeof(float)), nullptr, GL_DYNAMIC_DRAW);
     int offset = 0, location = 0;
     for (int s : sizes) {
         glEnableVertexAttribArray(location);
@@ -243,6 +234,36 @@ void ScenePainter::make_vertex_array(Kind& kind, std::size_t primitives, std::in
     }
     glBindVertexArray(0);
     glBindBuffer(GL_ARRAY_BUFFER, 0);
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, 0);
+}
+
+// Room for this many floats in the kind's buffer: it only grows, to twice
+// what it held or more, so a molecule growing atom by atom does not make
+// a new buffer every frame.
+void ScenePainter::reserve(Kind& kind, std::size_t floats) {
+    if (floats <= kind.capacity) return;
+    kind.capacity = std::max(floats, 2 * kind.capacity);
+    glBindBuffer(GL_ARRAY_BUFFER, kind.buffer);
+    glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(kind.capacity * sizeof(float)), nullptr, GL_DYNAMIC_DRAW);
+    glBindBuffer(GL_ARRAY_BUFFER, 0);
+}
+
+// Two triangles a quad over its four vertices, for at least this many quads.
+void ScenePainter::reserve_quads(std::size_t quads) {
+    if (quads <= quads_) return;
+    quads_ = std::max(quads, 2 * quads_);
+    std::vector<std::uint32_t> indices(quads_ * 6);
+    for (std::size_t q = 0; q < quads_; ++q) {
+        const auto v = static_cast<std::uint32_t>(q * kQuadCorners);
+        const std::uint32_t six[6] = {v, v + 1, v + 2, v + 2, v + 1, v + 3};
+        std::copy(six, six + 6, indices.begin() + static_cast<std::ptrdiff_t>(q * 6));
+    }
+    // Every vertex array draws through this one buffer; filled through a
+    // binding that is no vertex array's state.
+    glBindBuffer(GL_COPY_WRITE_BUFFER, corners_);
+    glBufferData(GL_COPY_WRITE_BUFFER, static_cast<GLsizeiptr>(indices.size() * sizeof(std::uint32_t)),
+                 indices.data(), GL_STATIC_DRAW);
+    glBindBuffer(GL_COPY_WRITE_BUFFER, 0);
 }
 
 void ScenePainter::release() {
@@ -252,40 +273,50 @@ void ScenePainter::release() {
         glDeleteBuffers(1, &k->buffer);
         k->program.reset();
         k->vao = k->buffer = 0;
+        k->capacity = 0;
     }
+    quads_ = 0;
     glDeleteBuffers(1, &corners_);
     glDeleteTextures(1, &atlas_);
     ready_ = false;
 }
 
-// Binds the kind's program and sets the camera for a frame of this size.
-void ScenePainter::use(Kind& kind, int width, int height, const Tile* tile) {
+// Where the camera puts eye-space rays in a frame of this size, or in this
+// tile of a larger picture.
+ScreenCamera ScenePainter::camera_for(int width, int height, const Tile* tile) {
     // The aspect of the whole picture (of all its tiles), so spheres stay round.
     const bool tiled = tile && tile->full_width > 0 && tile->full_height > 0;
     const int full_w = tiled ? tile->full_width : width, full_h = tiled ? tile->full_height : height;
     const Matrix4 projection = perspective_matrix(static_cast<double>(std::max(full_w, 1)) / std::max(full_h, 1));
+    ScreenCamera c;
+    c.width = std::max(width, 1);
+    c.height = std::max(height, 1);
+    c.kx = static_cast<float>(projection[0]);
+    c.ky = static_cast<float>(projection[5]);
+    if (tiled) {
+        // ndc of the tile = s (ndc of the frame + 1) - 2 tile origin / tile size - 1
+        const float sx = float(tile->full_width) / c.width, sy = float(tile->full_height) / c.height;
+        c.kx *= sx;
+        c.ky *= sy;
+        c.ox = sx - 1 - 2.0f * tile->x / c.width;
+        c.oy = sy - 1 - 2.0f * tile->y / c.height;
+    }
+    return c;
+}
+
+// Binds the kind's program and sets the camera.
+void ScenePainter::use(Kind& kind, const ScreenCamera& c) {
     const Matrix4 look = look_at_matrix();
     float view[16];
     for (int k = 0; k < 16; ++k) view[k] = static_cast<float>(look[k]);
-    float kx = static_cast<float>(projection[0]), ky = static_cast<float>(projection[5]);
-    float ox = 0, oy = 0;
-    if (tile && tile->full_width > 0 && tile->full_height > 0) {
-        // ndc of the tile = s (ndc of the frame + 1) - 2 tile origin / tile size - 1
-        const float sx = float(tile->full_width) / std::max(width, 1);
-        const float sy = float(tile->full_height) / std::max(height, 1);
-        kx *= sx;
-        ky *= sy;
-        ox = sx - 1 - 2.0f * tile->x / std::max(width, 1);
-        oy = sy - 1 - 2.0f * tile->y / std::max(height, 1);
-    }
     kind.program->bind();
     glUniformMatrix4fv(kind.view, 1, GL_FALSE, view);
-    glUniform4f(kind.proj, kx, ky, ox, oy);
-    glUniform2f(kind.depth, static_cast<float>(projection[10]), static_cast<float>(projection[14]));
-    const float w = float(std::max(width, 1)), h = float(std::max(height, 1));
+    glUniform4f(kind.proj, c.kx, c.ky, c.ox, c.oy);
+    glUniform2f(kind.depth, depth_[0], depth_[1]);
+    const float w = float(c.width), h = float(c.height);
     glUniform2f(kind.pixels, w, h);
     // ndc = 2 pixel / size - 1 = proj.xy t + proj.zw, solved for t.
-    glUniform4f(kind.ray, 2.0f / (w * kx), 2.0f / (h * ky), (-1.0f - ox) / kx, (-1.0f - oy) / ky);
+    glUniform4f(kind.ray, 2.0f / (w * c.kx), 2.0f / (h * c.ky), (-1.0f - c.ox) / c.kx, (-1.0f - c.oy) / c.ky);
 }
 
 // Puts the vertices of this many primitives into the kind's buffer, in
@@ -293,9 +324,11 @@ void ScenePainter::use(Kind& kind, int width, int height, const Tile* tile) {
 // four as two triangles through the element buffer.
 void ScenePainter::draw(Kind& kind, const std::vector<float>& vertices, int primitives, int floats_a_primitive) {
     const std::size_t each = static_cast<std::size_t>(floats_a_primitive);
-    const std::size_t floats = std::min(static_cast<std::size_t>(primitives) * each, kind.capacity);
+    const std::size_t floats = std::min(static_cast<std::size_t>(std::max(primitives, 0)) * each, vertices.size());
     primitives = static_cast<int>(floats / each);
     if (primitives <= 0) return;
+    reserve(kind, floats);
+    if (kind.corners != 3) reserve_quads(static_cast<std::size_t>(primitives));
     glBindBuffer(GL_ARRAY_BUFFER, kind.buffer);
     glBufferSubData(GL_ARRAY_BUFFER, 0, static_cast<GLsizeiptr>(floats * sizeof(float)), vertices.data());
     glBindBuffer(GL_ARRAY_BUFFER, 0);
@@ -305,12 +338,13 @@ void ScenePainter::draw(Kind& kind, const std::vector<float>& vertices, int prim
     glBindVertexArray(0);
 }
 
-void ScenePainter::draw_labels(const Scene& scene, int width, int height, const Tile* tile) {
+void ScenePainter::draw_labels(const Scene& scene, const ScreenCamera& camera) {
     if (scene.labels.empty()) return;
-    // Sized at the first labels (a few megabytes that most sessions never use).
-    if (glyph_vertices_.empty())
-        glyph_vertices_.resize(std::size_t(kAtomRows) * kMaxLabelChars * kQuadCorners * kGlyphFloats);
-    const std::size_t most = glyph_vertices_.size() / (kQuadCorners * kGlyphFloats);
+    // Grown to the most labels drawn yet.
+    std::size_t most = 0;
+    for (const SceneLabel& l : scene.labels) most += static_cast<std::size_t>(std::clamp(l.length, 0, kMaxLabelChars));
+    if (glyph_vertices_.size() < most * kQuadCorners * kGlyphFloats)
+        glyph_vertices_.resize(most * kQuadCorners * kGlyphFloats);
     std::size_t n = 0;
     for (const SceneLabel& l : scene.labels) {
         float pen = 0;
@@ -329,7 +363,7 @@ void ScenePainter::draw_labels(const Scene& scene, int width, int height, const 
         }
     }
     if (n == 0) return;
-    use(text_, width, height, tile);
+    use(text_, camera);
     glUniform1f(text_scale_, scene.label_scale);
     // Text is lit too: its faces look at the viewer, with no highlight.
     const float lit = std::min(1.0f, 0.3f + 0.57735027f);
@@ -343,7 +377,7 @@ void ScenePainter::draw_labels(const Scene& scene, int width, int height, const 
     glBindTexture(GL_TEXTURE_2D, 0);
 }
 
-void ScenePainter::draw_circles(const Scene& scene, int width, int height) {
+void ScenePainter::draw_circles(const Scene& scene, const ScreenCamera& camera) {
     const int n = static_cast<int>(std::min<std::size_t>(scene.circles.size(), kMaxCircles));
     if (n == 0) return;
     for (int k = 0; k < n; ++k) {
@@ -353,7 +387,7 @@ void ScenePainter::draw_circles(const Scene& scene, int width, int height) {
         for (int corner = 0; corner < kQuadCorners; ++corner)
             std::copy(v, v + kCircleFloats, out + corner * kCircleFloats);
     }
-    use(circles_, width, height, nullptr);
+    use(circles_, camera);
     glDisable(GL_DEPTH_TEST);
     draw(circles_, circle_vertices_, n, kQuadCorners * kCircleFloats);
 }
@@ -380,22 +414,23 @@ void ScenePainter::paint(const Scene& scene, int width, int height, const Tile* 
     glBlendFuncSeparate(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA, GL_ZERO, GL_ONE);
     auto blend = [this](bool on) { on ? glEnable(GL_BLEND) : glDisable(GL_BLEND); };
     glDisable(GL_CULL_FACE);
-    batches_.build(scene, look_at_matrix());
+    const ScreenCamera camera = camera_for(width, height, tile);
+    batches_.build(scene, look_at_matrix(), culling_ ? &camera : nullptr);
     if (batches_.sphere_count() > 0) {
-        use(spheres_, width, height, tile);
+        use(spheres_, camera);
         blend(!batches_.spheres_opaque());
         draw(spheres_, batches_.sphere_vertices(), batches_.sphere_count(), kSphereCorners * kSphereFloats);
     }
     if (batches_.stick_count() > 0 && scene.stick_radius > 0) {
-        use(sticks_, width, height, tile);
+        use(sticks_, camera);
         blend(!batches_.sticks_opaque());
         glUniform1f(stick_radius_, scene.stick_radius);
         draw(sticks_, batches_.stick_vertices(), batches_.stick_count(), kQuadCorners * kStickFloats);
     }
     blend(true);
-    draw_labels(scene, width, height, tile);
+    draw_labels(scene, camera);
     // Pick feedback belongs to the window, not to a hard copy.
-    if (!tile) draw_circles(scene, width, height);
+    if (!tile) draw_circles(scene, camera);
     glUseProgram(0);   // leaves no program bound for whoever draws next
     glDisable(GL_BLEND);
     glDisable(GL_DEPTH_TEST);

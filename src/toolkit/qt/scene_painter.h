@@ -6,8 +6,8 @@
 // tessellated mesh; text is drawn as textured quads from a glyph atlas,
 // standing in the model's xy plane.
 //
-// Nothing is allocated per frame: the vertex arrays and the GL buffers are
-// sized once for the largest molecule and refilled in place (see
+// Nothing is allocated per frame: the vertex arrays and the GL buffers grow
+// to the largest frame drawn and are refilled in place (see
 // scene_batches.h for why every vertex carries its whole primitive and
 // there is no instancing). Where the GL has conservative depth, a
 // primitive's triangles lie at its nearest depth, so that the primitives,
@@ -65,6 +65,13 @@ public:
     // glFinish: for timing and before reading pixels.
     void finish() { glFinish(); }
 
+    // Whether primitives wholly hidden behind opaque spheres or outside the
+    // picture are left undrawn (on unless a test compares).
+    void set_culling(bool on) { culling_ = on; }
+    // Spheres and sticks the last frame drew.
+    int spheres_drawn() const { return batches_.sphere_count(); }
+    int sticks_drawn() const { return batches_.stick_count(); }
+
 private:
     struct Glyph {
         float x, y, w, h;           // box relative to the pen, em units, y up
@@ -84,22 +91,28 @@ private:
 
     bool build_programs();
     void build_atlas();
-    void make_vertex_array(Kind& kind, std::size_t primitives, std::initializer_list<int> sizes);
-    void use(Kind& kind, int width, int height, const Tile* tile);
+    void make_vertex_array(Kind& kind, std::initializer_list<int> sizes);
+    void reserve(Kind& kind, std::size_t floats);
+    void reserve_quads(std::size_t quads);
+    static ScreenCamera camera_for(int width, int height, const Tile* tile);
+    void use(Kind& kind, const ScreenCamera& camera);
     void draw(Kind& kind, const std::vector<float>& vertices, int primitives, int floats_a_primitive);
-    void draw_labels(const Scene& scene, int width, int height, const Tile* tile);
-    void draw_circles(const Scene& scene, int width, int height);
+    void draw_labels(const Scene& scene, const ScreenCamera& camera);
+    void draw_circles(const Scene& scene, const ScreenCamera& camera);
 
     bool ready_ = false;
     QString error_;
     bool conservative_depth_ = false;
+    bool culling_ = true;
+    float depth_[2] = {0, 0};
     Kind spheres_, sticks_, text_, circles_;
     int stick_radius_ = -1, text_scale_ = -1, text_colour_ = -1, text_atlas_ = -1;
     unsigned corners_ = 0;                                // element buffer: two triangles a quad
+    std::size_t quads_ = 0;                               // quads it holds
     unsigned atlas_ = 0;
     Glyph glyphs_[96] = {};                               // ASCII 32..126, index c - 32
     SceneBatches batches_;
-    std::vector<float> glyph_vertices_, circle_vertices_; // each sized once
+    std::vector<float> glyph_vertices_, circle_vertices_; // grown as needed, sized once
 };
 
 }  // namespace zentol

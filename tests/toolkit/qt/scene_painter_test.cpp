@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <memory>
+#include <random>
 #include <vector>
 
 #include <QImage>
@@ -174,6 +175,41 @@ TEST_F(ScenePainterTest, SticksOutOfTheirAtomsLookTheSameWhetherDrawnWholeOrNot)
                       std::abs(qBlue(a) - qBlue(b)) > 3;
         }
     EXPECT_LE(differ, 3);
+}
+
+// A crowd of large overlapping atoms with their bonds, seen from three
+// sides: leaving out what the front atoms hide (much of the crowd) and what
+// lies outside the picture changes not one pixel.
+TEST_F(ScenePainterTest, LeavingOutWhatIsHiddenChangesNoPixel) {
+    scene.palette[7] = {0, 1, 0};
+    scene.stick_radius = 0.03f;
+    std::mt19937 rng(11);
+    std::uniform_real_distribution<float> pos(-0.6f, 0.6f), size(0.12f, 0.25f);
+    std::vector<SceneSphere> crowd;
+    for (int k = 0; k < 300; ++k) {
+        // One in ten well outside the picture.
+        crowd.push_back({pos(rng) + (k % 10 == 0 ? 3.0f : 0.0f), pos(rng), pos(rng), size(rng), k % 2 ? 3 : 5, 1});
+    }
+    for (const double turn : {0.0, 2.1, 4.2}) {
+        const float c = static_cast<float>(std::cos(turn)), s = static_cast<float>(std::sin(turn));
+        scene.spheres.clear();
+        scene.sticks.clear();
+        for (const SceneSphere& a : crowd) {
+            scene.spheres.push_back({c * a.x + s * a.z, a.y, c * a.z - s * a.x, a.radius, a.colour, 1});
+            if (scene.spheres.size() < 2) continue;
+            const SceneSphere& p = scene.spheres[scene.spheres.size() - 2];
+            const SceneSphere& q = scene.spheres.back();
+            scene.sticks.push_back({p.x, p.y, p.z, q.x, q.y, q.z, 7, 1});
+        }
+        painter.set_culling(false);
+        covered();
+        const QImage all = fbo->toImage();
+        painter.set_culling(true);
+        covered();
+        EXPECT_LT(painter.spheres_drawn(), 180) << turn;
+        EXPECT_LT(painter.sticks_drawn(), 200) << turn;
+        EXPECT_TRUE(all == fbo->toImage()) << turn;
+    }
 }
 
 }  // namespace
