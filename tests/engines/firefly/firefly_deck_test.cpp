@@ -98,7 +98,7 @@ TEST(FireflyDeck, OptionalGroupsStandWhereTheyBelong) {
               " $ELDENS IEDEN=1 spind=.t. diffd=.t. skiphf=.f. derivs(1)=0,1,2 $END");
 }
 
-TEST(FireflyDeck, AtomsFreezeAndPlotFile) {
+TEST(FireflyDeck, AtomsAndFreeze) {
     TestSession t;
     Store& st = t.s.store;
     two_carbons(st, 1.54f);
@@ -111,7 +111,6 @@ TEST(FireflyDeck, AtomsFreezeAndPlotFile) {
     EXPECT_EQ(freeze_coordinate(" $STATPT OPTTOL=0.00010 NSTEP= 500 $END", 6),
               " $STATPT OPTTOL=0.00010 NSTEP= 500 IFREEZ(1)=   6 $END");
     EXPECT_EQ(statpt_record_index(firefly_header(defaults(), "j", 3)), 4);
-    EXPECT_EQ(firefly_kew(13, 12, 64), std::vector<std::string>{"          13          12          64"});
 }
 
 // The open-source MOPAC's table (INT), atom 1 right below the header.

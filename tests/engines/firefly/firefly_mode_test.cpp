@@ -177,30 +177,29 @@ TEST(FireflyMode, RefusalsLeaveTheOlderDeck) {
 }
 
 TEST(FireflyMode, RamanTakesTheHessianAndOrbitalPlotsWriteTheirNumbers) {
-    TestSession t;
-    std::filesystem::copy_file(test_data("firefly/gamessus2018_nh3_ts_hessian.dat"), t.scratch() + "/water.pun");
-    run_on_water(t, "menu 40015\nmenu 40023\ndialog 116 ok 1049=1\n"
-                    "menu 40023\ndialog 116 ok 1022=1 1025=1\ndialog 110 ok 1052=1 1102=48\nmenu 40001\n");
-    EXPECT_TRUE(t.tk.message_boxes().empty());
-    // Water has ten electrons: the H.O.M.O is 5, the L.U.M.O was asked for.
-    EXPECT_EQ(lines_of(t.scratch() + "/water.kew"),
-              std::vector<std::string>{"           6           5          48"});
-    const auto deck = lines_of(t.scratch() + "/water.inp");
-    ASSERT_GE(deck.size(), 8u);
-    EXPECT_EQ(deck[6], " $CUBE MESH=regular $END");
-    EXPECT_EQ(deck[7], " $ELDENS IEDEN=1 ICORBS(1)=   6,   5 $END");
-    // The Raman deck before it ended with the Hessian group.
+    // A Raman deck, then the script given; the deck written last.
+    auto raman = [](TestSession& t, bool hessian, const std::string& more) {
+        if (hessian)
+            std::filesystem::copy_file(test_data("firefly/gamessus2018_nh3_ts_hessian.dat"), t.scratch() + "/water.pun");
+        run_on_water(t, "menu 40015\nmenu 40023\ndialog 116 ok 1049=1\n" + more + "menu 40001\n");
+        return lines_of(t.scratch() + "/water.inp");
+    };
     TestSession r;
-    std::filesystem::copy_file(test_data("firefly/gamessus2018_nh3_ts_hessian.dat"), r.scratch() + "/water.pun");
-    run_on_water(r, "menu 40015\nmenu 40023\ndialog 116 ok 1049=1\nmenu 40001\n");
-    const auto raman = lines_of(r.scratch() + "/water.inp");
-    ASSERT_GT(raman.size(), 20u);
-    EXPECT_EQ(raman[13], " $HESS");
-    EXPECT_EQ(raman.back().substr(0, 5), " $END");
+    const auto deck = raman(r, true, "");
+    ASSERT_GT(deck.size(), 20u);
+    EXPECT_EQ(deck[13], " $HESS");
+    EXPECT_EQ(deck.back().substr(0, 5), " $END");
+    // Water has ten electrons: the H.O.M.O is 5, the L.U.M.O was asked for.
+    TestSession t;
+    const auto plot = raman(t, true, "menu 40023\ndialog 116 ok 1022=1 1025=1\ndialog 110 ok 1052=1 1102=48\n");
+    EXPECT_TRUE(t.tk.message_boxes().empty());
+    EXPECT_EQ(lines_of(t.scratch() + "/water.kew"), std::vector<std::string>{"           6           5          48"});
+    ASSERT_GE(plot.size(), 8u);
+    EXPECT_EQ(plot[6], " $CUBE MESH=regular $END");
+    EXPECT_EQ(plot[7], " $ELDENS IEDEN=1 ICORBS(1)=   6,   5 $END");
     TestSession none;
-    run_on_water(none, "menu 40015\nmenu 40023\ndialog 116 ok 1049=1\nmenu 40001\n");
+    EXPECT_EQ(raman(none, false, "").size(), 13u);
     EXPECT_TRUE(box_says(none, "The sequence Opt, IR/Hessian, Raman\rNo HESSIAN matrix available\rmust be used"));
-    EXPECT_EQ(lines_of(none.scratch() + "/water.inp").size(), 13u);
 }
 
 TEST(FireflyMode, EmptyJobLoadsTheListingOrThePunchFile) {

@@ -136,16 +136,13 @@ TEST(MopacDeck, BondRotationHoldsTheDihedralAtoms) {
     EXPECT_EQ(lines[4].substr(lines[4].size() - 3), "  1");
 }
 
-TEST(MopacPlotFiles, AtomsControlAndViewerFiles) {
+// The control file is checked whole where the map program reads it (MopacPlot).
+TEST(MopacPlotFiles, AtomsAndViewerFiles) {
     Store st;
     water(st);
     EXPECT_EQ(plot_atoms_file(st), (std::vector<std::string>{"    3", "O1      0.000000    0.000000    0.117300",
                                                              "H2      0.000000    0.757200   -0.469200",
                                                              "H3      0.000000   -0.757200   -0.469200"}));
-    const auto kew = plot_control_file({5, 64, 0, 4, ""});
-    EXPECT_EQ(kew[0], "graph.dat");
-    EXPECT_EQ(kew[1], "    5  M.O.");
-    EXPECT_EQ(kew[2], "   64  Grid Steps");
     const auto pdb = plot_pdb(st);
     ASSERT_EQ(pdb.size(), 4u + 3u + 2u + 1u);
     EXPECT_EQ(pdb[0], "CRYST1    1.000    1.000    1.000  90.00  90.00  90.00");

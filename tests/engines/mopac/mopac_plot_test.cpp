@@ -48,11 +48,27 @@ void use_fakes(TestSession& t, bool mopac6, bool map_programs, bool orbview) {
     }
 }
 
+std::vector<std::string> lines_of(const std::string& path) {
+    return files::read_lines(path).value_or(std::vector<std::string>{});
+}
+
 bool transcript_has(const TestSession& t, const std::string& part) {
     for (const std::string& line : t.tk.transcript())
         if (line.find(part) != std::string::npos) return true;
     return false;
 }
+
+// A Mopac 6 run: the recorded listing, a graph file and a density file.
+FakeRun mopac6_run(const TestSession& t) {
+    const std::string for013 = t.dir / "for013", dens = t.dir / "dens";
+    write_file(for013, "orbital graph\n");
+    write_file(dens, "density\n");
+    return FakeRun(test_data("mopac/m6_water_style.lst"), for013, dens);
+}
+
+// An AM1 Energy run under Mopac 6 with the Density plot type, then the plot.
+const char kMopac6DensityPlot[] = "menu 40014\nmenu 40023\ndialog 107 button:3 1057=1 1054=1 1088=1\nmenu 40010\n"
+                                  "dialog 110 ok\nmenu 40001\n";
 
 const char kEnergyRun[] = "menu 40014\nmenu 40023\ndialog 107 button:3 1077=1 1054=1\n";
 
@@ -122,16 +138,11 @@ TEST(MopacPlot, WithoutOrbviewTheModeGoesOn) {
 TEST(MopacMode, Mopac6RunsWithItsFixedNamesAndDensityGraph) {
     TestSession t;
     use_fakes(t, true, true, false);
-    const std::string for013 = t.dir / "for013", dens = t.dir / "dens";
-    write_file(for013, "orbital graph\n");
-    write_file(dens, "density\n");
-    FakeRun run(test_data("mopac/m6_water_style.lst"), for013, dens);
-    // AM1 Energy run with the Density plot type, then the plot.
-    run_on_water(t, "menu 40014\nmenu 40023\ndialog 107 button:3 1057=1 1054=1 1088=1\nmenu 40010\ndialog 110 ok\n"
-                    "menu 40001\n");
+    const FakeRun run = mopac6_run(t);
+    run_on_water(t, kMopac6DensityPlot);
     const std::string dir = t.scratch();
     // Internal coordinates, as Mopac 6 reads them from INPUT.
-    const auto deck = files::read_lines(dir + "/deck.seen").value_or(std::vector<std::string>{});
+    const auto deck = lines_of(dir + "/deck.seen");
     ASSERT_EQ(deck.size(), 6u);
     EXPECT_EQ(deck[0], " AM1  CHARGE=  0 SINGLET GRAPH DENSITY VECTORS XYZ");
     EXPECT_EQ(deck[3], "O");
@@ -247,8 +258,7 @@ TEST(MopacMode, UpDateReadsListingsOfOtherVersions) {
         const std::string geo = read_file(job + ".geo");
         EXPECT_NE(geo.find(c.energy_line), std::string::npos) << geo;
         EXPECT_NE(geo.find(" H.O.M.O\n"), std::string::npos);
-        EXPECT_EQ(files::read_lines(job + "_chg.log").value_or(std::vector<std::string>{}).size(),
-                  static_cast<std::size_t>(t.s.store.natoms + 1));
+        EXPECT_EQ(lines_of(job + "_chg.log").size(), static_cast<std::size_t>(t.s.store.natoms + 1));
         // The listing's structure, turned 2 degrees about x (as the store
         // holds it, centred: compare the vector from the first atom).
         const auto& first = t.s.store.atom_rec[1];
@@ -291,12 +301,8 @@ TEST(MopacPlot, AMapThatCannotBeMadeIsSaidAndTheModeGoesOn) {
     TestSession t;
     use_fakes(t, true, true, true);
     use_real_map_programs(t);
-    const std::string for013 = t.dir / "for013", dens = t.dir / "dens";
-    write_file(for013, "orbital graph\n");
-    write_file(dens, "density\n");
-    FakeRun run(test_data("mopac/m6_water_style.lst"), for013, dens);
-    run_on_water(t, "menu 40014\nmenu 40023\ndialog 107 button:3 1057=1 1054=1 1088=1\nmenu 40010\ndialog 110 ok\n"
-                    "menu 40001\n");
+    const FakeRun run = mopac6_run(t);
+    run_on_water(t, kMopac6DensityPlot);
     ASSERT_EQ(t.tk.message_boxes().size(), 1u);
     EXPECT_NE(t.tk.message_boxes()[0].find("The map program made no map."), std::string::npos);
     EXPECT_NE(t.tk.message_boxes()[0].find("a Mopac 6 graph file cannot be mapped"), std::string::npos);

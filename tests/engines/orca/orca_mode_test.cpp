@@ -135,51 +135,48 @@ TEST(OrcaMode, AnOrcaSixOptimisationPlotsAndReplaysItsModes) {
 }
 
 TEST(OrcaMode, FailedCutAndOtherEncodedListingsOnUpdate) {
-    TestSession t;
-    FakeOrca fake(t);
-    const std::string job = t.scratch() + "/water";
+    // UpDate on a session of its own, the listing's lines as water.lst.
+    auto update = [](TestSession& t, const std::vector<std::string>& listing) {
+        FakeOrca fake(t);
+        std::filesystem::create_directories(t.scratch());
+        if (!listing.empty()) files::write_lines(t.scratch() + "/water.lst", listing);
+        run_on_water(t, "menu 40085\nmenu 40017\nmenu 40001\n");
+        return t.scratch() + "/water";
+    };
     // A run cut after its charges: they are written, then the verdict.
+    TestSession t;
     const auto full = lines_of(test_data("orca/orca4.2_dvb_uhf_sp.out"));
-    files::write_lines(job + ".lst", std::vector<std::string>(full.begin(), full.begin() + 3100));
-    run_on_water(t, "menu 40085\nmenu 40017\nmenu 40001\n");
+    std::string job = update(t, std::vector<std::string>(full.begin(), full.begin() + 3100));
     EXPECT_EQ(boxes(t), std::vector<std::string>{"Edit LST to troubleshoot"});
     EXPECT_EQ(lines_of(job + "_chg.log"),
               (std::vector<std::string>{"#Orca mulliken charges", "C       0.055876", "C       0.055876", "C      -0.038304"}));
     EXPECT_NEAR(t.s.store.atom_rec[2][kY] - t.s.store.atom_rec[1][kY], 0.763239f, 1e-5);
-
-    // The aborted SCF: no charges at all. A UTF-16 single point: charges,
-    // the Molden writer, no message. No listing: nothing.
+    // The aborted SCF: no charges at all.
     TestSession u;
-    FakeOrca fake_u(u);
-    const std::string water = u.scratch() + "/water";
-    std::filesystem::create_directories(u.scratch());
-    std::filesystem::copy_file(test_data("orca/orca4.0_ircl6_sp_scf_unconverged.out"), water + ".lst");
-    run_on_water(u, "menu 40085\nmenu 40017\nmenu 40001\n");
+    job = update(u, lines_of(test_data("orca/orca4.0_ircl6_sp_scf_unconverged.out")));
     EXPECT_EQ(boxes(u), std::vector<std::string>{"Edit LST to troubleshoot"});
-    EXPECT_FALSE(file_present(water + "_chg.log"));
-
+    EXPECT_FALSE(file_present(job + "_chg.log"));
+    // A UTF-16 single point: charges, the Molden writer, no message.
     TestSession v;
-    FakeOrca fake_v(v);
-    const std::string h2 = v.scratch() + "/water";
     std::filesystem::create_directories(v.scratch());
-    std::filesystem::copy_file(test_data("orca/orca5.0_h2_sp_utf16.out"), h2 + ".lst");
-    run_on_water(v, "menu 40085\nmenu 40017\nmenu 40001\n");
+    std::filesystem::copy_file(test_data("orca/orca5.0_h2_sp_utf16.out"), v.scratch() + "/water.lst");
+    job = update(v, {});
     EXPECT_TRUE(boxes(v).empty());
-    EXPECT_EQ(lines_of(h2 + "_chg.log").size(), 3u);
+    EXPECT_EQ(lines_of(job + "_chg.log").size(), 3u);
     EXPECT_EQ(read_file(v.scratch() + "/2mkl.seen"), "water -molden\n");
-    std::filesystem::remove(h2 + ".lst");
-    std::filesystem::remove(h2 + "_chg.log");
-    run_on_water(v, "menu 40085\nmenu 40017\nmenu 40001\n");
-    EXPECT_TRUE(boxes(v).empty());
-    EXPECT_FALSE(file_present(h2 + "_chg.log"));
+    // No listing: nothing.
+    TestSession w;
+    job = update(w, {});
+    EXPECT_TRUE(boxes(w).empty());
+    EXPECT_FALSE(file_present(job + "_chg.log"));
 }
 
 TEST(OrcaMode, TheQueueKeepsOneRecordAndSaysSoTwice) {
+    auto queue_of = [](const TestSession& t) { return t.s.inst.default_scratch + "/../orca/qorca.txt"; };
     TestSession t;
     FakeOrca fake(t);
     run_on_water(t, "menu 40085\nmenu 40002\ndialog 125 ok\nmenu 40010\nmenu 40010\nmenu 40001\n");
-    const std::string queue = t.s.inst.default_scratch + "/../orca/qorca.txt";
-    EXPECT_EQ(lines_of(queue), std::vector<std::string>{t.scratch() + "/water.ino"});
+    EXPECT_EQ(lines_of(queue_of(t)), std::vector<std::string>{t.scratch() + "/water.ino"});
     EXPECT_EQ(boxes(t), (std::vector<std::string>{"water.ino Added to Q", "water.ino Added to Q"}));
     // The structure file was kept safe as a run keeps it, and written again
     // on leaving.
@@ -189,16 +186,14 @@ TEST(OrcaMode, TheQueueKeepsOneRecordAndSaysSoTwice) {
     // The same job spelled in capitals is the same job; Delete asks first.
     TestSession u;
     FakeOrca fake_u(u);
-    const std::string other = u.s.inst.default_scratch + "/../orca/qorca.txt";
-    write_file(other, text::upper_case(u.scratch() + "/water.ino") + "\n");
+    write_file(queue_of(u), text::upper_case(u.scratch() + "/water.ino") + "\n");
     run_on_water(u, "menu 40085\nmenu 40002\ndialog 125 ok\nmenu 40010\nmenu 40009\nmsgbox no\nmenu 40001\n");
-    EXPECT_EQ(lines_of(other).size(), 1u);
+    EXPECT_EQ(lines_of(queue_of(u)).size(), 1u);
     TestSession v;
     FakeOrca fake_v(v);
-    const std::string third = v.s.inst.default_scratch + "/../orca/qorca.txt";
-    write_file(third, "/elsewhere/job.ino\n");
+    write_file(queue_of(v), "/elsewhere/job.ino\n");
     run_on_water(v, "menu 40085\nmenu 40009\nmsgbox yes\nmenu 40001\n");
-    EXPECT_FALSE(file_present(third));
+    EXPECT_FALSE(file_present(queue_of(v)));
     EXPECT_TRUE(transcript_has(v, "Delete Orca Queue?"));
 }
 
