@@ -19,18 +19,6 @@ grep -q '^status 10: Display Idle$' "$tmp/out" || fail "idle mode"
 grep -q '^window closed$' "$tmp/out" || fail "exit sequence"
 [ "$(head -1 "$tmp/job dir/water.geo")" = " Zentol water" ] || fail "log"
 [ -f "$tmp/root/cfgset/zentol.def" ] || fail "zentol.def"
-# A standard XYZ file (another program's) opens the window on a new job
-# beside it, water_z; the file itself is left as it was.
-printf '3\nfrom another program\nO 0.0 0.0 0.1173\nH 0.0 0.7572 -0.4692\nH 0.0 -0.7572 -0.4692\n' > "$tmp/job dir/other.xyz"
-cp "$tmp/job dir/other.xyz" "$tmp/other.copy"
-mv "$tmp/job dir/other.xyz" "$tmp/job dir/aqua.xyz"
-printf 'key R\nclose\n' > "$tmp/script"
-"$zentol" --headless --script "$tmp/script" "$tmp/job dir/aqua.xyz" > "$tmp/out" || fail "standard xyz"
-grep -q '^status 2: 1:aqua_z$' "$tmp/out" || fail "standard xyz: job aqua_z"
-grep -q '^status 4:    3$' "$tmp/out" || fail "standard xyz: atom count"
-grep -q '^status 10: Display Idle$' "$tmp/out" || fail "standard xyz: window"
-cmp -s "$tmp/job dir/aqua.xyz" "$tmp/other.copy" || fail "standard xyz changed"
-[ -f "$tmp/job dir/aqua_z.xyz" ] || fail "standard xyz: job file"
 # A script line that is not understood is refused with its number.
 printf 'menu 40039\njump\n' > "$tmp/bad"
 if "$zentol" --headless --script "$tmp/bad" > "$tmp/out" 2> "$tmp/err"; then fail "bad script accepted"; fi

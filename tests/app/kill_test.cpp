@@ -75,18 +75,14 @@ struct Installation {
     }
 };
 
-// How long a whole run takes, so that kills fall anywhere inside one.
-long whole_run_microseconds(Installation& inst, const std::string& job, const std::string& script) {
-    auto start = std::chrono::steady_clock::now();
-    inst.run(job, script, 60'000'000);
-    return std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start).count();
-}
-
 void kill_loop(const std::string& job, const std::string& script, int natoms, int trials) {
     Installation inst;
     const std::string original = test_data("tinker/butane.xyz");
     fs::copy_file(original, inst.job_dir + "/" + job + ".xyz");
-    const long whole = whole_run_microseconds(inst, job, script);
+    // How long a whole run takes, so that kills fall anywhere inside one.
+    const auto start = std::chrono::steady_clock::now();
+    inst.run(job, script, 60'000'000);
+    const long whole = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start).count();
     std::mt19937 rng(2026);
     int killed = 0;
     for (int trial = 0; trial < trials; ++trial) {

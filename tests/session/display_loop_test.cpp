@@ -6,19 +6,14 @@
 #include <cmath>
 #include <unistd.h>
 
-#include <filesystem>
-
 #include "display/view.h"
-#include "session/startup.h"
-#include "support/test_support.h"
+#include "session_helpers.h"
 #include "toolkit/files.h"
 
 using namespace zentol;
 using namespace zentol::testing;
-namespace fs = std::filesystem;
 
 namespace {
-
 
 std::string repeat(const std::string& line, int n) {
     std::string out;
@@ -28,23 +23,25 @@ std::string repeat(const std::string& line, int n) {
 
 }  // namespace
 
+// The menu and the wheel zoom within the same limits; Reset goes back to 1.
 TEST(DisplayLoop, ZoomStaysWithinItsLimits) {
-    TestSession up;
-    run_on_water(up, repeat("menu 40039", 30));
-    EXPECT_FLOAT_EQ(up.s.flags.zoom, 3.8f);
-    TestSession down;
-    run_on_water(down, repeat("menu 40041", 12));
-    EXPECT_FLOAT_EQ(down.s.flags.zoom, 0.2f);
-    TestSession reset;
-    run_on_water(reset, "menu 40039\nmenu 40042\n");
-    EXPECT_FLOAT_EQ(reset.s.flags.zoom, 1.0f);
+    const struct { std::string script; float zoom; } cases[] = {
+        {repeat("menu 40039", 30), 3.8f}, {repeat("menu 40041", 12), 0.2f}, {"menu 40039\nmenu 40042\n", 1.0f},
+        {"wheel 3\nwheel -1\n", 1.2f},    {"wheel 100\n", 3.8f},
+    };
+    for (const auto& c : cases) {
+        TestSession t;
+        run_on_water(t, c.script);
+        EXPECT_FLOAT_EQ(t.s.flags.zoom, c.zoom) << c.script;
+    }
 }
 
 TEST(DisplayLoop, KeysAndDragsTurnTheMoleculeAndTheCloseSavesWhatIsSeen) {
     // Water lies in the yz plane; 45 steps of 2 degrees about y turn it by 90
-    // degrees, so the saved molecule lies in the xy plane.
+    // degrees, so the saved molecule lies in the xy plane. The turn survives
+    // what does not set out to undo it: zoom, an uncovered window, Setup.
     TestSession keys;
-    run_on_water(keys, repeat("key 260", 45));
+    run_on_water(keys, repeat("key 260", 45) + "menu 40039\nexpose\nmenu 40004\ndialog 106 ok 1053=1\nkey R\n");
     auto lines = *files::read_lines(keys.scratch() + "/water.xyz");
     double z_of_h = std::stod(lines[2].substr(35, 12));
     double x_of_h = std::stod(lines[2].substr(12, 11));
@@ -65,26 +62,12 @@ TEST(DisplayLoop, KeysAndDragsTurnTheMoleculeAndTheCloseSavesWhatIsSeen) {
             int width = at == 12 ? 11 : 12;
             EXPECT_NEAR(std::stod(dragged[k].substr(at, width)), std::stod(lines[k].substr(at, width)), 2e-5) << k;
         }
-    bool rotating = false;
-    for (const auto& [field, text] : drag.tk.status_writes()) rotating |= field == 10 && text == "Rotating";
-    EXPECT_TRUE(rotating);
+    EXPECT_TRUE(status_was(drag, 10, "Rotating"));
     EXPECT_FALSE(drag.s.flags.mouse_rotating);
     EXPECT_EQ(drag.s.flags.sphere_slices, 32);
 }
 
-// The wheel zooms within the same limits as the menu.
-TEST(DisplayLoop, TheWheelZooms) {
-    TestSession t;
-    run_on_water(t, "wheel 3\nwheel -1\n");
-    EXPECT_FLOAT_EQ(t.s.flags.zoom, 1.2f);
-    TestSession far;
-    run_on_water(far, "wheel 100\n");
-    EXPECT_FLOAT_EQ(far.s.flags.zoom, 3.8f);
-}
-
-// An answer in field 9 stands through turns, zooms and an uncovered window,
-// and goes with the next command, whether it came from the menu or the
-// tool bar (the same command).
+// Field 9's answer stands through turns, zooms and an uncovered window.
 TEST(DisplayLoop, AnAnswerStandsUntilTheNextCommand) {
     TestSession t;
     run_on_water(t, "menu 40044\nkey 258\nexpose\nresize\nwheel 1\nmenu 40009\n");
@@ -96,17 +79,6 @@ TEST(DisplayLoop, AnAnswerStandsUntilTheNextCommand) {
     EXPECT_NE(seen[6], formula);   // Step-1 is a command of its own
 }
 
-// A turn survives everything that does not set out to undo it: Setup,
-// zoom, an uncovered window, a redraw of the picture.
-TEST(DisplayLoop, ATurnSurvivesSetupZoomAndUncovering) {
-    TestSession t;
-    run_on_water(t, repeat("key 260", 45) + "menu 40039\nexpose\nmenu 40004\ndialog 106 ok 1053=1\nkey R\n");
-    auto lines = *files::read_lines(t.scratch() + "/water.xyz");
-    EXPECT_NEAR(std::stod(lines[2].substr(35, 12)), 0.0, 1e-3);   // still turned into the xy plane
-}
-
-// Start-up does its work once: one frame and one write of the job's files
-// before the window waits for the user.
 TEST(DisplayLoop, StartUpDrawsOnceBeforeGoingIdle) {
     TestSession t;
     int frames = -1, writes = -1;
@@ -137,10 +109,7 @@ TEST(DisplayLoop, MissingSiblingIsToldAndTheSessionGoesOn) {
     EXPECT_FALSE(t.s.flags.switch_to_sibling);
 
     TestSession u;   // an installed sibling is started at exit with the job
-    std::string fake = u.s.inst.bin + "/zentol9";
-    write_file(fake, "#!/bin/sh\necho \"$@\" > " + u.scratch() + "/handed.txt\n");
-    fs::permissions(fake, fs::perms::owner_all);
-    u.s.engines.values["zentol9"] = fake;
+    u.s.engines.values["zentol9"] = fake_program(u, "zentol9", "echo \"$@\" > " + u.scratch() + "/handed.txt");
     run_on_water(u, "menu 40040\nmenu 40039\n");
     EXPECT_TRUE(u.s.flags.switch_to_sibling);
     EXPECT_FLOAT_EQ(u.s.flags.zoom, 1.0f);   // the loop ended at once
@@ -168,9 +137,7 @@ TEST(View, PickingAndDragRules) {
     EXPECT_FLOAT_EQ(pick_tolerance_for(20), 0.01f);
 }
 
-// A drag turns by the distance moved: the same drag sent as 5 or as 50 move
-// events ends at the same angle, and a sideways drag across the view is
-// half a turn about y.
+// 5 or 50 move events of the same drag end at the same angle.
 TEST(View, ADragTurnsByTheDistanceNotByTheEvents) {
     auto drag = [](int moves, float to_x, float to_y) {
         auto t = std::make_unique<TestSession>();
@@ -210,9 +177,7 @@ TEST(DisplayLoop, AClickPicksTheAtomUnderThePointer) {
     run_on_water(t, "press atom 2\nrelease atom 2\n");
     EXPECT_EQ(t.s.view.pick_count, 1);
     EXPECT_EQ(t.s.view.pick_list[1], 2);
-    bool shown = false;
-    for (const auto& [field, text] : t.tk.status_writes()) shown |= field == 9 && text == "H";
-    EXPECT_TRUE(shown);
+    EXPECT_TRUE(status_was(t, 9, "H"));
 
     TestSession miss;   // a click on empty space picks nothing
     run_on_water(miss, "press 0.02 0.02\nrelease 0.02 0.02\n");

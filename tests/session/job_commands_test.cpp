@@ -7,11 +7,11 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <optional>
 #include <thread>
 
 #include "session/config.h"
-#include "session/startup.h"
-#include "support/test_support.h"
+#include "session_helpers.h"
 #include "toolkit/files.h"
 
 using namespace zentol;
@@ -19,13 +19,6 @@ using namespace zentol::testing;
 namespace fs = std::filesystem;
 
 namespace {
-
-
-bool said(const TestSession& t, const std::string& text) {
-    for (const auto& m : t.tk.message_boxes())
-        if (m.find(text) != std::string::npos) return true;
-    return false;
-}
 
 // Serves one canned HTTP answer on a loopback port.
 class OneShotServer {
@@ -148,29 +141,22 @@ TEST(JobCommands, UpdateCheck) {
     run_on_water(t, "menu 40032\n");
     EXPECT_TRUE(said(t, "No update address is configured."));
 
-    OneShotServer newer("HTTP/1.0 200 OK\r\n\r\nZentol\nversion 6001070\n");
-    TestSession u;
-    u.s.engines.values["update_url"] = newer.url() + "/";
-    run_on_water(u, "menu 40032\nmsgbox no\n");
-    EXPECT_TRUE(said(u, "A Newer Version of Zentol is Available"));
-
-    OneShotServer same("HTTP/1.0 200 OK\r\n\r\nversion 6001060\n");
-    TestSession v;
-    v.s.engines.values["update_url"] = same.url();
-    run_on_water(v, "menu 40032\n");
-    EXPECT_TRUE(said(v, "You have the Latest Version of Zentol"));
-
-    OneShotServer garbage("HTTP/1.0 404 Not Found\r\n\r\nversion 9999999\n");
-    TestSession w;
-    w.s.engines.values["update_url"] = garbage.url();
-    run_on_water(w, "menu 40032\n");
-    EXPECT_TRUE(w.tk.message_boxes().empty());
-    bool noted = false;
-    for (const auto& [field, text] : w.tk.status_writes()) noted |= text == "No answer from the update server";
-    EXPECT_TRUE(noted);
-
-    TestSession down;   // nothing listens there
-    down.s.engines.values["update_url"] = "http://127.0.0.1:9";
-    run_on_water(down, "menu 40032\n");
-    EXPECT_TRUE(down.tk.message_boxes().empty());
+    // An HTTP answer (none: nothing listens), the address's tail, the
+    // script after the command, what is said (a status line when nothing is).
+    const struct { std::string answer, tail, script, said, status; } cases[] = {
+        {"HTTP/1.0 200 OK\r\n\r\nZentol\nversion 6001070\n", "/", "msgbox no\n", "A Newer Version of Zentol is Available", ""},
+        {"HTTP/1.0 200 OK\r\n\r\nversion 6001060\n", "", "", "You have the Latest Version of Zentol", ""},
+        {"HTTP/1.0 404 Not Found\r\n\r\nversion 9999999\n", "", "", "", "No answer from the update server"},
+        {"", "", "", "", ""},
+    };
+    for (const auto& c : cases) {
+        std::optional<OneShotServer> server;
+        if (!c.answer.empty()) server.emplace(c.answer);
+        TestSession u;
+        u.s.engines.values["update_url"] = server ? server->url() + c.tail : "http://127.0.0.1:9";
+        run_on_water(u, "menu 40032\n" + c.script);
+        if (c.said.empty()) EXPECT_TRUE(u.tk.message_boxes().empty()) << c.answer;
+        else EXPECT_TRUE(said(u, c.said)) << c.answer;
+        if (!c.status.empty()) EXPECT_TRUE(status_was(u, 9, c.status)) << c.answer;
+    }
 }

@@ -6,20 +6,14 @@
 #include "session/config.h"
 #include "session/display_loop.h"
 #include "session/jobs.h"
-#include "session/startup.h"
-#include "support/test_support.h"
+#include "session_helpers.h"
 #include "toolkit/files.h"
 
 using namespace zentol;
 using namespace zentol::testing;
+namespace fs = std::filesystem;
 
 namespace {
-
-int run(TestSession& t, std::vector<std::string> words, const std::string& script = "") {
-    t.tk.load_script(script);
-    words.insert(words.begin(), "zentol");
-    return run_program(t.s, words);
-}
 
 bool transcript_has(const TestSession& t, const std::string& text) {
     for (const auto& line : t.tk.transcript())
@@ -31,9 +25,9 @@ bool transcript_has(const TestSession& t, const std::string& text) {
 
 TEST(StartupExit, FirstStartWithNoWordsOpensPtestInScratchAndLeavesNoFiles) {
     TestSession t;
-    std::filesystem::current_path(t.dir.path());
+    fs::current_path(t.dir.path());
     write_file(t.scratch() + "/ptest.xyz", "stale\n");   // ptest.* is cleared at start
-    run(t, {}, "menu 40039\n");
+    run_words(t, {}, "menu 40039\n");
     const std::string cfg = t.s.inst.cfgset;
     EXPECT_EQ(read_file(cfg + "/zentol.def"), t.s.inst.default_library + "\n" + t.scratch() + "\n   1\n");
     EXPECT_EQ(read_file(cfg + "/dir1.def"), t.scratch() + "\n");
@@ -42,11 +36,8 @@ TEST(StartupExit, FirstStartWithNoWordsOpensPtestInScratchAndLeavesNoFiles) {
     EXPECT_TRUE(file_present(cfg + "/engines.def"));
     EXPECT_EQ(t.s.job.name, "ptest");
     EXPECT_EQ(t.tk.window_title(), std::string("ptest - ") + kWindowTitle);
-    EXPECT_EQ(t.tk.status(1), "Job");
-    EXPECT_EQ(t.tk.status(2), "1:ptest");
-    EXPECT_EQ(t.tk.status(3), "Atoms");
-    EXPECT_EQ(t.tk.status(5), "Bonds");
-    EXPECT_EQ(t.tk.status(7), "Ent");
+    for (const auto& [field, text] : {std::pair{1, "Job"}, {2, "1:ptest"}, {3, "Atoms"}, {5, "Bonds"}, {7, "Ent"}})
+        EXPECT_EQ(t.tk.status(field), text) << field;
     EXPECT_EQ(t.tk.dialogs_shown(), std::vector<int>{128});
     EXPECT_FLOAT_EQ(t.s.flags.zoom, 1.1f);
     EXPECT_TRUE(t.tk.closed());
@@ -63,16 +54,15 @@ TEST(StartupExit, FirstStartWithNoWordsOpensPtestInScratchAndLeavesNoFiles) {
 TEST(StartupExit, FilePathStartLoadsTheMoleculeAndSavesItAtExit) {
     TestSession t;
     std::string dir = t.dir / "jobs/Water Job";
-    std::filesystem::create_directories(dir);
-    std::filesystem::copy_file(test_data("water.xyz"), dir + "/water.xyz");
+    fs::create_directories(dir);
+    fs::copy_file(test_data("water.xyz"), dir + "/water.xyz");
     write_file(dir + "/ZENTOL.BAT", "old\n");
     write_file(dir + "/water.key", "PARAMETERS c:\\exem\\mm3\nneighbor-list\n");
-    run(t, {dir + "/water.xyz"}, "menu 40041\nmenu 40041\nkey R\n");
+    run_words(t, {dir + "/water.xyz"}, "menu 40041\nmenu 40041\nkey R\n");
     EXPECT_EQ(t.s.store.natoms, 3);
     EXPECT_EQ(t.s.store.nbonds, 2);
-    EXPECT_EQ(t.tk.status(4), "   3");
-    EXPECT_EQ(t.tk.status(6), "   2");
-    EXPECT_EQ(t.tk.status(10), "Display Idle");
+    for (const auto& [field, text] : {std::pair{4, "   3"}, {6, "   2"}, {10, "Display Idle"}})
+        EXPECT_EQ(t.tk.status(field), text) << field;
     EXPECT_NEAR(t.s.flags.zoom, 0.8f, 1e-6);
     EXPECT_EQ(read_file(dir + "/water.geo"), " Zentol water\n");
     EXPECT_EQ(read_file(dir + "/water.key"), "parameters " + t.s.inst.root + "/exem/mm3\nneighbor-list\n");
@@ -93,9 +83,7 @@ TEST(StartupExit, RecentListOfTenDropsTheOldestAndKeepsOneEntryPerJob) {
     std::vector<std::string> old;
     for (int k = 1; k <= 10; ++k) old.push_back("/old/job" + std::to_string(k) + ".xyz");
     files::write_lines(t.s.inst.cfgset + "/mrul.def", old);
-    write_file(t.s.inst.cfgset + "/dir1.def", t.scratch() + "\n");
-    std::filesystem::copy_file(test_data("water.xyz"), t.scratch() + "/water.xyz");
-    run(t, {"water", "1"});
+    run_on_water(t, "");
     auto mru = *files::read_lines(t.s.inst.cfgset + "/mrul.def");
     EXPECT_EQ(mru.front(), t.scratch() + "/water.xyz");
     EXPECT_EQ(mru[1], "/old/job1.xyz");
@@ -114,9 +102,9 @@ TEST(StartupExit, RecentListOfTenDropsTheOldestAndKeepsOneEntryPerJob) {
 
 TEST(StartupExit, InsOnlyJobIsRefusedAndCancelledChoiceEndsTheSession) {
     TestSession t;
-    write_file(t.s.inst.cfgset + "/dir1.def", t.scratch() + "\n");
+    start_in(t, t.scratch());
     write_file(t.scratch() + "/cryst.ins", "TITL  cryst\n");
-    run(t, {"cryst", "1"}, "file cancel\n");
+    run_words(t, {"cryst", "1"}, "file cancel\n");
     ASSERT_EQ(t.tk.message_boxes().size(), 1u);
     EXPECT_EQ(t.tk.message_boxes()[0],
               "An INS file exists for the Current Jobname\rMove or Delete this INS file or Choose\ranother Jobname");
@@ -128,12 +116,12 @@ TEST(StartupExit, InsOnlyJobIsRefusedAndCancelledChoiceEndsTheSession) {
 TEST(StartupExit, LibraryIsProtectedBelowExpert) {
     TestSession t;
     std::string lib = t.dir / "work/MyLibrary2";
-    std::filesystem::create_directories(lib);
-    std::filesystem::copy_file(test_data("water.xyz"), lib + "/water.xyz");
-    write_file(t.s.inst.cfgset + "/dir1.def", lib + "\n");
+    fs::create_directories(lib);
+    fs::copy_file(test_data("water.xyz"), lib + "/water.xyz");
+    start_in(t, lib);
     write_file(t.s.inst.cfgset + "/zentol.def", t.s.inst.default_library + "\n" + t.scratch() + "\n 2\n");
-    std::filesystem::copy_file(test_data("water.xyz"), t.scratch() + "/water.xyz");
-    run(t, {"water", "1"}, "file " + t.scratch() + "/water.xyz\n");
+    fs::copy_file(test_data("water.xyz"), t.scratch() + "/water.xyz");
+    run_words(t, {"water", "1"}, "file " + t.scratch() + "/water.xyz\n");
     ASSERT_FALSE(t.tk.message_boxes().empty());
     EXPECT_EQ(t.tk.message_boxes()[0].substr(0, 41), "Zentol will not open files in the Library");
     EXPECT_EQ(files::current_dir(), t.scratch());   // the chosen file's directory
@@ -144,23 +132,23 @@ TEST(StartupExit, LibraryIsProtectedBelowExpert) {
 TEST(StartupExit, UnreadableOrShortZentolDefIsMended) {
     TestSession t;
     std::string def = t.s.inst.cfgset + "/zentol.def";
-    std::filesystem::remove(def);
-    run(t, {});
+    fs::remove(def);
+    run_words(t, {});
     EXPECT_EQ(t.tk.status(7), "");   // could not be read: level unknown, treated as Entry
     EXPECT_EQ(read_file(def), t.s.inst.default_library + "\n" + t.scratch() + "\n   1\n");
     TestSession u;
     write_file(u.s.inst.cfgset + "/zentol.def", "/my/lib\n");
-    run(u, {});
+    run_words(u, {});
     EXPECT_EQ(read_file(u.s.inst.cfgset + "/zentol.def"), "/my/lib\n" + u.scratch() + "\n   1\n");
     EXPECT_EQ(u.s.job.library_dir, "/my/lib");
 }
 
 TEST(StartupExit, DamagedXyzIsReportedAndLeftAsItWas) {
     TestSession t;
-    write_file(t.s.inst.cfgset + "/dir1.def", t.scratch() + "\n");
+    start_in(t, t.scratch());
     const std::string damaged = "     5 broken\n     1  C      0.000000    0.000000    0.000000     1\n";
     write_file(t.scratch() + "/broken.xyz", damaged);
-    run(t, {"broken", "1"}, "menu 40039\n");
+    run_words(t, {"broken", "1"}, "menu 40039\n");
     ASSERT_EQ(t.tk.message_boxes().size(), 1u);
     EXPECT_EQ(t.tk.message_boxes()[0],
               "Input broken.xyz file error\rbroken.xyz line 3: the file ends after 1 of its atoms\rThe file is left as it is.");
@@ -171,11 +159,7 @@ TEST(StartupExit, DamagedXyzIsReportedAndLeftAsItWas) {
 
 TEST(StartupExit, ClosePathRemovesMarkedBondsBeforeTheFinalSave) {
     TestSession t;
-    std::filesystem::copy_file(test_data("water.xyz"), t.scratch() + "/water.xyz");
-    write_file(t.s.inst.cfgset + "/dir1.def", t.scratch() + "\n");
-    t.tk.load_script("");
-    t.s.store.marked_bond_count = 0;
-    run(t, {"water", "1"});
+    run_on_water(t, "");
     // Mark an extra bond O1-H2 twice over and close again by hand.
     Store& st = t.s.store;
     st.nbr(2, 2) = 3, st.conn_count(2) = 2;
@@ -211,11 +195,11 @@ TEST(StartupExit, JobStatusClassifies) {
     write_file("A.INS", "");
     EXPECT_EQ(job_status(t.s, "a"), 0);
     std::string other = t.dir / "elsewhere";
-    std::filesystem::create_directories(other);
-    std::filesystem::current_path(other);
+    fs::create_directories(other);
+    fs::current_path(other);
     EXPECT_EQ(job_status(t.s, "ptest"), 3);   // ptest elsewhere is an ordinary job
     std::string lib = t.dir / "library/sub/LIBRARY";
-    std::filesystem::create_directories(lib);
-    std::filesystem::current_path(lib);
+    fs::create_directories(lib);
+    fs::current_path(lib);
     EXPECT_EQ(job_status(t.s, "x"), 23);
 }

@@ -3,7 +3,6 @@
 // Export; and one round through the real MOPAC and Open Babel's obabel.
 #include "session/structure_exchange.h"
 
-#include <algorithm>
 #include <gtest/gtest.h>
 
 #include <cmath>
@@ -11,9 +10,8 @@
 #include <filesystem>
 
 #include "session/openers.h"
-#include "session/startup.h"
+#include "session_helpers.h"
 #include "structure_files/openbabel_import.h"
-#include "support/test_support.h"
 #include "toolkit/files.h"
 
 using namespace zentol;
@@ -28,12 +26,6 @@ const char* const kStandardWater =
     "O    0.000000    0.000000    0.117300\n"
     "H    0.000000    0.757200   -0.469200\n"
     "H    0.000000   -0.757200   -0.469200\n";
-
-bool said(const TestSession& t, const std::string& text) {
-    for (const auto& m : t.tk.message_boxes())
-        if (m.find(text) != std::string::npos) return true;
-    return false;
-}
 
 // A folder of the user's beside the scratch folder, with the file in it.
 std::string users_file(const TestSession& t, const std::string& name, const std::string& content) {
@@ -55,34 +47,35 @@ void run_on_path(TestSession& t, const std::string& path, const std::string& scr
 
 }  // namespace
 
-// A standard XYZ file (what most programs write) chosen in File > Open is a
-// new job beside it, water_z, since the job water would write over the
-// file itself; the file stays byte for byte as it was.
-TEST(StructureExchange, StandardXyzFromOpenBecomesANewJobBesideIt) {
-    TestSession t;
-    const std::string path = users_file(t, "water.xyz", kStandardWater);
-    run_on_water(t, "menu 40005\nfile " + path + "\nkey R\n");
-    EXPECT_TRUE(messages_but_ptest_question(t).empty()) << t.tk.message_boxes()[0];
-    EXPECT_EQ(t.s.job.name, "water_z");
-    EXPECT_EQ(t.s.store.natoms, 3);
-    EXPECT_EQ(t.s.store.nbonds, 2);
-    EXPECT_EQ(read_file(path), kStandardWater);
-    const std::string job = read_file(t.dir / "molecules/water_z.xyz");
-    EXPECT_EQ(job.substr(0, job.find('\n')), "     3 water_z chamul   0   1");
-    // Labels in the job's form, the types Build mode gives a water, the bonds
-    // by Zentol's distance rule (the file has none).
-    const auto rows = files::split_lines(job);
-    ASSERT_EQ(rows.size(), 4u);
-    EXPECT_EQ(rows[1].substr(0, 12), "     1  O1  ");
-    EXPECT_EQ(rows[1].substr(47), "     6     2     3");
-    EXPECT_EQ(rows[3].substr(0, 12), "     3  H2  ");
-    EXPECT_EQ(rows[3].substr(47), "    21     1");
-    EXPECT_NE(read_file(t.dir / "molecules/water_z.geo").find("Imported from " + path), std::string::npos);
-    EXPECT_EQ(t.tk.status(2), "1:water_z");
+// water_z, since the job water would write over the file itself.
+TEST(StructureExchange, StandardXyzBecomesANewJobBesideIt) {
+    for (bool command_line : {false, true}) {
+        SCOPED_TRACE(command_line ? "command line" : "File > Open");
+        TestSession t;
+        const std::string path = users_file(t, "water.xyz", kStandardWater);
+        if (command_line) run_on_path(t, path, "key R\n");
+        else run_on_water(t, "menu 40005\nfile " + path + "\nkey R\n");
+        EXPECT_TRUE(messages_but_ptest_question(t).empty()) << t.tk.message_boxes()[0];
+        EXPECT_EQ(t.s.job.name, "water_z");
+        EXPECT_EQ(t.s.store.natoms, 3);
+        EXPECT_EQ(t.s.store.nbonds, 2);
+        EXPECT_EQ(read_file(path), kStandardWater);
+        const std::string job = read_file(t.dir / "molecules/water_z.xyz");
+        EXPECT_EQ(job.substr(0, job.find('\n')), "     3 water_z chamul   0   1");
+        // Build mode's types; bonds by the distance rule (the file has none).
+        const auto rows = files::split_lines(job);
+        ASSERT_EQ(rows.size(), 4u);
+        EXPECT_EQ(rows[1].substr(0, 12), "     1  O1  ");
+        EXPECT_EQ(rows[1].substr(47), "     6     2     3");
+        EXPECT_EQ(rows[3].substr(0, 12), "     3  H2  ");
+        EXPECT_EQ(rows[3].substr(47), "    21     1");
+        EXPECT_NE(read_file(t.dir / "molecules/water_z.geo").find("Imported from " + path), std::string::npos);
+        EXPECT_EQ(t.tk.status(2), "1:water_z");
+        EXPECT_EQ(t.tk.status(4), "   3");
+    }
 }
 
-// An engine's listing opens through Open Babel too; water.out is a name the
-// job water writes itself (its MOPAC listing), so the job is water_z.
+// water.out is the job water's own MOPAC listing, so the job is water_z.
 TEST(StructureExchange, AnEngineListingOpensAsAJobThatLeavesItAlone) {
     TestSession t;
     const std::string listing = users_file(t, "water.out", read_file(test_data("mopac/m22_water_E.out")));
@@ -93,8 +86,6 @@ TEST(StructureExchange, AnEngineListingOpensAsAJobThatLeavesItAlone) {
     EXPECT_EQ(read_file(listing), read_file(test_data("mopac/m22_water_E.out")));
 }
 
-// Garbage in a structure format: a message naming the file; the job that
-// was open stays open and whole.
 TEST(StructureExchange, GarbageFileIsNamedAndTheJobStays) {
     TestSession t;
     const std::string junk = users_file(t, "junk.pdb", "%PDF-1.4 this is no molecule\n");
@@ -108,10 +99,16 @@ TEST(StructureExchange, GarbageFileIsNamedAndTheJobStays) {
     EXPECT_EQ(files::current_dir(), fs::canonical(t.scratch()).string());
     EXPECT_FALSE(file_present(t.dir / "molecules/junk.xyz"));
     EXPECT_FALSE(file_present(t.dir / "molecules/bad_z.xyz"));
+
+    TestSession u;   // on the command line: named, and the session goes on in ptest
+    const std::string junk_mol2 = users_file(u, "junk.mol2", "no molecule at all\n");
+    run_on_path(u, junk_mol2, "");
+    EXPECT_TRUE(said(u, "Input junk.mol2 file error"));
+    EXPECT_EQ(u.s.job.name, "ptest");
+    EXPECT_EQ(read_file(junk_mol2), "no molecule at all\n");
 }
 
-// The job of the file's name exists beside it: Yes replaces its molecule,
-// No opens the job as it is.
+// Yes replaces the existing job's molecule, No opens the job as it is.
 TEST(StructureExchange, AnExistingJobIsReplacedOnlyWhenTheUserSaysSo) {
     for (bool replace : {false, true}) {
         SCOPED_TRACE(replace);
@@ -127,8 +124,6 @@ TEST(StructureExchange, AnExistingJobIsReplacedOnlyWhenTheUserSaysSo) {
     }
 }
 
-// A file dropped on the window opens as File > Open would; the charge
-// comes from the file.
 TEST(StructureExchange, ADroppedFileOpens) {
     TestSession t;
     const std::string mol2 = users_copy(t, "structure_files/zn_propanoate.mol2");
@@ -144,15 +139,10 @@ TEST(StructureExchange, ADroppedFileOpens) {
     const std::string sdf = users_copy(b, "structure_files/zn_propanoate.sdf");
     run_on_water(b, "menu 40003\ndrop " + sdf + "\n");
     EXPECT_EQ(b.s.job.name, "water");
-    const auto& writes = b.tk.status_writes();
-    EXPECT_TRUE(std::any_of(writes.begin(), writes.end(), [&](const auto& w) {
-        return w.first == 9 && w.second.find(sdf + " was not opened") != std::string::npos;
-    }));
+    EXPECT_TRUE(status_was(b, 9, "Leave this mode to open a dropped file: " + sdf + " was not opened"));
 }
 
-// Export writes the molecule as it is turned on screen (the job's saved
-// coordinates), in the format of the name; the job's own .xyz is refused
-// as a target.
+// The job's own .xyz is refused as a target.
 TEST(StructureExchange, ExportWritesTheTurnedMoleculeInTheChosenFormat) {
     TestSession t;
     const std::string own = t.scratch() + "/water.xyz";
@@ -174,28 +164,6 @@ TEST(StructureExchange, ExportWritesTheTurnedMoleculeInTheChosenFormat) {
     EXPECT_NE(read_file(pdb).find("HETATM    1  O   MOL"), std::string::npos) << read_file(pdb);
 }
 
-// On the command line a standard XYZ file opens the window on the new job.
-TEST(StructureExchange, StandardXyzOnTheCommandLineOpensTheNewJob) {
-    TestSession t;
-    const std::string path = users_file(t, "water.xyz", kStandardWater);
-    run_on_path(t, path, "key R\n");
-    EXPECT_TRUE(messages_but_ptest_question(t).empty()) << t.tk.message_boxes()[0];
-    EXPECT_EQ(t.s.job.name, "water_z");
-    EXPECT_EQ(t.tk.status(2), "1:water_z");
-    EXPECT_EQ(t.tk.status(4), "   3");
-    EXPECT_EQ(read_file(path), kStandardWater);
-    EXPECT_TRUE(file_present(t.dir / "molecules/water_z.xyz"));
-    // Garbage on the command line: named, and the session goes on in ptest.
-    TestSession u;
-    const std::string junk = users_file(u, "junk.mol2", "no molecule at all\n");
-    run_on_path(u, junk, "");
-    EXPECT_TRUE(said(u, "Input junk.mol2 file error"));
-    EXPECT_EQ(u.s.job.name, "ptest");
-    EXPECT_EQ(read_file(junk), "no molecule at all\n");
-}
-
-// A PDB file imported, run through the real MOPAC with the charge it
-// carries, and exported as SDF, which Open Babel's own obabel reads back.
 TEST(StructureExchange, PdbThroughMopacToAnSdfThatObabelReads) {
     if (on_path("mopac").empty() || on_path("obabel").empty()) GTEST_SKIP() << "needs mopac and obabel";
     TestSession t;

@@ -12,10 +12,9 @@
 
 #include "session/job_commands.h"
 #include "session/job_files.h"
-#include "session/startup.h"
 #include "session/store_ops.h"
+#include "session_helpers.h"
 #include "structure_files/xyz_file.h"
-#include "support/test_support.h"
 #include "text/fixed_format.h"
 #include "toolkit/files.h"
 
@@ -43,12 +42,10 @@ void expect_users_files(const std::string& dir, const std::string& after) {
     for (const auto& [name, content] : kTheUsersFiles) EXPECT_EQ(read_file(dir + "/" + name), content) << name << " after " << after;
 }
 
-void run_words(TestSession& t, const std::string& start_dir, std::vector<std::string> words, const std::string& script) {
-    write_file(t.s.inst.cfgset + "/dir1.def", start_dir + "\n");
+void run_from(TestSession& t, const std::string& start_dir, std::vector<std::string> words, const std::string& script) {
+    start_in(t, start_dir);
     write_file(t.s.inst.cfgset + "/DIR.DEF", start_dir + "\n");
-    t.tk.load_script(script);
-    words.insert(words.begin(), "zentol");
-    run_program(t.s, words);
+    run_words(t, words, script);
 }
 
 }  // namespace
@@ -61,20 +58,20 @@ TEST(UsersFiles, FilesThatAreNotTheJobsSurviveEveryExitAndEveryOddName) {
 
     {   // A structure file of another kind names an empty job beside it.
         TestSession t;
-        run_words(t, papers.path(), {papers / "formald.pdb"}, "close\n");
+        run_from(t, papers.path(), {papers / "formald.pdb"}, "close\n");
         EXPECT_EQ(t.s.job.name, "formald");
     }
     expect_users_files(papers.path(), "formald.pdb");
     {   // A new, empty job of a name that other files share.
         TestSession t;
-        run_words(t, papers.path(), {"chapter", "1"}, "menu 40039\nclose\n");
+        run_from(t, papers.path(), {"chapter", "1"}, "menu 40039\nclose\n");
     }
     expect_users_files(papers.path(), "an empty job");
     EXPECT_FALSE(file_present(papers / "chapter.xyz"));
     EXPECT_FALSE(file_present(papers / "chapter.geo"));
     for (const std::string odd : {"w?ter", "*", "w[a]ter", "two\nlines"}) {
         TestSession t;
-        run_words(t, papers.path(), {odd, "1"}, "close\n");
+        run_from(t, papers.path(), {odd, "1"}, "close\n");
         ASSERT_FALSE(t.tk.message_boxes().empty()) << odd;
         EXPECT_NE(t.tk.message_boxes()[0].find("cannot name a job"), std::string::npos) << odd;
         EXPECT_EQ(t.s.job.name, "ptest");
@@ -86,7 +83,7 @@ TEST(UsersFiles, FilesThatAreNotTheJobsSurviveEveryExitAndEveryOddName) {
         put_users_files(t.scratch());
         write_file(t.scratch() + "/ptest.xyz", "stale\n");
         write_file(t.scratch() + "/ptest.003", "frame\n");
-        run_words(t, t.scratch(), {}, "close\n");
+        run_from(t, t.scratch(), {}, "close\n");
         expect_users_files(t.scratch(), "a start on ptest");
         EXPECT_FALSE(file_present(t.scratch() + "/ptest.003"));
     }
@@ -117,11 +114,10 @@ TEST(UsersFiles, ARefusedFileIsLeftByteForByte) {
     const std::string damaged = "     2 bad\n     1  C      0.000000    0.000000    0.000000     1     7\n"
                                 "     2  C      1.500000    0.000000    0.000000     1     1\n";
     write_file(t.scratch() + "/bad.xyz", damaged);
-    run_words(t, t.scratch(), {"bad", "1"}, "close\n");
+    run_from(t, t.scratch(), {"bad", "1"}, "close\n");
     ASSERT_EQ(t.tk.message_boxes().size(), 1u);
     EXPECT_NE(t.tk.message_boxes()[0].find("bad.xyz line 2: neighbour 7 is not one of the 2 atoms"), std::string::npos);
     EXPECT_EQ(read_file(t.scratch() + "/bad.xyz"), damaged);
-    EXPECT_TRUE(file_present(t.scratch() + "/bad.xyz"));
 
     // Opened from a running session, the current job stays.
     TestSession u;
@@ -137,7 +133,7 @@ TEST(UsersFiles, SaveAsOntoTheJobsOwnNameInOtherCapitalsKeepsItsFiles) {
     write_file(t.scratch() + "/water.key", "parameters mm3\n#verbose\nmyown\n");
     write_file(t.scratch() + "/water.lst", "a listing\n");
     run_on_water(t, "menu 40007\nfile " + t.scratch() + "/WATER.xyz\nclose\n");
-    EXPECT_EQ(read_file(t.scratch() + "/water.key").find("myown") != std::string::npos, true);
+    EXPECT_NE(read_file(t.scratch() + "/water.key").find("myown"), std::string::npos);
     EXPECT_EQ(read_file(t.scratch() + "/water.lst"), "a listing\n");
     EXPECT_TRUE(file_present(t.scratch() + "/water.xyz"));
 }
@@ -148,7 +144,7 @@ TEST(UsersFiles, AMoleculeCutOnLoadingIsNotWrittenOverItsFile) {
     for (int i = 1; i <= 2600; ++i)
         big += text::format_i(i, 6) + "  C   " + text::format_f(i * 1.6, 11, 6) + "    0.000000    0.000000     1\n";
     write_file(t.scratch() + "/big.xyz", big);
-    run_words(t, t.scratch(), {"big", "1"}, "menu 40039\nmsgbox ok\nmsgbox no\nmsgbox no\nclose\n");
+    run_from(t, t.scratch(), {"big", "1"}, "menu 40039\nmsgbox ok\nmsgbox no\nmsgbox no\nclose\n");
     EXPECT_EQ(t.s.store.natoms, 2500);
     ASSERT_GE(t.tk.message_boxes().size(), 2u);
     EXPECT_EQ(t.tk.message_boxes()[0],

@@ -5,42 +5,28 @@
 #include <random>
 
 #include "session/store_ops.h"
+#include "toolkit/files.h"
 
 using namespace zentol;
 
 namespace {
 
-const std::vector<std::string> kWater = {
-    "     3 water chamul   0   1",
-    "     1  O      0.000000    0.000000    0.119262     6     2     3",
-    "     2  H      0.000000    0.763239   -0.477047    21     1",
-    "     3  H      0.000000   -0.763239   -0.477047    21     1",
-};
-
-std::vector<std::string> split_lines(const std::string& text) {
-    std::vector<std::string> lines;
-    for (std::size_t at = 0, nl; at < text.size(); at = nl + 1) {
-        nl = text.find('\n', at);
-        lines.push_back(text.substr(at, nl - at));
-    }
-    return lines;
-}
-
-std::string joined(const std::vector<std::string>& lines) {
-    std::string s;
-    for (const auto& l : lines) s += l + "\n";
-    return s;
-}
+const std::string kWaterText =
+    "     3 water chamul   0   1\n"
+    "     1  O      0.000000    0.000000    0.119262     6     2     3\n"
+    "     2  H      0.000000    0.763239   -0.477047    21     1\n"
+    "     3  H      0.000000   -0.763239   -0.477047    21     1\n";
+const std::vector<std::string> kWater = files::split_lines(kWaterText);
 
 struct Parsed {
     Store st;
     int charge = 5, mult = 7, status = -1;
 };
 
-std::unique_ptr<Parsed> parse(const std::vector<std::string>& lines) {
+std::unique_ptr<Parsed> parse(const std::vector<std::string>& lines, XyzProblem* problem = nullptr) {
     auto p = std::make_unique<Parsed>();
     element_lookup(p->st, nullptr, "", kLookupConfirmAll);
-    p->status = parse_xyz(lines, p->st, nullptr, p->charge, p->mult);
+    p->status = parse_xyz(lines, p->st, nullptr, p->charge, p->mult, problem);
     return p;
 }
 
@@ -57,29 +43,27 @@ TEST(XyzFile, ReadsAndWritesTheSameText) {
     EXPECT_FLOAT_EQ(p->st.atom_rec[2][kY], 0.763239f);
     EXPECT_FLOAT_EQ(p->st.atom_rec[1][kRadius], 0.66f);
     EXPECT_EQ(p->st.nbonds, 2);
-    EXPECT_EQ(format_xyz(p->st, "water", 0, 1), joined(kWater));
+    EXPECT_EQ(format_xyz(p->st, "water", 0, 1), kWaterText);
     // Axis tips at 1.05 times the largest coordinate on each axis.
     EXPECT_FLOAT_EQ(p->st.atom_rec[kAxisOriginRow + 2][kY], 1.05f * 0.763239f);
 }
 
+// The charge and multiplicity are found from the title's end; what is not
+// there stays as it was (5 and 7).
 TEST(XyzFile, TitleTailIsFoundFromTheLineEnd) {
-    auto with = [](const std::string& title) {
-        auto lines = kWater;
-        lines[0] = title;
-        return parse(lines);
+    const struct { const char* title; int charge, mult; } cases[] = {
+        {"     3 ben CHAMUL   0   2", 0, 2},
+        {"     3 a chamul job chamul  -1   3   ", -1, 3},   // the name may hold the word
+        {"     3 plain tinker file", 5, 7},
+        {"     3 w chamul   2", 2, 7},                      // charge only
     };
-    auto a = with("     3 ben CHAMUL   0   2");
-    EXPECT_EQ(a->charge, 0);
-    EXPECT_EQ(a->mult, 2);
-    auto b = with("     3 a chamul job chamul  -1   3   ");   // the name may hold the word
-    EXPECT_EQ(b->charge, -1);
-    EXPECT_EQ(b->mult, 3);
-    auto c = with("     3 plain tinker file");               // no tail: both stay
-    EXPECT_EQ(c->charge, 5);
-    EXPECT_EQ(c->mult, 7);
-    auto d = with("     3 w chamul   2");                    // charge only
-    EXPECT_EQ(d->charge, 2);
-    EXPECT_EQ(d->mult, 7);
+    for (const auto& c : cases) {
+        auto lines = kWater;
+        lines[0] = c.title;
+        auto p = parse(lines);
+        EXPECT_EQ(p->charge, c.charge) << c.title;
+        EXPECT_EQ(p->mult, c.mult) << c.title;
+    }
 }
 
 TEST(XyzFile, NeighbourSlotsEightReadSevenWrittenHolesAndLargeNumbers) {
@@ -140,34 +124,28 @@ TEST(XyzFile, DamagedFilesAreReported) {
     EXPECT_EQ(parse(bad)->status, kXyzDamaged);
 }
 
-// A file the writer could not write back, or rows that would be saved as
-// something else, are refused with the line and the reason.
 TEST(XyzFile, RowsThatWouldNotSurviveASaveAreRefusedWithTheirLine) {
-    auto refused = [](std::vector<std::string> lines) {
-        auto p = std::make_unique<Parsed>();
-        element_lookup(p->st, nullptr, "", kLookupConfirmAll);
-        XyzProblem problem;
-        EXPECT_EQ(parse_xyz(lines, p->st, nullptr, p->charge, p->mult, &problem), kXyzDamaged) << lines[1];
-        return problem.text("w.xyz");
+    const struct { int row; const char* line; const char* why; } cases[] = {
+        {2, "     2  H      0.000000    0.763239   -0.477047    21     1     9",
+         "w.xyz line 3: neighbour 9 is not one of the 3 atoms of the file"},
+        {2, "     2  H", "w.xyz line 3: the row ends before its coordinates"},
+        {2, "     2  H      0.000000    0.763239   -0.477047", "w.xyz line 3: the row ends before the atom type"},
+        {3, "     3  H      0.000000   -0.763239   -0.477047   -0.     1",
+         "w.xyz line 4: the type and the neighbours must be whole numbers"},
+        {3, "     3  H      0.000000   -0.763239   -0.477047 1000000     1",
+         "w.xyz line 4: the atom type 1000000 does not fit its column"},
+        {1, "     1  O   -1000.00000    0.000000    0.119262     6     2     3",
+         "w.xyz line 2: a coordinate lies beyond what the file's columns hold"},
+        {0, "    -0 water", "w.xyz line 1: the title does not begin with the number of atoms"},
+        {0, "     0 water", "w.xyz line 1: the title says 0 atoms but atom rows follow"},
     };
-    auto with = [](int row, const std::string& line) {
+    for (const auto& c : cases) {
         auto lines = kWater;
-        lines[row] = line;
-        return lines;
-    };
-    EXPECT_EQ(refused(with(2, "     2  H      0.000000    0.763239   -0.477047    21     1     9")),
-              "w.xyz line 3: neighbour 9 is not one of the 3 atoms of the file");
-    EXPECT_EQ(refused(with(2, "     2  H")), "w.xyz line 3: the row ends before its coordinates");
-    EXPECT_EQ(refused(with(2, "     2  H      0.000000    0.763239   -0.477047")),
-              "w.xyz line 3: the row ends before the atom type");
-    EXPECT_EQ(refused(with(3, "     3  H      0.000000   -0.763239   -0.477047   -0.     1")),
-              "w.xyz line 4: the type and the neighbours must be whole numbers");
-    EXPECT_EQ(refused(with(3, "     3  H      0.000000   -0.763239   -0.477047 1000000     1")),
-              "w.xyz line 4: the atom type 1000000 does not fit its column");
-    EXPECT_EQ(refused(with(1, "     1  O   -1000.00000    0.000000    0.119262     6     2     3")),
-              "w.xyz line 2: a coordinate lies beyond what the file's columns hold");
-    EXPECT_EQ(refused(with(0, "    -0 water")), "w.xyz line 1: the title does not begin with the number of atoms");
-    EXPECT_EQ(refused(with(0, "     0 water")), "w.xyz line 1: the title says 0 atoms but atom rows follow");
+        lines[c.row] = c.line;
+        XyzProblem problem;
+        EXPECT_EQ(parse(lines, &problem)->status, kXyzDamaged) << c.line;
+        EXPECT_EQ(problem.text("w.xyz"), c.why);
+    }
 
     // The same limits hold for a molecule in memory, which is never written.
     auto p = parse(kWater);
@@ -217,7 +195,7 @@ TEST(XyzFile, MutatedFilesNeverFault) {
             EXPECT_LE(p->st.nbonds, kMaxBonds);
             // Whatever was accepted is saved so that it reads back the same.
             std::string once = format_xyz(p->st, "mut", p->charge, p->mult);
-            auto again = parse(split_lines(once));
+            auto again = parse(files::split_lines(once));
             ASSERT_EQ(again->status, kXyzRead) << once;
             EXPECT_EQ(format_xyz(again->st, "mut", again->charge, again->mult), once);
         }

@@ -4,29 +4,23 @@
 
 using zentol::text::TextLines;
 
-namespace {
-
-std::vector<std::string> lines_of(const TextLines& t) { return t.strings(); }
-
-}  // namespace
-
 TEST(TextLines, LineEndsOfEveryEngineReadAlike) {
     std::vector<std::string> want{"  ORCA", "", "  END"};
-    EXPECT_EQ(lines_of(TextLines::from_bytes("  ORCA\n\n  END\n")), want);
-    EXPECT_EQ(lines_of(TextLines::from_bytes("  ORCA\r\n\r\n  END\r\n")), want);
-    EXPECT_EQ(lines_of(TextLines::from_bytes("  ORCA\r\r\n\r\r\n  END")), want);   // CR CR LF, no final end
+    EXPECT_EQ(TextLines::from_bytes("  ORCA\n\n  END\n").strings(), want);
+    EXPECT_EQ(TextLines::from_bytes("  ORCA\r\n\r\n  END\r\n").strings(), want);
+    EXPECT_EQ(TextLines::from_bytes("  ORCA\r\r\n\r\r\n  END").strings(), want);   // CR CR LF, no final end
     EXPECT_TRUE(TextLines::from_bytes("").empty());
     EXPECT_EQ(TextLines::from_bytes("\n").size(), 1u);
 }
 
 TEST(TextLines, ByteOrderMarksAreDecoded) {
-    EXPECT_EQ(lines_of(TextLines::from_bytes("\xEF\xBB\xBF" "A 1\nB")), (std::vector<std::string>{"A 1", "B"}));
+    EXPECT_EQ(TextLines::from_bytes("\xEF\xBB\xBF" "A 1\nB").strings(), (std::vector<std::string>{"A 1", "B"}));
     // "H2\r\n" and an a-umlaut in UTF-16 LE and BE.
     std::string le("\xFF\xFE" "H\0" "2\0" "\r\0" "\n\0" "\xE4\0", 12);
     std::string be("\xFE\xFF" "\0H" "\0" "2" "\0\r" "\0\n" "\0\xE4", 12);
     std::vector<std::string> want{"H2", "\xC3\xA4"};
-    EXPECT_EQ(lines_of(TextLines::from_bytes(le)), want);
-    EXPECT_EQ(lines_of(TextLines::from_bytes(be)), want);
+    EXPECT_EQ(TextLines::from_bytes(le).strings(), want);
+    EXPECT_EQ(TextLines::from_bytes(be).strings(), want);
     // A surrogate pair, then a lone low surrogate and an odd last byte.
     std::string pair("\xFF\xFE" "\x3D\xD8\x00\xDE" "\x00\xDC" "x", 9);
     EXPECT_EQ(TextLines::from_bytes(pair)[0], "\xF0\x9F\x98\x80\xEF\xBF\xBD");
