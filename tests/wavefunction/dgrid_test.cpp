@@ -24,13 +24,6 @@ std::string program(TestSession& t, const std::string& name, const std::string& 
     return path;
 }
 
-// The converters of a test: elf_input_gen writes run_<job> with CRLF line
-// ends, which dos2unix (Debian's) turns into LF.
-void converters(TestSession& t) {
-    t.s.engines.values["elf_input_gen"] = program(t, "elf_input_gen", "printf 'dgrid %s\\r\\n' \"$1\" > run_$1\n");
-    t.s.engines.values["dos2unix"] = "dos2unix";
-}
-
 }  // namespace
 
 TEST(Dgrid, DeckIsTheFixedNonInteractiveRun) {
@@ -53,7 +46,9 @@ TEST(Dgrid, VersionFileAndConverters) {
     for (const Case c : {Case{true, false}, Case{true, true}, Case{false, false}}) {
         SCOPED_TRACE(std::to_string(c.v50) + std::to_string(c.v51));
         TestSession t;
-        converters(t);
+        // elf_input_gen writes run_<job> with CRLF ends; dos2unix (Debian's) makes them LF.
+        t.s.engines.values["elf_input_gen"] = program(t, "elf_input_gen", "printf 'dgrid %s\\r\\n' \"$1\" > run_$1\n");
+        t.s.engines.values["dos2unix"] = "dos2unix";
         t.s.engines.values["dgrid50"] = c.v50 ? program(t, "dgrid-5.0", "exit 0\n") : "";
         t.s.engines.values["dgrid51"] = c.v51 ? program(t, "dgrid-5.1", "exit 0\n") : "";
         // Without the wavefunction nothing at all happens.

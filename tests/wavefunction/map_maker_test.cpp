@@ -54,9 +54,15 @@ void mopac_hand_over(const std::string& mgf, int orbital, int kind, const std::s
     files::write_lines("pppmap.KEW", plot_control_file(r));
 }
 
-TEST(MapMaker, MopacHandOverWritesTheJobsCubeAndTellsTheViewer) {
+// Each test in a folder of its own, with copies of the data files it names.
+class MapMaker : public ::testing::Test {
+protected:
+    MapMaker() { files::change_dir(dir.path()); }
+    void copy(const std::string& data, const std::string& name) { files::copy(test_data(data), name); }
     testing::TempDir dir;
-    files::change_dir(dir.path());
+};
+
+TEST_F(MapMaker, MopacHandOverWritesTheJobsCubeAndTellsTheViewer) {
     mopac_hand_over("water.mgf", 4, 0, "water");
     MakerRun r = map_maker({"/somewhere/bin/orbgrid"});
     EXPECT_EQ(r.status, 0) << r.err;
@@ -73,9 +79,7 @@ TEST(MapMaker, MopacHandOverWritesTheJobsCubeAndTellsTheViewer) {
     EXPECT_EQ(read_file("pppmap.atl").substr(0, 18), "methyl_spin.cube\nS");
 }
 
-TEST(MapMaker, FailedHandOverSaysWhyInTheLog) {
-    testing::TempDir dir;
-    files::change_dir(dir.path());
+TEST_F(MapMaker, FailedHandOverSaysWhyInTheLog) {
     MakerRun r = map_maker({"orbgrid"});
     EXPECT_EQ(r.status, 1);
     EXPECT_NE(read_file("pppmap.log").find("pppmap.KEW is missing"), std::string::npos);
@@ -94,10 +98,8 @@ TEST(MapMaker, FailedHandOverSaysWhyInTheLog) {
     EXPECT_FALSE(files::exists("pppmap.atl"));
 }
 
-TEST(MapMaker, FireflyHandOverReadsPunchAndKew) {
-    testing::TempDir dir;
-    files::change_dir(dir.path());
-    files::copy(test_data("firefly/gamessus2018_dvb_opt.dat"), "PUNCH");
+TEST_F(MapMaker, FireflyHandOverReadsPunchAndKew) {
+    copy("firefly/gamessus2018_dvb_opt.dat", "PUNCH");
     write_file("pppmap.kew", "          35          35          40\n");
     MakerRun r = map_maker({"gridmap"});
     EXPECT_EQ(r.status, 0) << r.err;
@@ -107,10 +109,8 @@ TEST(MapMaker, FireflyHandOverReadsPunchAndKew) {
     EXPECT_EQ(read_file("pppmap.atl").substr(0, 18), "pppmap_MO035.cube\n");
 }
 
-TEST(MapMaker, ShellUseWithOptions) {
-    testing::TempDir dir;
-    files::change_dir(dir.path());
-    files::copy(test_data("orbitals/water.mgf"), "water.mgf");
+TEST_F(MapMaker, ShellUseWithOptionsAndTheCubeFileReadBack) {
+    copy("orbitals/water.mgf", "water.mgf");
     MakerRun r = map_maker({"zentol-orbgrid", "--lumo", "--steps", "32", "water.mgf"});
     EXPECT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(cube("water_MO005.cube").title, "Molecular orbital 5");
@@ -122,33 +122,11 @@ TEST(MapMaker, ShellUseWithOptions) {
     r = map_maker({"zentol-orbgrid", "missing.mgf"});
     EXPECT_EQ(r.status, 1);
     EXPECT_EQ(r.err, "no map: cannot read missing.mgf\n");
-}
 
-TEST(MapMaker, LargerMopacRunIsNumberedFromItsListing) {
-    // Hexadecane without ALLVEC: the file holds orbitals 41 to 56 only.
-    testing::TempDir dir;
-    files::change_dir(dir.path());
-    files::copy(test_data("orbitals/hexadecane.mgf"), "hexadecane.mgf");
-    MakerRun r = map_maker({"zentol-orbgrid", "--steps", "32", "--density", "hexadecane.mgf"});
-    EXPECT_EQ(r.status, 1);
-    EXPECT_NE(r.err.find("ALLVEC"), std::string::npos);
-    files::copy(test_data("orbitals/hexadecane.out"), "hexadecane.out");
-    r = map_maker({"zentol-orbgrid", "--steps", "32", "hexadecane.mgf"});
-    EXPECT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(cube("hexadecane_MO049.cube").title, "Molecular orbital 49");
-}
-
-TEST(CubeFile, ReadsBackWhatItWritesAndRefusesDamage) {
-    testing::TempDir dir;
-    files::change_dir(dir.path());
-    files::copy(test_data("orbitals/water.mgf"), "water.mgf");
-    ASSERT_EQ(map_maker({"zentol-orbgrid", "--steps", "32", "water.mgf"}).status, 0);
-    const std::string text = read_file("water_MO004.cube");
-    std::string error;
-    const auto g = read_cube(text, error);
-    ASSERT_TRUE(g.has_value()) << error;
-    // Every value line: six fields of 13 at most.
+    // Every value line: six fields of 13 at most. Damage is refused.
+    const std::string text = read_file("water_MO005.cube");
     EXPECT_EQ(text.substr(text.find('\n', text.find("\n    1")) + 1).substr(0, 1), " ");
+    std::string error;
     for (std::size_t cut : {text.size() / 2, std::size_t{40}, std::size_t{0}}) {
         EXPECT_FALSE(read_cube(text.substr(0, cut), error)) << cut;
         EXPECT_FALSE(error.empty());
@@ -158,11 +136,21 @@ TEST(CubeFile, ReadsBackWhatItWritesAndRefusesDamage) {
     EXPECT_EQ(error, "the cube file's grid is too large");
 }
 
-TEST(CubeFile, OpenBabelReadsTheAtomsAndTheGrid) {
+TEST_F(MapMaker, LargerMopacRunIsNumberedFromItsListing) {
+    // Hexadecane without ALLVEC: the file holds orbitals 41 to 56 only.
+    copy("orbitals/hexadecane.mgf", "hexadecane.mgf");
+    MakerRun r = map_maker({"zentol-orbgrid", "--steps", "32", "--density", "hexadecane.mgf"});
+    EXPECT_EQ(r.status, 1);
+    EXPECT_NE(r.err.find("ALLVEC"), std::string::npos);
+    copy("orbitals/hexadecane.out", "hexadecane.out");
+    r = map_maker({"zentol-orbgrid", "--steps", "32", "hexadecane.mgf"});
+    EXPECT_EQ(r.status, 0) << r.err;
+    EXPECT_EQ(cube("hexadecane_MO049.cube").title, "Molecular orbital 49");
+}
+
+TEST_F(MapMaker, OpenBabelReadsTheAtomsAndTheGrid) {
     if (std::system("obabel -V >/dev/null 2>&1") != 0) GTEST_SKIP() << "obabel is not installed";
-    testing::TempDir dir;
-    files::change_dir(dir.path());
-    files::copy(test_data("orbitals/water.mgf"), "water.mgf");
+    copy("orbitals/water.mgf", "water.mgf");
     ASSERT_EQ(map_maker({"zentol-orbgrid", "--steps", "36", "water.mgf"}).status, 0);
     ASSERT_EQ(std::system("obabel -icube water_MO004.cube -oxyz -O water.xyz >/dev/null 2>&1"), 0);
     const auto xyz = files::read_lines("water.xyz");
@@ -182,11 +170,9 @@ TEST(CubeFile, OpenBabelReadsTheAtomsAndTheGrid) {
         EXPECT_NEAR(theirs.values[i], ours.values[i], 1e-5 + 1e-4 * std::abs(ours.values[i]));
 }
 
-TEST(MapMaker, RealMopacRunGivesANormalisedOrbital) {
+TEST_F(MapMaker, RealMopacRunGivesANormalisedOrbital) {
     if (std::system("command -v mopac >/dev/null 2>&1") != 0) GTEST_SKIP() << "mopac is not installed";
-    testing::TempDir dir;
-    files::change_dir(dir.path());
-    files::copy(test_data("orbitals/water.mop"), "water.mop");
+    copy("orbitals/water.mop", "water.mop");
     ASSERT_EQ(std::system("mopac water.mop >/dev/null 2>&1"), 0);
     ASSERT_EQ(map_maker({"zentol-orbgrid", "--steps", "100", "--margin", "5", "water.mgf"}).status, 0);
     const CubeGrid g = cube("water_MO004.cube");

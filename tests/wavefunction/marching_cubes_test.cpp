@@ -29,37 +29,31 @@ struct Measure {
     int turned = 0;   // triangles whose winding disagrees with their normals
 };
 
+using V = std::array<double, 3>;
+V sub(const V& a, const V& b) { return {a[0] - b[0], a[1] - b[1], a[2] - b[2]}; }
+double dot(const V& a, const V& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
+V cross(const V& a, const V& b) { return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]}; }
+
 // Area, enclosed volume (each triangle turned to agree with its normals)
 // and how far vertices and normals stray from a sphere of radius r at c.
-Measure measure(const IsoMesh& m, double r, std::array<double, 3> c) {
+Measure measure(const IsoMesh& m, double r, const V& c) {
     Measure out;
+    auto get = [](const std::vector<float>& v, std::size_t at) { return V{v[at], v[at + 1], v[at + 2]}; };
     for (std::size_t t = 0; t < m.triangles(); ++t) {
-        std::array<std::array<double, 3>, 3> p;
-        std::array<double, 3> nsum{};
+        V p[3], nsum{};
         for (int v = 0; v < 3; ++v) {
-            double dist = 0, dot = 0;
-            for (int a = 0; a < 3; ++a) {
-                p[v][a] = m.vertices[9 * t + 3 * v + a];
-                nsum[a] += m.normals[9 * t + 3 * v + a];
-                dist += (p[v][a] - c[a]) * (p[v][a] - c[a]);
-            }
-            dist = std::sqrt(dist);
-            for (int a = 0; a < 3; ++a) dot += m.normals[9 * t + 3 * v + a] * (p[v][a] - c[a]) / dist;
+            p[v] = get(m.vertices, 9 * t + 3 * v);
+            const V n = get(m.normals, 9 * t + 3 * v), d = sub(p[v], c);
+            const double dist = std::sqrt(dot(d, d));
+            for (int a = 0; a < 3; ++a) nsum[a] += n[a];
             out.worst_radius = std::max(out.worst_radius, std::abs(dist - r));
-            out.worst_normal = std::min(out.worst_normal, dot);
+            out.worst_normal = std::min(out.worst_normal, dot(n, d) / dist);
         }
-        const std::array<double, 3> e1{p[1][0] - p[0][0], p[1][1] - p[0][1], p[1][2] - p[0][2]};
-        const std::array<double, 3> e2{p[2][0] - p[0][0], p[2][1] - p[0][1], p[2][2] - p[0][2]};
-        const std::array<double, 3> x{e1[1] * e2[2] - e1[2] * e2[1], e1[2] * e2[0] - e1[0] * e2[2],
-                                      e1[0] * e2[1] - e1[1] * e2[0]};
-        const double len = std::sqrt(x[0] * x[0] + x[1] * x[1] + x[2] * x[2]);
-        out.area += len / 2;
-        const double turn = (x[0] * nsum[0] + x[1] * nsum[1] + x[2] * nsum[2]) < 0 ? -1 : 1;
+        const V x = cross(sub(p[1], p[0]), sub(p[2], p[0]));
+        out.area += std::sqrt(dot(x, x)) / 2;
+        const double turn = dot(x, nsum) < 0 ? -1 : 1;
         out.turned += turn < 0;
-        double q[3];
-        for (int a = 0; a < 3; ++a) q[a] = p[0][a] - c[a];
-        // Tetrahedron of the triangle and the centre.
-        out.volume += turn * (q[0] * x[0] + q[1] * x[1] + q[2] * x[2]) / 6;
+        out.volume += turn * dot(sub(p[0], c), x) / 6;   // the tetrahedron of the triangle and the centre
     }
     return out;
 }

@@ -63,20 +63,16 @@ bool said(const TestSession& t, const std::string& part) {
 
 }  // namespace
 
+// The answer files the actions' runs below do not show whole; the others
+// are checked as the fake Multiwfn received them.
 TEST(MultiwfnAnswers, TheAnswerFilesAsMultiwfnTakesThem) {
-    EXPECT_EQ(cube_answers("4,5,6").lines(), (Lines{"200", "3", "4,5,6", "3", "1", "0", "q"}));
-    EXPECT_EQ(orbital_answers(4).lines(), (Lines{"8", "1", "004"}));
-    EXPECT_EQ(orbital_stem(7), "007");
     EXPECT_EQ(orbital_stem(123), "123");
-    EXPECT_EQ(composition_answers({4, 5, 6}).lines(), (Lines{"8", "1", "  4", "  5", "  6", "q"}));
     EXPECT_EQ(topmod_first_answers().lines(), (Lines{"17", "1", "9", "2", "12", "-10", "q"}));
     EXPECT_EQ(loba_answers(50.0, false).lines(), (Lines{"19", "1", "8", "100", "50.000", "m", "0", "-10", "q"}));
     EXPECT_EQ(loba_answers(10.0, true).lines(),
               (Lines{"19", "-9", "0", "1", "8", "100", "10.000", "m", "0", "-10", "q"}));
-    EXPECT_EQ(esp_answers().lines(), (Lines{"12", "0", "6", "-1", "-1", "q"}));
     EXPECT_EQ(hirshfeld_answers().lines(), (Lines{"7", "1", "1", "y", "0", "q"}));
     EXPECT_EQ(spin_density_answers().lines(), (Lines{"5", "5", "3", "2", "0", "q"}));
-    EXPECT_EQ(d_orbital_key().size(), 6u);
 
     EXPECT_EQ(parse_orbital_list("4,5,6"), (std::vector<int>{4, 5, 6}));
     EXPECT_EQ(parse_orbital_list(" 41, 43-45 "), (std::vector<int>{41, 43, 44, 45}));
@@ -90,7 +86,6 @@ TEST(MultiwfnAnswers, BasinListsPickTheSecondRunsRecords) {
     BasinLists ch4 = read_basin_lists(data("ch4/topmod.lst"));
     EXPECT_EQ(ch4.core, "4");
     EXPECT_FALSE(ch4.one_found);
-    EXPECT_EQ(topmod_second_answers(ch4).lines(), (Lines{"17", "1", "9", "2", "12", "-5", "b", "4", "1-3,5"}));
     // Ni(CO)4: both kinds.
     const BasinLists nico4 = read_basin_lists(data("nico4/topmod.lst"));
     EXPECT_EQ(topmod_second_answers(nico4).lines(),
@@ -156,8 +151,7 @@ TEST(MultiwfnActions, CubesCompositionsAndTheDOrbitalKey) {
 TEST(MultiwfnActions, ElfLobaPotentialHirshfeldAndSpin) {
     MultiwfnJob j;
     std::filesystem::create_directories(j.t.scratch() + "/job-folder");
-    for (const char* f : {"job.molden.input"})
-        std::filesystem::rename(j.t.scratch() + "/" + f, j.t.scratch() + "/job-folder/" + f);
+    std::filesystem::rename(j.t.scratch() + "/job.molden.input", j.t.scratch() + "/job-folder/job.molden.input");
     std::filesystem::current_path(j.t.scratch() + "/job-folder");
     j.act(3);
     EXPECT_EQ(j.answers(2), (Lines{"17", "1", "9", "2", "12", "-5", "b", "4", "1-3,5"}));

@@ -5,6 +5,7 @@
 // file is a GAMESS-US run with its AIMPAC wavefunction.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "engines/mopac/mopac_plot.h"
@@ -17,21 +18,16 @@ namespace zentol {
 namespace {
 
 constexpr double kAngstrom = 0.52917721067;  // bohr in Angstrom
+constexpr const char* kDvb = "gamessus2018_dvb_opt.dat";
 
-MapWavefunction mopac_file(const std::string& name) {
-    const auto lines = files::read_text_lines(testing::test_data("orbitals/" + name));
+// A MOPAC graph file of tests/data/orbitals, or a punch file of tests/data/firefly.
+MapWavefunction wavefunction(const std::string& name) {
+    const bool mopac = name.ends_with(".mgf");
+    const auto lines = files::read_text_lines(testing::test_data((mopac ? "orbitals/" : "firefly/") + name));
     EXPECT_TRUE(lines.has_value()) << name;
     std::string error;
-    MapWavefunction w = mopac_wavefunction(read_mop2016_vectors(lines->views()), error);
-    EXPECT_EQ(error, "");
-    return w;
-}
-
-MapWavefunction dvb_punch() {
-    const auto lines = files::read_text_lines(testing::test_data("firefly/gamessus2018_dvb_opt.dat"));
-    EXPECT_TRUE(lines.has_value());
-    std::string error;
-    MapWavefunction w = aimpac_wavefunction(*lines, error);
+    MapWavefunction w = mopac ? mopac_wavefunction(read_mop2016_vectors(lines->views()), error)
+                              : aimpac_wavefunction(*lines, error);
     EXPECT_EQ(error, "");
     return w;
 }
@@ -48,25 +44,18 @@ CubeGrid map_of(const MapWavefunction& w, MapKind kind, int orbital, int steps, 
     return g ? *g : CubeGrid{};
 }
 
-// Sum of f(value) times the volume of a grid cell: the cell is a cube whose
-// edge is the distance between two neighbouring points.
-template <class F>
-double integrate(const CubeGrid& g, F f) {
-    const double h = g.axes[0][0];
-    double sum = 0;
-    for (float v : g.values) sum += f(v);
-    return sum * h * h * h;
-}
-
-double overlap(const CubeGrid& a, const CubeGrid& b) {
+// The sum over the grid of a times b (of a alone without b) times the volume
+// of a cell: a cube whose edge is the distance between neighbouring points.
+double integral(const CubeGrid& a, const CubeGrid* b = nullptr) {
+    if (b && b->values.size() != a.values.size()) return NAN;
     const double h = a.axes[0][0];
     double sum = 0;
-    for (std::size_t i = 0; i < a.values.size(); ++i) sum += double(a.values[i]) * b.values[i];
+    for (std::size_t i = 0; i < a.values.size(); ++i) sum += double(a.values[i]) * (b ? b->values[i] : 1.0);
     return sum * h * h * h;
 }
 
 TEST(MopacMaps, HydrogenOrbitalIsTheHandMadeSlaterSum) {
-    const MapWavefunction w = mopac_file("h2.mgf");
+    const MapWavefunction w = wavefunction("h2.mgf");
     const CubeGrid g = map_of(w, MapKind::Orbital, 1, 40);
     // From h2.mgf: zeta 1.2602370, atoms on z, the bonding orbital
     // (0.70710678, 0.70710678) in MOPAC's orthogonal basis and the matrix
@@ -84,53 +73,48 @@ TEST(MopacMaps, HydrogenOrbitalIsTheHandMadeSlaterSum) {
     }
 }
 
-TEST(MopacMaps, OrbitalsAreNormalisedAndOrthogonalOnAFineGrid) {
-    const MapWavefunction h2 = mopac_file("h2.mgf");
-    const CubeGrid sigma = map_of(h2, MapKind::Orbital, 1, 128), sigma_star = map_of(h2, MapKind::Orbital, 2, 128);
-    EXPECT_NEAR(integrate(sigma, [](double v) { return v * v; }), 1.0, 0.01);
-    EXPECT_NEAR(integrate(sigma_star, [](double v) { return v * v; }), 1.0, 0.01);
-    EXPECT_NEAR(overlap(sigma, sigma_star), 0.0, 0.01);
-
-    const MapWavefunction water = mopac_file("water.mgf");
-    ASSERT_EQ(water.homo, 4);
-    const CubeGrid homo = map_of(water, MapKind::Orbital, 4, 128), lumo = map_of(water, MapKind::Orbital, 5, 128);
-    const CubeGrid sigma_oh = map_of(water, MapKind::Orbital, 3, 128);
-    EXPECT_NEAR(integrate(homo, [](double v) { return v * v; }), 1.0, 0.01);
-    EXPECT_NEAR(integrate(lumo, [](double v) { return v * v; }), 1.0, 0.01);
-    EXPECT_NEAR(integrate(sigma_oh, [](double v) { return v * v; }), 1.0, 0.01);
-    EXPECT_NEAR(overlap(homo, lumo), 0.0, 0.01);
-    EXPECT_NEAR(overlap(sigma_oh, lumo), 0.0, 0.01);
-}
-
-TEST(MopacMaps, SulfurDFunctionsInMopacsOrderKeepOrbitalsNormalised) {
-    // SO2 by PM7: sulfur has s, p and d functions (zeta_d 3.51). With the d
-    // functions in another order than x2-y2, xz, z2, yz, xy the norms of
-    // orbitals 9 and 13 stray by 2%.
-    const MapWavefunction so2 = mopac_file("so2.mgf");
-    ASSERT_EQ(so2.slater[0].functions, 9);
-    for (int mo : {9, 11, 13}) {
-        const CubeGrid g = map_of(so2, MapKind::Orbital, mo, 96, 4.0);
-        EXPECT_NEAR(integrate(g, [](double v) { return v * v; }), 1.0, 0.01) << mo;
+TEST(OrbitalMaps, OrbitalsAreNormalisedAndOrthogonalOnAFineGrid) {
+    // SO2 by PM7 (regression): sulfur has s, p and d functions (zeta_d 3.51).
+    // With the d functions in another order than x2-y2, xz, z2, yz, xy the
+    // norms of orbitals 9 and 13 stray by 2%.
+    struct Case {
+        const char* file;
+        std::vector<int> orbitals;   // the last is checked against the others
+        int steps;
+        double margin;
+    };
+    for (const Case& c : {Case{"h2.mgf", {1, 2}, 128, 5.0}, Case{"water.mgf", {3, 4, 5}, 128, 5.0},
+                          Case{"so2.mgf", {9, 11, 13}, 96, 4.0}, Case{kDvb, {34, 35}, 128, 4.0}}) {
+        const MapWavefunction w = wavefunction(c.file);
+        std::vector<CubeGrid> maps;
+        for (int mo : c.orbitals) {
+            maps.push_back(map_of(w, MapKind::Orbital, mo, c.steps, c.margin));
+            EXPECT_NEAR(integral(maps.back(), &maps.back()), 1.0, 0.01) << c.file << " orbital " << mo;
+        }
+        for (std::size_t i = 0; i + 1 < maps.size(); ++i)
+            EXPECT_NEAR(integral(maps[i], &maps.back()), 0.0, 0.01) << c.file << " orbital " << c.orbitals[i];
     }
+    EXPECT_EQ(wavefunction("water.mgf").homo, 4);
+    EXPECT_EQ(wavefunction("so2.mgf").slater[0].functions, 9);
+    const MapWavefunction dvb = wavefunction(kDvb);
+    EXPECT_EQ(dvb.atoms.size(), 20u);
+    EXPECT_EQ(dvb.orbitals.size(), 35u);
+    EXPECT_EQ(dvb.homo, 35);
 }
 
 TEST(MopacMaps, DensityHoldsTheValenceElectronsAndSpinTheUnpairedOne) {
-    const CubeGrid water = map_of(mopac_file("water.mgf"), MapKind::Density, 0, 128);
-    EXPECT_NEAR(integrate(water, [](double v) { return v; }), 8.0, 0.08);
+    const CubeGrid water = map_of(wavefunction("water.mgf"), MapKind::Density, 0, 128);
+    EXPECT_NEAR(integral(water), 8.0, 0.08);
     // The methyl radical, UHF: 4 alpha and 3 beta valence electrons.
-    const MapWavefunction methyl = mopac_file("ch3_uhf.mgf");
-    EXPECT_NEAR(integrate(map_of(methyl, MapKind::Density, 0, 112), [](double v) { return v; }), 7.0, 0.07);
+    const MapWavefunction methyl = wavefunction("ch3_uhf.mgf");
+    EXPECT_NEAR(integral(map_of(methyl, MapKind::Density, 0, 112)), 7.0, 0.07);
     const CubeGrid spin = map_of(methyl, MapKind::Spin, 0, 112);
-    EXPECT_NEAR(integrate(spin, [](double v) { return v; }), 1.0, 0.01);
-    // The unpaired electron sits in the p orbital out of the plane: the
-    // spin is largest above and below the carbon atom, not in the plane.
-    float top = 0;
-    for (float v : spin.values) top = std::max(top, v);
-    EXPECT_GT(top, 0.0f);
+    EXPECT_NEAR(integral(spin), 1.0, 0.01);
+    EXPECT_GT(*std::max_element(spin.values.begin(), spin.values.end()), 0.0f);
 }
 
 TEST(MopacMaps, WhatCannotBeMappedIsSaid) {
-    const MapWavefunction water = mopac_file("water.mgf");
+    const MapWavefunction water = wavefunction("water.mgf");
     MapRequest r;
     r.orbital = 9;
     std::string error;
@@ -171,18 +155,6 @@ TEST(MopacMaps, GraphDatCarriesEverythingTheMapNeeds) {
         ASSERT_EQ(ga.values.size(), gb.values.size());
         for (std::size_t i = 0; i < ga.values.size(); i += 97) EXPECT_NEAR(ga.values[i], gb.values[i], 1e-6);
     }
-}
-
-TEST(FireflyMaps, PunchWavefunctionIsNormalisedAndOrthogonal) {
-    const MapWavefunction dvb = dvb_punch();
-    ASSERT_EQ(dvb.atoms.size(), 20u);
-    ASSERT_EQ(dvb.orbitals.size(), 35u);
-    EXPECT_EQ(dvb.homo, 35);
-    const CubeGrid homo = map_of(dvb, MapKind::Orbital, 35, 128, 4.0);
-    const CubeGrid below = map_of(dvb, MapKind::Orbital, 34, 128, 4.0);
-    EXPECT_NEAR(integrate(homo, [](double v) { return v * v; }), 1.0, 0.01);
-    EXPECT_NEAR(integrate(below, [](double v) { return v * v; }), 1.0, 0.01);
-    EXPECT_NEAR(overlap(homo, below), 0.0, 0.01);
 }
 
 TEST(FireflyMaps, PunchWithoutWavefunctionOrCutShortIsSaid) {

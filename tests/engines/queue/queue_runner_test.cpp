@@ -16,11 +16,7 @@
 using namespace zentol;
 using namespace zentol::testing;
 
-namespace {
-
 using Lines = std::vector<std::string>;
-
-}  // namespace
 
 // Three ORCA jobs run in the order queued, each in its own directory, and
 // leave what Update reads: the listing, ORCA's geometry as job.out, and
