@@ -28,15 +28,8 @@ using Lines = std::vector<std::string>;
 // Fe with three hydrogens and a Cp ring, whose centroid "Cn" is atom 2;
 // the bond Fe1-H3 stored for the scan.
 const char* const kBuildComplex =
-    "key B\n"
-    "dialog 102 ok 1021=Fe 1048=1\n"
-    "press atom 2\n"
-    "dialog 102 ok 1021=C 1077=1\n"
-    "menu 40026\n"
-    "dialog 124 ok 1051=1\n"
-    "press atom 1\n"
-    "press atom 3\n"
-    "menu 40056\n";
+    "key B\ndialog 102 ok 1021=Fe 1048=1\npress atom 2\ndialog 102 ok 1021=C 1077=1\n"
+    "menu 40026\ndialog 124 ok 1051=1\npress atom 1\npress atom 3\nmenu 40056\n";
 
 // Fe-H 1.6 apart, lanthanum, and a dummy centre on the iron.
 const char* const kFeLaJob =
