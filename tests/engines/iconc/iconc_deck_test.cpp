@@ -122,12 +122,7 @@ TEST(IconcResults, TheScanChartSpansItsPointsAndNamesTheMinimum) {
     EXPECT_EQ(scan_minimum(points), 2);
     EXPECT_EQ(scan_minimum({}), 0);
     const Chart c = scan_chart(points, make_label("FE"), make_label("H3"));
-    EXPECT_EQ(c.title, "FE-H3 Min at step 2");
-    EXPECT_EQ(c.x_title, "Distance");
-    EXPECT_EQ(c.y_title, "Energy");
-    EXPECT_DOUBLE_EQ(c.x_min, 1.7);
-    EXPECT_DOUBLE_EQ(c.x_max, 1.9);
-    EXPECT_DOUBLE_EQ(c.y_min, -99.6);
-    EXPECT_DOUBLE_EQ(c.y_max, -99.1);
+    EXPECT_EQ(c.title + " | " + c.x_title + " | " + c.y_title, "FE-H3 Min at step 2 | Distance | Energy");
+    EXPECT_EQ((std::vector<double>{c.x_min, c.x_max, c.y_min, c.y_max}), (std::vector<double>{1.7, 1.9, -99.6, -99.1}));
     EXPECT_EQ(c.points.size(), 3u);
 }

@@ -4,6 +4,7 @@
 // 2.0 Angstrom).
 #include "engines/iconc/iconc_mode.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
@@ -27,15 +28,8 @@ using Lines = std::vector<std::string>;
 // Fe with three hydrogens and a Cp ring, whose centroid "Cn" is atom 2;
 // the bond Fe1-H3 stored for the scan.
 const char* const kBuildComplex =
-    "key B\n"
-    "dialog 102 ok 1021=Fe 1048=1\n"
-    "press atom 2\n"
-    "dialog 102 ok 1021=C 1077=1\n"
-    "menu 40026\n"
-    "dialog 124 ok 1051=1\n"
-    "press atom 1\n"
-    "press atom 3\n"
-    "menu 40056\n";
+    "key B\ndialog 102 ok 1021=Fe 1048=1\npress atom 2\ndialog 102 ok 1021=C 1077=1\n"
+    "menu 40026\ndialog 124 ok 1051=1\npress atom 1\npress atom 3\nmenu 40056\n";
 
 // Fe-H 1.6 apart, lanthanum, and a dummy centre on the iron.
 const char* const kFeLaJob =
@@ -81,6 +75,11 @@ struct IconcSession {
         t.tk.load_script(script);
         run_program(t.s, {"zentol", "felah", "1"});
     }
+    // One run of dialog 111 on felah, the given fields set, then leave.
+    void run_once(const std::string& fields, bool bond_stored = true) {
+        run_job("menu 40052\nmenu 40006\ndialog 115 ok\ndialog 111 button:3" + fields + "\nmenu 40001\n", bond_stored);
+    }
+    bool has(const std::string& name) const { return file_present(t.scratch() + "/" + name); }
     std::string file(const std::string& name) const { return read_file(t.scratch() + "/" + name); }
     Lines lines(const std::string& name) const { return files::read_lines(t.scratch() + "/" + name).value_or(Lines{}); }
     // Every deck inputc was given, in order.
@@ -98,15 +97,17 @@ struct IconcSession {
         for (const std::string& l : lines("fake_energies.txt")) out.push_back(*text::read_f(l));
         return out;
     }
-    int dialogs(int id) const {
-        int n = 0;
-        for (int shown : t.tk.dialogs_shown()) n += shown == id;
-        return n;
-    }
+    int dialogs(int id) const { return std::count(t.tk.dialogs_shown().begin(), t.tk.dialogs_shown().end(), id); }
     bool wrote_status(const std::string& text) const {
         for (const auto& [field, written] : t.tk.status_writes())
             if (written.find(text) != std::string::npos) return true;
         return false;
+    }
+    // The programs named one by one instead of by their directory.
+    void name_programs(const std::string& iconc) {
+        t.s.engines.values.erase("iconc_dir");
+        t.s.engines.values["inputc"] = bin + "/inputc";
+        t.s.engines.values["iconc"] = iconc;
     }
 
     TestSession t;
@@ -173,8 +174,8 @@ TEST(IconcMode, EnergyScanAndOptimisationOnAComplexBuiltInBuildMode) {
 
     // Leaving took the run's files and the copied tables away.
     for (const char* gone : {"inputc.inp", "inputc.lst", "iconcinp.kar", "iconc.out", "ENERTOT.DAT", "atomdef.dat"})
-        EXPECT_FALSE(file_present(is.t.scratch() + "/" + gone)) << gone;
-    EXPECT_TRUE(file_present(is.t.scratch() + "/ptest.lst"));
+        EXPECT_FALSE(is.has(gone)) << gone;
+    EXPECT_TRUE(is.has("ptest.lst"));
 }
 
 TEST(IconcMode, EscEndsTheScanWithTheDoneStepsPlottedAndStepsStopAtSixty) {
@@ -186,9 +187,8 @@ TEST(IconcMode, EscEndsTheScanWithTheDoneStepsPlottedAndStepsStopAtSixty) {
     ASSERT_TRUE(is.t.tk.last_chart());
     EXPECT_EQ(is.t.tk.last_chart()->points.size(), 4u);
     EXPECT_EQ(is.decks().size(), 4u);
-    bool refused = false;
-    for (const std::string& line : is.t.tk.transcript()) refused = refused || line.find("field 1102 refused") != std::string::npos;
-    EXPECT_TRUE(refused);
+    const auto& said = is.t.tk.transcript();
+    EXPECT_TRUE(std::any_of(said.begin(), said.end(), [](auto& l) { return l.find("field 1102 refused") != l.npos; }));
     // The lowest of the four steps, towards the curve's bottom, is the last:
     // Apply Scan takes it into the molecule.
     EXPECT_EQ(is.t.tk.last_chart()->title, "FE-H Min at step 4");
@@ -207,25 +207,15 @@ TEST(IconcMode, NewInputAsksOnlyForTheDBlockMetalAndLeavesTheCentreOut) {
     EXPECT_TRUE(is.wrote_status("Iconc input saved"));
     ASSERT_EQ(is.decks().size(), 1u);
     EXPECT_EQ(is.decks()[0], (Lines{"1", "ICONCINP", "PTEST", "   3", "  0", "FE", "H", "LA",
-                                             "    -0.40000    -0.45000     0.00000",
-                                             "     1.20000    -0.45000     0.00000",
-                                             "    -0.40000     3.05000     0.00000", "N"}));
-}
-
-TEST(IconcMode, WithoutAStoredBondTheScanRunsNothing) {
-    IconcSession is;
-    is.run_job("menu 40052\nmenu 40006\ndialog 115 ok\ndialog 111 button:3 1054=1\nmenu 40001\n", false);
-    ASSERT_FALSE(is.t.tk.message_boxes().empty());
-    EXPECT_EQ(is.t.tk.message_boxes().back(), "No Bond Stored");
-    EXPECT_TRUE(is.decks().empty());
+                                    "    -0.40000    -0.45000     0.00000", "     1.20000    -0.45000     0.00000",
+                                    "    -0.40000     3.05000     0.00000", "N"}));
 }
 
 TEST(IconcMode, AnOptimisationBelowEdiffLeavesEveryCoordinate) {
     IconcSession is;
     // Steps of 0.01 near the bottom of the curve gain less than 1 eV.
     setenv("FAKE_ICONC_RE", "1.6", 1);
-    is.run_job("menu 40052\nmenu 40006\ndialog 115 ok\ndialog 111 button:3 1055=1 1016=1 1071=0.01 1008=1\n"
-               "menu 40001\n");
+    is.run_once(" 1055=1 1016=1 1071=0.01 1008=1");
     unsetenv("FAKE_ICONC_RE");
     // A start run, then each of Fe, H and La tried both ways on each axis.
     EXPECT_EQ(is.decks().size(), 1u + 3u * 3u * 2u);
@@ -238,7 +228,7 @@ TEST(IconcMode, ASpoiltOrMissingEnergyFileGivesZeroAndChangesNothing) {
     for (const char* spoil : {"none", "short", "garbage"}) {
         IconcSession is;
         setenv("FAKE_ICONC_ENERTOT", spoil, 1);
-        is.run_job("menu 40052\nmenu 40006\ndialog 115 ok\ndialog 111 button:3 1055=1 1016=1\nmenu 40001\n");
+        is.run_once(" 1055=1 1016=1");
         unsetenv("FAKE_ICONC_ENERTOT");
         EXPECT_TRUE(is.wrote_status("Optimization Finished")) << spoil;
         EXPECT_NE(is.file("felah.geo").find("  0  0                0.00000000"), std::string::npos) << spoil;
@@ -248,39 +238,39 @@ TEST(IconcMode, ASpoiltOrMissingEnergyFileGivesZeroAndChangesNothing) {
 
 TEST(IconcMode, MissingProgramsAreNamedAndTheModeIsNotEntered) {
     IconcSession is;
-    is.t.s.engines.values.erase("iconc_dir");
-    is.t.s.engines.values["inputc"] = is.bin + "/inputc";
-    is.t.s.engines.values["iconc"] = is.t.dir / "nowhere/iconc";
+    is.name_programs(is.t.dir / "nowhere/iconc");
     is.run_job("menu 40052\n");
     EXPECT_TRUE(is.wrote_status("program iconc not found, set \"iconc\" or \"iconc_dir\" in"));
     EXPECT_EQ(is.t.tk.status(9).find("ICONC: program iconc"), 0u);   // the message stands
     for (const std::string& line : is.t.tk.transcript()) EXPECT_NE(line, "menu 30005");
+
+    // Named one by one, the tables are looked for beside the engine.
+    IconcSession named;
+    named.name_programs(named.bin + "/iconc");
+    named.run_once("");
+    ASSERT_EQ(named.decks().size(), 1u);
+    EXPECT_NEAR(named.energies()[0], morse(1.6), 1e-6);
 }
 
-TEST(IconcMode, TheProgramsMayBeNamedOneByOneWithTheirTablesBesideTheEngine) {
-    IconcSession is;
-    is.t.s.engines.values.erase("iconc_dir");
-    is.t.s.engines.values["inputc"] = is.bin + "/inputc";
-    is.t.s.engines.values["iconc"] = is.bin + "/iconc";
-    is.run_job("menu 40052\nmenu 40006\ndialog 115 ok\ndialog 111 button:3\nmenu 40001\n");
-    ASSERT_EQ(is.decks().size(), 1u);
-    EXPECT_NEAR(is.energies()[0], morse(1.6), 1e-6);
-}
-
-TEST(IconcMode, AnEmptyMoleculeGetsNoDeck) {
-    IconcSession is;
-    fs::current_path(is.t.dir.path());
-    is.t.tk.load_script("menu 40052\nmenu 40023\nmenu 40006\nmenu 40001\nclose\n");
-    run_program(is.t.s, {"zentol"});
-    EXPECT_TRUE(is.wrote_status("No atoms for Iconc"));
-    EXPECT_EQ(is.dialogs(111), 0);
-    EXPECT_FALSE(file_present(is.t.scratch() + "/inputc.inp"));
-}
-
-TEST(IconcMode, AMissingTableIsNamedAndNothingRuns) {
+TEST(IconcMode, NothingRunsWithoutABondAtomsOrTables) {
+    {
+        IconcSession is;
+        is.run_once(" 1054=1", false);
+        EXPECT_EQ(is.t.tk.message_boxes(), Lines{"No Bond Stored"});
+        EXPECT_TRUE(is.decks().empty());
+    }
+    {
+        IconcSession is;
+        fs::current_path(is.t.dir.path());
+        is.t.tk.load_script("menu 40052\nmenu 40023\nmenu 40006\nmenu 40001\nclose\n");
+        run_program(is.t.s, {"zentol"});
+        EXPECT_TRUE(is.wrote_status("No atoms for Iconc"));
+        EXPECT_EQ(is.dialogs(111), 0);
+        EXPECT_FALSE(is.has("inputc.inp"));
+    }
     IconcSession is;
     fs::remove(is.bin + "/voi.dat");
-    is.run_job("menu 40052\nmenu 40006\ndialog 115 ok\ndialog 111 button:3\nmenu 40001\n");
+    is.run_once("");
     ASSERT_FALSE(is.t.tk.message_boxes().empty());
     EXPECT_EQ(is.t.tk.message_boxes().back().find("Cannot find voi.dat in " + is.bin), 0u);
     EXPECT_TRUE(is.decks().empty());
@@ -307,6 +297,5 @@ TEST(IconcRuns, TheEnergyRunKeepsTheListingAndWritesThePlotControlFile) {
     EXPECT_EQ(control[1], "    3  M.O.");
     EXPECT_EQ(control[4], "    3  H.O.M.O");
     remove_iconc_scratch(state);
-    EXPECT_FALSE(file_present(is.t.scratch() + "/atomdef.dat"));
-    EXPECT_FALSE(file_present(is.t.scratch() + "/ENERTOT.DAT"));
+    EXPECT_FALSE(is.has("atomdef.dat") || is.has("ENERTOT.DAT"));
 }

@@ -12,17 +12,14 @@
 #include "building/geometry.h"
 #include "session/session.h"
 #include "structure_files/geo_log.h"
-#include "structure_files/xyz_file.h"
-#include "support/test_support.h"
 #include "text/fixed_format.h"
+#include "tinker_test_util.h"
 #include "toolkit/files.h"
 
 using namespace zentol;
 using namespace zentol::testing;
 
 namespace {
-
-using Lines = std::vector<std::string>;
 
 // Plays ANALYZE: the answers must be the job's .xyz and E; the structure
 // goes to seen.<call>; the log is Tinker's own with the energy of line
@@ -42,6 +39,12 @@ else
     sed "s/^ Total Potential Energy : .*/ Total Potential Energy :   $energy Kcal\/mole/" "$dir/template.log"
 fi
 )";
+
+// The C1-C2-C3-C4 dihedral.
+double dihedral(const Store& st) {
+    const int atoms[4] = {1, 2, 3, 4};
+    return dihedral_of_atoms(st, atoms, 0.0);
+}
 
 struct ProfileSession {
     ProfileSession() {
@@ -65,65 +68,36 @@ struct ProfileSession {
     Lines lines(const std::string& name) const { return files::read_lines(name).value_or(Lines{}); }
     int calls() const { return file_present(bin + "/calls") ? std::stoi(read_file(bin + "/calls")) : 0; }
     // The C1-C2-C3-C4 dihedral of the structure ANALYZE got at a call.
-    double seen_dihedral(int call) const {
-        auto st = std::make_unique<Store>();
-        int charge = 0, multiplicity = 1;
-        EXPECT_EQ(parse_xyz(files::read_lines(bin + "/seen." + std::to_string(call)).value_or(Lines{}), *st, nullptr,
-                            charge, multiplicity),
-                  kXyzRead);
-        const int atoms[4] = {1, 2, 3, 4};
-        return dihedral_of_atoms(*st, atoms, 999.0);
-    }
+    double seen_dihedral(int call) const { return dihedral(*store_of(lines(bin + "/seen." + std::to_string(call)))); }
 
     TestSession t;
     std::string bin = t.dir / "tinker";
 };
 
 // Difference of two dihedrals on the circle, -180 to 180.
-double turn_between(double from, double to) {
-    double d = std::fmod(to - from + 540.0, 360.0) - 180.0;
-    return d;
-}
+double turn_between(double from, double to) { return std::fmod(to - from + 540.0, 360.0) - 180.0; }
 
 }  // namespace
 
-TEST(RotationProfile, PointCountsAndTheEnergyCap) {
-    EXPECT_EQ(profile_point_count(20.0f), 19);
-    EXPECT_EQ(profile_point_count(19.6f), 19);   // the step is rounded first
-    EXPECT_EQ(profile_point_count(7.0f), 52);    // 360 / 7 as whole numbers
-    EXPECT_EQ(profile_point_count(90.0f), 5);
-    EXPECT_EQ(profile_point_count(2.0f), 181);
-    EXPECT_DOUBLE_EQ(capped_energy(12345.6), 9999.0);
-    EXPECT_DOUBLE_EQ(capped_energy(-7.5), -7.5);
-}
-
-TEST(RotationProfile, TableLinesStatusTextsAndRelativeEnergies) {
+TEST(RotationProfile, PointCountsLinesAndStatusTexts) {
+    // The step is rounded first, then 360 / step as whole numbers, plus one.
+    const std::pair<float, int> counts[] = {{20.0f, 19}, {19.6f, 19}, {7.0f, 52}, {90.0f, 5}, {2.0f, 181}};
+    for (const auto& [step, points] : counts) EXPECT_EQ(profile_point_count(step), points) << step;
     EXPECT_EQ(profile_table_line({-179.99, 7.0517, 12.5}), "  -179.99         12.50        7.052");
     EXPECT_EQ(profile_table_line({60.0, 9999.0, 41831.2}), "    60.00      41831.20     9999.000");
     EXPECT_EQ(profile_extremes_line(-60.0, 180.0), " Minimum at  -60.00 Maximum at  180.00");
     EXPECT_EQ(start_dihedral_status("C1-C2-C3-C4", 65.4321), "C1-C2-C3-C4 Dihedral    65.43");
     EXPECT_EQ(step_status(-175.0, " kcal/mol", 7.0517), "Dihedral  -175.00 kcal/mol    7.052");
-
-    std::vector<ProfilePoint> points{{0, 3.0, 0}, {120, 2.0, 0}, {240, 4.5, 0}};
-    set_relative_energies(points, 4.184);
-    EXPECT_DOUBLE_EQ(points[0].relative, 4.184);
-    EXPECT_DOUBLE_EQ(points[1].relative, 0.0);
-    EXPECT_DOUBLE_EQ(points[2].relative, 2.5 * 4.184);
 }
 
 TEST(RotationProfile, TheShellSortOrdersASweepAndKeepsEachEnergyWithItsDihedral) {
     // A sweep from 65 downwards by 20 passes -180 and goes on at 165.
     std::vector<ProfilePoint> points;
-    double d = 65;
-    for (int k = 0; k < 19; ++k, d -= 20) {
-        const double wrapped = d < -180 ? d + 360 : d;
-        points.push_back({wrapped, 100.0 + wrapped, 0});
-    }
+    for (double d = 65; d > -300; d -= 20) points.push_back({d < -180 ? d + 360 : d, 100.0 + (d < -180 ? d + 360 : d), 0});
     std::vector<ProfilePoint> expected = points;
-    std::stable_sort(expected.begin(), expected.end(),
-                     [](const ProfilePoint& a, const ProfilePoint& b) { return a.dihedral < b.dihedral; });
+    std::sort(expected.begin(), expected.end(), [](const auto& a, const auto& b) { return a.dihedral < b.dihedral; });
     sort_by_dihedral(points);
-    ASSERT_EQ(points.size(), expected.size());
+    ASSERT_EQ(points.size(), 19u);
     for (std::size_t k = 0; k < points.size(); ++k) {
         EXPECT_DOUBLE_EQ(points[k].dihedral, expected[k].dihedral) << k;
         EXPECT_DOUBLE_EQ(points[k].energy, 100.0 + points[k].dihedral) << k;
@@ -134,10 +108,7 @@ TEST(RotationProfile, TheShellSortOrdersASweepAndKeepsEachEnergyWithItsDihedral)
     EXPECT_DOUBLE_EQ(one[0].dihedral, 5);
 
     const Chart c = profile_chart(points, "C1-C2-C3-C4");
-    EXPECT_EQ(c.title, "C1-C2-C3-C4 Dihedral");
-    EXPECT_EQ(c.x_title, "Dihedral");
-    EXPECT_EQ(c.y_title, "Energy kJ/mol");
-    EXPECT_DOUBLE_EQ(c.x_min, points.front().dihedral);
+    EXPECT_EQ(c.x_title + "/" + c.y_title, "Dihedral/Energy kJ/mol");
     EXPECT_DOUBLE_EQ(c.x_max, points.back().dihedral);
     ASSERT_EQ(c.points.size(), points.size());
     EXPECT_EQ(c.points[3], (ChartPoint{points[3].dihedral, points[3].relative}));
@@ -151,8 +122,7 @@ TEST(RotationProfile, ASweepOfButaneTurnsTheFarSideAndTabulatesTheEnergies) {
         energies += k == 3 ? "5.5000\n" : k == 5 ? "12345.6000\n" : k == 10 ? "2.0000\n" : std::to_string(3 + k) + ".5000\n";
     write_file(p.bin + "/energies", energies);
     p.store_dihedral("           1           2           3           4");
-    const int atoms[4] = {1, 2, 3, 4};
-    const double start = dihedral_of_atoms(p.t.s.store, atoms, 0.0);
+    const double start = dihedral(p.t.s.store);
     p.t.tk.load_script("msgbox yes\nprint ok\nmsgbox yes\nprint cancel\nmsgbox no\n");
 
     tinker_rotation_profile(p.t.s);
@@ -168,8 +138,7 @@ TEST(RotationProfile, ASweepOfButaneTurnsTheFarSideAndTabulatesTheEnergies) {
 
     // The log: title, table of the sweep in its order, the extremes.
     const Lines log = p.lines("butane.geo");
-    const auto title = std::find(log.begin(), log.end(), " Tinker Bond Rotation Profile for butane");
-    ASSERT_NE(title, log.end());
+    ASSERT_NE(std::find(log.begin(), log.end(), " Tinker Bond Rotation Profile for butane"), log.end());
     const auto header = std::find(log.begin(), log.end(), "  Dihedral  Rel.kJ/mol  Total Pot. Energy kcal/mol");
     ASSERT_NE(header, log.end());
     ASSERT_EQ(log.end() - header, 1 + 1 + 19 + 1 + 1);
@@ -190,8 +159,7 @@ TEST(RotationProfile, ASweepOfButaneTurnsTheFarSideAndTabulatesTheEnergies) {
     const Chart& c = *p.t.tk.last_chart();
     EXPECT_EQ(c.title, "C1-C2-C3-C4 Dihedral");
     ASSERT_EQ(c.points.size(), 19u);
-    EXPECT_TRUE(std::is_sorted(c.points.begin(), c.points.end(),
-                               [](const ChartPoint& a, const ChartPoint& b) { return a.x < b.x; }));
+    EXPECT_TRUE(std::is_sorted(c.points.begin(), c.points.end(), [](auto& a, auto& b) { return a.x < b.x; }));
     EXPECT_DOUBLE_EQ(c.y_min, 0.0);
     EXPECT_NEAR(c.y_max, (9999.0 - 2.0) * 4.184, 1e-6);
     EXPECT_DOUBLE_EQ(c.x_min, c.points.front().x);
@@ -208,37 +176,29 @@ TEST(RotationProfile, AStepWithoutAnEnergyEndsTheSweepAndSaysWhy) {
     ProfileSession p;
     write_file(p.bin + "/energies", "4.5000\n5.5000\nnone\n7.5000\n");
     p.store_dihedral("1 2 3 4");
-    const int atoms[4] = {1, 2, 3, 4};
-    const double start = dihedral_of_atoms(p.t.s.store, atoms, 0.0);
+    const double start = dihedral(p.t.s.store);
     tinker_rotation_profile(p.t.s);
 
     EXPECT_EQ(p.calls(), 3);
     ASSERT_EQ(p.t.tk.message_boxes().size(), 1u);
     const std::string& said = p.t.tk.message_boxes()[0];
-    EXPECT_EQ(said.rfind("Bond rotation stopped at point 3 of 19: no energy.\r"
-                         "Tinker's analyze gave no result: its log holds no \"Total Potential Energy\".",
-                         0),
-              0u)
-        << said;
+    EXPECT_EQ(said.rfind("Bond rotation stopped at point 3 of 19: no energy.\rTinker's analyze gave no result: "
+                         "its log holds no \"Total Potential Energy\".", 0), 0u) << said;
     // No table of made-up energies, no chart; the molecule turned back.
     const Lines log = p.lines("butane.geo");
     EXPECT_EQ(log.back(), " Bond rotation stopped at point 3 of 19: no energy");
     EXPECT_EQ(std::find(log.begin(), log.end(), "  Dihedral  Rel.kJ/mol  Total Pot. Energy kcal/mol"), log.end());
     EXPECT_FALSE(p.t.tk.last_chart());
-    EXPECT_NEAR(dihedral_of_atoms(p.t.s.store, atoms, 0.0), start, 0.01);
-    Store saved;
-    int q = 0, m = 1;
-    ASSERT_EQ(parse_xyz(p.lines("butane.xyz"), saved, nullptr, q, m), kXyzRead);
-    EXPECT_NEAR(dihedral_of_atoms(saved, atoms, 0.0), start, 0.01);
+    EXPECT_NEAR(dihedral(p.t.s.store), start, 0.01);
+    EXPECT_NEAR(dihedral(*store_of(p.lines("butane.xyz"))), start, 0.01);
     EXPECT_EQ(p.t.tk.status(10), "Tinker");
 }
 
 TEST(RotationProfile, NothingRunsWithoutAStoredChainDihedral) {
     struct Case {
-        const char* name;
+        const char *name;
         int marks;
-        const char* file;   // IDHED.DAT, nullptr for none
-        const char* message;
+        const char *file, *message;   // IDHED.DAT, nullptr for none
     };
     for (const Case& c : {Case{"no marks", 0, "1 2 3 4", "No Dihedral Stored"},
                           Case{"no file", 2, nullptr, "No Dihedral Stored"},
@@ -258,11 +218,10 @@ TEST(RotationProfile, NothingRunsWithoutAStoredChainDihedral) {
     ProfileSession p;
     Store& st = p.t.s.store;
     st.natoms = 4;
-    const int ring[5][2] = {{0, 0}, {2, 4}, {1, 3}, {2, 4}, {3, 1}};
     for (int i = 1; i <= 4; ++i) {
         for (int k = 1; k <= kMaxNeighbours; ++k) st.nbr(i, k) = 0;
-        st.nbr(i, 1) = ring[i][0];
-        st.nbr(i, 2) = ring[i][1];
+        st.nbr(i, 1) = i % 4 + 1;   // 1-2-3-4-1
+        st.nbr(i, 2) = (i + 2) % 4 + 1;
         st.conn_count(i) = 2;
     }
     p.store_dihedral("1 2 3 4");

@@ -9,25 +9,14 @@
 #include "engines/tinker/tinker_log.h"
 #include "engines/tinker/tinker_runs.h"
 #include "session/session.h"
-#include "support/test_support.h"
-#include "toolkit/files.h"
+#include "tinker_test_util.h"
 
 using namespace zentol;
 using namespace zentol::testing;
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
-Lines log_of(const std::string& program) {
-    return files::read_lines(test_data("tinker/" + program + "/ZENTOL.LOG")).value_or(Lines{});
-}
-
-// The same log without its leading column, as other Tinker builds print it.
-Lines unshifted(Lines lines) {
-    for (auto& l : lines) l = l.empty() ? l : l.substr(1);
-    return lines;
-}
+Lines log_of(const std::string& program) { return tinker_lines(program + "/ZENTOL.LOG"); }
 
 }  // namespace
 
@@ -57,9 +46,8 @@ TEST(TinkerDecks, AnswerFilesInTheProgramsOrder) {
     a.tk_anneal_cool = 400;
     EXPECT_EQ(anneal_answers("butane.xyz", a).lines(),
               (Lines{"butane.xyz", "1000.00000       0.00000000", "0", "400", "L", "1.0000", "0.1000", "0.0000"}));
-    EXPECT_EQ(curve_letter(1.0f), 'L');
-    EXPECT_EQ(curve_letter(2.0f), 'S');
-    EXPECT_EQ(curve_letter(3.0f), 'S');   // the second test wins: E is never given
+    // The second test wins: E is never given.
+    for (auto [curve, letter] : {std::pair{1.0f, 'L'}, {2.0f, 'S'}, {3.0f, 'S'}}) EXPECT_EQ(curve_letter(curve), letter);
 
     EXPECT_EQ(vibrate_answers("butane.xyz", 7.0f).lines(), (Lines{"butane.xyz", "7", "0"}));
     EXPECT_EQ(spacefill_answers("butane.xyz", 1, 1.4f).lines(), (Lines{"butane.xyz", "1", "Y", "N"}));

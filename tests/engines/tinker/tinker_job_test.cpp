@@ -10,8 +10,7 @@
 
 #include "engines/tinker/tinker_outcome.h"
 #include "session/session.h"
-#include "structure_files/xyz_file.h"
-#include "support/test_support.h"
+#include "tinker_test_util.h"
 #include "toolkit/files.h"
 
 using namespace zentol;
@@ -19,14 +18,10 @@ using namespace zentol::testing;
 
 namespace {
 
-using Lines = std::vector<std::string>;
-
-Lines data_lines(const std::string& name) { return files::read_lines(test_data("tinker/" + name)).value_or(Lines{}); }
-
-// A case's log with its standard error after it.
+// A case's log with its standard error, if any, after it.
 Lines log_and_errors(const std::string& folder) {
-    Lines log = data_lines(folder + "/ZENTOL.LOG");
-    const Lines err = data_lines(folder + "/ZENTOL.ERR");
+    Lines log = tinker_lines(folder + "/ZENTOL.LOG");
+    const Lines err = files::read_lines(test_data("tinker/" + folder + "/ZENTOL.ERR")).value_or(Lines{});
     log.insert(log.end(), err.begin(), err.end());
     return log;
 }
@@ -69,17 +64,14 @@ TEST(TinkerJob, BeforeARunOldVersionsGoAndTheKeyIsSpelledAsTinkerLooksForIt) {
 }
 
 TEST(TinkerJob, TheRestartFileFitsOnlyTheStructureItEndedWith) {
-    const Lines dyn = data_lines("dynamic/JOB.dyn");
+    const Lines dyn = tinker_lines("dynamic/JOB.dyn");
     const auto positions = restart_positions(dyn);
     ASSERT_EQ(positions.size(), 14u);
     EXPECT_DOUBLE_EQ(positions[13][2], -0.1268407873229223e1);
 
     // The trajectory's last frame, as the replay leaves it in the store.
-    const Lines arc = data_lines("dynamic/JOB.arc");
-    const Lines last(arc.end() - 15, arc.end());
-    auto st = std::make_unique<Store>();
-    int q = 0, m = 1;
-    ASSERT_EQ(parse_xyz(last, *st, nullptr, q, m), kXyzRead);
+    const Lines arc = tinker_lines("dynamic/JOB.arc");
+    const auto st = store_of(Lines(arc.end() - 15, arc.end()));
     EXPECT_TRUE(same_geometry(positions, *st));
     // Turned and shifted as a whole it is the same molecule.
     for (int i = 1; i <= st->natoms; ++i) {
@@ -101,11 +93,11 @@ TEST(TinkerJob, TheRestartFileFitsOnlyTheStructureItEndedWith) {
 TEST(TinkerOutcome, EachKindOfFailureIsNamed) {
     struct Case {
         const char* folder;
-        std::vector<std::string> keys;
+        Lines keys;
         TinkerProblem problem;
         const char* detail;
     };
-    const std::vector<Case> cases = {
+    const Case cases[] = {
         {"minimize", kMinimizeResult, TinkerProblem::None, ""},
         {"dynamic", kTrajectoryResult, TinkerProblem::None, ""},
         {"vibrate", kVibrateResult, TinkerProblem::None, ""},
@@ -122,8 +114,8 @@ TEST(TinkerOutcome, EachKindOfFailureIsNamed) {
         EXPECT_EQ(o.detail, c.detail) << c.folder;
     }
     EXPECT_EQ(judge_tinker_log({}, kMinimizeResult).problem, TinkerProblem::EmptyLog);
-    EXPECT_EQ(judge_tinker_log(data_lines("badtype0_analyze_E/ZENTOL.LOG"), {}).problem, TinkerProblem::EmptyLog);
-    Lines no_force_field = data_lines("minimize/ZENTOL.LOG");
+    EXPECT_EQ(judge_tinker_log(tinker_lines("badtype0_analyze_E/ZENTOL.LOG"), {}).problem, TinkerProblem::EmptyLog);
+    Lines no_force_field = tinker_lines("minimize/ZENTOL.LOG");
     no_force_field.resize(16);
     no_force_field.insert(no_force_field.end(), {" Enter Potential Parameter File Name :  ",
                                                  "Fortran runtime error: End of file"});
@@ -135,9 +127,7 @@ TEST(TinkerOutcome, TheMessageNamesTheProgramTheProblemAndTheLogsLastLines) {
     const std::string text = tinker_failure_text("analyze", judge_tinker_log(log, kEnergyResult), log);
     EXPECT_EQ(text,
               "Tinker's analyze stopped with an error: Fortran runtime error: End of file\r"
-              "It asked a question that its answer file does not hold.\r"
-              "\r"
-              "ZENTOL.LOG ends:\r"
+              "It asked a question that its answer file does not hold.\r\rZENTOL.LOG ends:\r"
               " Internal Virial & Instantaneous Pressure [V]\r"
               " Connectivity Lists for Each of the Atoms [C]\r"
               " Enter the Desired Analysis Types [G,P,E,A,L,D,M,V,C] :\r"

@@ -3,31 +3,18 @@
 #include "engines/tinker/undefined_params.h"
 
 #include <algorithm>
-#include <cmath>
 #include <filesystem>
 
 #include <gtest/gtest.h>
 
-#include "session/molecule_store.h"
-#include "structure_files/xyz_file.h"
-#include "support/test_support.h"
 #include "text/fixed_format.h"
+#include "tinker_test_util.h"
 #include "toolkit/files.h"
 
 using namespace zentol;
 using namespace zentol::testing;
 
 namespace {
-
-using Lines = std::vector<std::string>;
-
-Lines data_lines(const std::string& name) { return test_data_lines("tinker/" + name); }
-
-// The same log as Tinker writes it without the leading blank.
-Lines unshifted(Lines log) {
-    for (auto& line : log) line = line.empty() ? line : line.substr(1);
-    return log;
-}
 
 // An entry as "section kind: atoms / classes", the unused places left out.
 std::string show(const UndefEntry& e) {
@@ -53,50 +40,55 @@ Lines log_with(const Lines& body) {
     return log;
 }
 
-Store store_of(const std::string& xyz) {
-    Store st;
-    int charge = 0, multiplicity = 1;
-    EXPECT_EQ(parse_xyz(data_lines(xyz), st, nullptr, charge, multiplicity), kXyzRead);
-    return st;
-}
+// The job of a case folder, loaded, with its log in the job directory.
+struct UndefinedJob {
+    UndefinedJob(const std::string& folder, const std::string& job) {
+        for (const std::string& name : {job + ".xyz", job + ".key", std::string("ZENTOL.LOG")})
+            std::filesystem::copy_file(test_data("tinker/" + folder + "/" + name), t.scratch() + "/" + name);
+        t.s.job.name = job;
+        t.s.store = *store_of(tinker_lines(folder + "/" + job + ".xyz"));
+    }
+    Lines key() const { return files::read_lines(t.s.job.name + ".key").value_or(Lines{}); }
+    TestSession t;
+};
 
 }  // namespace
 
-TEST(UndefinedScan, FourMemberedRingLogInBothForms) {
-    const Lines expected = {
-        // Two 4-ring bonds 26-56: the first row stands alone.
-        "bond 2: 1 2 / 26 56",
-        // Ten angle rows, the first a ring row; end classes put in order.
-        "angle 2: 2 1 4 / 56 26 56", "angle 2: 2 1 5 / 2 26 56", "angle 2: 1 2 3 / 26 56 56",
-        "angle 2: 1 2 8 / 5 56 26", "angle 2: 1 5 14 / 5 2 26",
-        // The first out-of-plane row only.
-        "opbend 1: 4 1 2 5 / 56 26 56 2",
-        // Torsion rows up to the next ring row; reversed rows with their atoms.
-        "torsion 2: 4 1 2 3 / 56 26 56 56", "torsion 2: 8 2 1 4 / 5 56 26 56", "torsion 2: 5 1 2 3 / 2 26 56 56",
-        "torsion 2: 5 1 2 8 / 2 26 56 5"};
-    const Lines log = data_lines("undef_analyze_E/ZENTOL.LOG");
-    for (const Lines& form : {log, unshifted(log)}) {
-        const UndefScan scan = scan_undefined(form);
-        EXPECT_EQ(shown(scan), expected);
-        EXPECT_TRUE(scan.key_changed);
-        EXPECT_FALSE(scan.ended_in_block);
-        EXPECT_TRUE(scan.announce());
-    }
-}
-
-TEST(UndefinedScan, FiveMemberedRingAndUndefinedAtomLogs) {
-    const Lines expected = {"bond 3: 1 2 / 1 26", "angle 3: 2 1 5 / 1 26 1", "angle 3: 1 2 3 / 1 1 26",
-                            "torsion 3: 5 1 2 3 / 1 26 1 1", "torsion 3: 5 1 2 7 / 1 26 1 5"};
-    const Lines ring = data_lines("undef5ring_analyze_E/ZENTOL.LOG");
-    EXPECT_EQ(shown(scan_undefined(ring)), expected);
-    EXPECT_EQ(shown(scan_undefined(unshifted(ring))), expected);
-
-    const Lines bad = data_lines("badtype_analyze_E/ZENTOL.LOG");
-    for (const Lines& form : {bad, unshifted(bad)}) {
-        const UndefScan scan = scan_undefined(form);
-        EXPECT_TRUE(scan.undefined_atom);
-        EXPECT_TRUE(scan.entries.empty());
-        EXPECT_FALSE(scan.announce());
+TEST(UndefinedScan, RecordedLogsInBothForms) {
+    struct Case {
+        const char* folder;
+        Lines entries;
+        bool undefined_atom, announce;
+    };
+    const Case cases[] = {
+        {"undef_analyze_E",
+         {// Two 4-ring bonds 26-56: the first row stands alone.
+          "bond 2: 1 2 / 26 56",
+          // Ten angle rows, the first a ring row; end classes put in order.
+          "angle 2: 2 1 4 / 56 26 56", "angle 2: 2 1 5 / 2 26 56", "angle 2: 1 2 3 / 26 56 56",
+          "angle 2: 1 2 8 / 5 56 26", "angle 2: 1 5 14 / 5 2 26",
+          // The first out-of-plane row only.
+          "opbend 1: 4 1 2 5 / 56 26 56 2",
+          // Torsion rows up to the next ring row; reversed rows with their atoms.
+          "torsion 2: 4 1 2 3 / 56 26 56 56", "torsion 2: 8 2 1 4 / 5 56 26 56", "torsion 2: 5 1 2 3 / 2 26 56 56",
+          "torsion 2: 5 1 2 8 / 2 26 56 5"},
+         false, true},
+        {"undef5ring_analyze_E",
+         {"bond 3: 1 2 / 1 26", "angle 3: 2 1 5 / 1 26 1", "angle 3: 1 2 3 / 1 1 26", "torsion 3: 5 1 2 3 / 1 26 1 1",
+          "torsion 3: 5 1 2 7 / 1 26 1 5"},
+         false, true},
+        {"undef3ring_minimize", {"bond 4: 1 2 / 1 1", "angle 4: 2 1 3 / 1 1 1"}, false, false},
+        {"badtype_analyze_E", {}, true, false},
+    };
+    for (const Case& c : cases) {
+        const Lines log = tinker_lines(std::string(c.folder) + "/ZENTOL.LOG");
+        for (const Lines& form : {log, unshifted(log)}) {
+            const UndefScan scan = scan_undefined(form);
+            EXPECT_EQ(shown(scan), c.entries) << c.folder;
+            EXPECT_EQ(scan.undefined_atom, c.undefined_atom) << c.folder;
+            EXPECT_EQ(scan.announce(), c.announce) << c.folder;
+            EXPECT_FALSE(scan.ended_in_block) << c.folder;
+        }
     }
     // A log the engine broke off in its banner holds nothing.
     EXPECT_FALSE(scan_undefined(Lines(4, " ###")).announce());
@@ -118,9 +110,7 @@ TEST(UndefinedScan, BlockEndsAndLogEnds) {
 
     // The log ends inside the block: its rows are lost, the key message stands.
     const UndefScan cut = scan_undefined(body({" Bond            3-C       4-C             1    1"}));
-    EXPECT_TRUE(cut.entries.empty());
-    EXPECT_TRUE(cut.ended_in_block);
-    EXPECT_TRUE(cut.announce());
+    EXPECT_TRUE(cut.entries.empty() && cut.ended_in_block && cut.announce());
     EXPECT_TRUE(scan_undefined(log_with({" Undefined Torsional Parameters :", ""})).announce());
 
     // Without the shift the heading must start in column 1.
@@ -187,43 +177,26 @@ TEST(UndefinedTable, RowsOfTheOlderColumnLayout) {
 }
 
 TEST(UndefinedKeyLines, DescriptionsAndTitles) {
-    const Store st = store_of("undef_analyze_E/ivboret.xyz");
-    const UndefScan scan = scan_undefined(data_lines("undef_analyze_E/ZENTOL.LOG"));
+    const auto st = store_of(tinker_lines("undef_analyze_E/ivboret.xyz"));
+    const UndefScan scan = scan_undefined(tinker_lines("undef_analyze_E/ZENTOL.LOG"));
     ASSERT_EQ(scan.entries.size(), 11u);
-    EXPECT_EQ(undefined_description(st, scan.entries[0]), "B1   (  26)   C2   (  56)");
-    EXPECT_EQ(undefined_description(st, scan.entries[5]), "B1   (  26)   C5   (   2)   H14  (   5)");
-    EXPECT_EQ(undefined_description(st, scan.entries[6]), "C4   (  56) B1   (  26) C2  (   56) C5   (   2)");
+    EXPECT_EQ(undefined_description(*st, scan.entries[0]), "B1   (  26)   C2   (  56)");
+    EXPECT_EQ(undefined_description(*st, scan.entries[5]), "B1   (  26)   C5   (   2)   H14  (   5)");
+    EXPECT_EQ(undefined_description(*st, scan.entries[6]), "C4   (  56) B1   (  26) C2  (   56) C5   (   2)");
     EXPECT_EQ(undefined_title(scan.entries[0]), "4-Bond-Stretch");
     EXPECT_EQ(undefined_title(scan.entries[6]), "Angle-OP");
+    const UndefScan three = scan_undefined(tinker_lines("undef3ring_minimize/ZENTOL.LOG"));
+    ASSERT_EQ(three.entries.size(), 2u);
+    EXPECT_EQ(undefined_title(three.entries[0]), "3-Bond-Stretch");
+    EXPECT_EQ(undefined_title(three.entries[1]), "3-Angle-Bend");
     EXPECT_EQ(bond_key_line(3, 1, 26, 4.25, 1.6), "bond5         1   26         4.2500     1.6000");
 }
-
-namespace {
-
-// The job of a case folder, loaded, with its log in the job directory.
-struct UndefinedJob {
-    UndefinedJob(const std::string& folder, const std::string& job) {
-        for (const std::string& name : {job + ".xyz", job + ".key", std::string("ZENTOL.LOG")})
-            std::filesystem::copy_file(test_data("tinker/" + folder + "/" + name), t.scratch() + "/" + name);
-        t.s.job.name = job;
-        t.s.store = store_of(folder + "/" + job + ".xyz");
-    }
-    Lines key() const { return files::read_lines(t.s.job.name + ".key").value_or(Lines{}); }
-    TestSession t;
-};
-
-}  // namespace
 
 TEST(UndefinedCommand, DialogAnswersBecomeKeyLines) {
     UndefinedJob j("undef_analyze_E", "ivboret");
     // The bond, five angles (the second cancelled), then the out-of-plane bend.
-    j.t.tk.load_script(
-        "dialog 118 ok 1008=4.0\n"
-        "dialog 118 ok 1071=95.5 1008=0.5\n"
-        "dialog 118 cancel\n"
-        "dialog 118 ok\ndialog 118 ok\ndialog 118 ok 1008=2.0\n"
-        "dialog 118 ok\n"
-        "msgbox ok\n");
+    j.t.tk.load_script("dialog 118 ok 1008=4.0\ndialog 118 ok 1071=95.5 1008=0.5\ndialog 118 cancel\n"
+                       "dialog 118 ok\ndialog 118 ok\ndialog 118 ok 1008=2.0\ndialog 118 ok\nmsgbox ok\n");
     undefined_parameters_command(j.t.s);
     EXPECT_EQ(j.t.tk.dialogs_shown(), std::vector<int>(7, 118));
 
@@ -261,11 +234,6 @@ TEST(UndefinedCommand, UndefinedAtomOrNoLog) {
 
 TEST(UndefinedCommand, ThreeMemberedRingRowsBecomeBond3AndAngle3) {
     UndefinedJob j("undef3ring_minimize", "cyclopropane");
-    const UndefScan scan = scan_undefined(data_lines("undef3ring_minimize/ZENTOL.LOG"));
-    EXPECT_EQ(shown(scan), (Lines{"bond 4: 1 2 / 1 1", "angle 4: 2 1 3 / 1 1 1"}));
-    EXPECT_EQ(undefined_title(scan.entries[0]), "3-Bond-Stretch");
-    EXPECT_EQ(undefined_title(scan.entries[1]), "3-Angle-Bend");
-
     j.t.tk.load_script("dialog 118 ok 1008=5.0\ndialog 118 ok 1008=0.85 1071=60\n");
     undefined_parameters_command(j.t.s);
     const Lines key = j.key();
@@ -279,14 +247,13 @@ TEST(UndefinedCommand, AnOutOfPlaneBendAloneStartsAtTheAngleDefault) {
     // A second pass, after bonds and angles were added: only the
     // out-of-plane block is left in the log.
     UndefinedJob j("undef_analyze_E", "ivboret");
-    const Lines log = data_lines("undef_analyze_E/ZENTOL.LOG");
+    const Lines log = tinker_lines("undef_analyze_E/ZENTOL.LOG");
     Lines second(log.begin(), log.begin() + 16);
     const auto from = std::find(log.begin(), log.end(), " Undefined Out-of-Plane Bend Parameters :");
     const auto to = std::find(log.begin(), log.end(), " Undefined Torsional Parameters :");
     ASSERT_TRUE(from != log.end() && to != log.end());
     second.insert(second.end(), from, to);
     second.insert(second.end(), log.end() - 3, log.end());
-    write_file(j.t.scratch() + "/ZENTOL.LOG", "");
     files::write_lines(j.t.scratch() + "/ZENTOL.LOG", second);
     j.t.tk.load_script("dialog 118 ok\nmsgbox ok\n");
     undefined_parameters_command(j.t.s);
