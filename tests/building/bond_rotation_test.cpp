@@ -1,16 +1,12 @@
+// Marking bonds and dihedrals, and turning a molecule about a bond.
 #include "building/bond_rotation.h"
 
 #include <cmath>
-#include <string>
 
 #include <gtest/gtest.h>
 
-#include "building/connectivity.h"
-#include "building/geometry.h"
-#include "session/store_ops.h"
-#include "structure_files/geo_log.h"
-#include "support/test_support.h"
 #include "building/carbon_job.h"
+#include "building/geometry.h"
 
 using namespace zentol;
 using zentol::testing::read_file;
@@ -29,8 +25,8 @@ void chain_and_ring(TestSession& t) {
 
 Vec3 at(const Store& st, int atom) { return atom_position(st.atom_rec[atom]); }
 
-double chain_dihedral(const Store& st, int a, int b, int c, int d) {
-    const int atoms[4] = {a, b, c, d};
+double chain_dihedral(const Store& st) {
+    const int atoms[4] = {1, 2, 3, 4};
     return dihedral_of_atoms(st, atoms, 999);
 }
 
@@ -96,7 +92,7 @@ TEST(BondRotation, RefusesARingBondAndAtomsNotBonded) {
     t.tk.load_script("press atom 1\npress atom 2\npress atom 4\npress atom 3\n");
     bond_rotate(t.s, kRotateBond);
     EXPECT_TRUE(told(t, "Atoms not Adjacent"));
-    EXPECT_NEAR(chain_dihedral(t.s.store, 1, 2, 3, 4), 60.0, 1e-3);
+    EXPECT_NEAR(chain_dihedral(t.s.store), 60.0, 1e-3);
 
     // Esc after the first pick: field 9 blank, no picks left.
     t.tk.load_script("press atom 1\nkey 27\n");
@@ -117,7 +113,7 @@ TEST(BondRotation, KeysTurnTheFarSideAboutTheBond) {
                      "key 261\nkey 261\nkey 65\npress3 0.5 0.5\nkey 261\n");
     bond_rotate(t.s, kRotateBond);
     EXPECT_EQ(t.tk.pending_messages(), 1u);
-    EXPECT_NEAR(chain_dihedral(st, 1, 2, 3, 4), 80.0, 1e-3);
+    EXPECT_NEAR(chain_dihedral(st), 80.0, 1e-3);
     EXPECT_EQ(t.tk.status(9), "C1-C2-C3-C4   80.000");
     // Atom 4 turned on its circle about the axis: its bond kept, its
     // distance to atom 1 changed; the near side and the ring stayed.

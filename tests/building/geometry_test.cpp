@@ -1,15 +1,10 @@
+// Distances, angles, dihedrals and bond estimates, and the Geom. command.
 #include "building/geometry.h"
 
 #include <cmath>
-#include <string>
-#include <vector>
 
 #include <gtest/gtest.h>
 
-#include "building/connectivity.h"
-#include "session/store_ops.h"
-#include "structure_files/geo_log.h"
-#include "support/test_support.h"
 #include "building/carbon_job.h"
 
 using namespace zentol;
