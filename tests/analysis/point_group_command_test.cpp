@@ -8,10 +8,8 @@
 
 #include <gtest/gtest.h>
 
-#include "session/startup.h"
 #include "structure_files/xyz_file.h"
 #include "support/test_support.h"
-#include "toolkit/files.h"
 
 using namespace zentol;
 using namespace zentol::testing;
@@ -97,8 +95,7 @@ TEST(PointGroup, AlignTakesEveryAtomOrNone) {
     // The exit keeps the molecule as seen: compare its shape with the file's.
     auto water = std::make_unique<Store>();
     int charge = 0, multiplicity = 1;
-    ASSERT_EQ(parse_xyz(files::split_lines(read_file(test_data("water.xyz"))), *water, nullptr, charge, multiplicity),
-              kXyzRead);
+    ASSERT_EQ(parse_xyz(test_data_lines("water.xyz"), *water, nullptr, charge, multiplicity), kXyzRead);
     for (auto [a, b] : {std::pair{1, 2}, std::pair{1, 3}, std::pair{2, 3}})
         EXPECT_NEAR(dist(t.s.store, a, b), dist(*water, a, b), 1e-4) << a << "-" << b;
 }
@@ -106,10 +103,7 @@ TEST(PointGroup, AlignTakesEveryAtomOrNone) {
 TEST(PointGroup, BenzeneIsD6hWithTheRealProgram) {
     TestSession t;
     t.s.engines.values["symmol"] = ZENTOL_SYMMOL_PROGRAM;
-    write_file(t.s.inst.cfgset + "/dir1.def", t.scratch() + "\n");
-    std::filesystem::copy_file(std::string(ZENTOL_TEST_DATA) + "/../../examples/benzene.xyz", t.scratch() + "/benzene.xyz");
-    t.tk.load_script("menu 40031\nmenu 40029\n");
-    run_program(t.s, {"zentol", "benzene", "1"});
+    run_on_molecule(t, "../../examples/benzene.xyz", "menu 40031\nmenu 40029\n");
     const std::string geo = read_file(t.scratch() + "/benzene.geo");
     EXPECT_NE(geo.find("Point Group = D6h    "), std::string::npos) << geo;
     EXPECT_TRUE(t.s.flags.symmetry_found);

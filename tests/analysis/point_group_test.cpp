@@ -4,7 +4,6 @@
 
 #include <cmath>
 #include <numbers>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -13,6 +12,7 @@
 #include "session/molecule_store.h"
 #include "structure_files/ins_file.h"
 #include "text/fixed_format.h"
+#include "toolkit/files.h"
 
 using namespace zentol;
 using symmetry::Vec;
@@ -105,13 +105,6 @@ Molecule shaken(Molecule m, double amplitude) {
 }
 
 double distance(const Vec& a, const Vec& b) { return symmetry::norm(symmetry::sub(a, b)); }
-
-std::vector<std::string> lines_of(const std::string& text) {
-    std::vector<std::string> out;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);) out.push_back(line);
-    return out;
-}
 
 }  // namespace
 
@@ -299,12 +292,12 @@ TEST(PointGroupFiles, RoundTripFromTheJobFiles) {
         st.atom_label[i] = make_label(a.label);
         st.atom_rec[i] = {float(a.pos[0]), float(a.pos[1]), float(a.pos[2]), 0.7f, 0, 0};
     }
-    const std::vector<SymAtom> atoms = parse_symmol_inp(lines_of(format_symmol_inp(st)));
+    const std::vector<SymAtom> atoms = parse_symmol_inp(files::split_lines(format_symmol_inp(st)));
     ASSERT_EQ(atoms.size(), 3u);
-    EXPECT_EQ(parse_mol_al_list(lines_of(format_mol_al(st))).size(), 3u);
+    EXPECT_EQ(parse_mol_al_list(files::split_lines(format_mol_al(st))).size(), 3u);
     const PointGroupResult r = find_point_group(atoms);
 
-    const std::string first = lines_of(format_symmol_out(r))[0];
+    const std::string first = files::split_lines(format_symmol_out(r))[0];
     EXPECT_EQ(first.substr(0, 7), "C2v    ");
     auto dev = text::read_reals(first.substr(7), 2);
     ASSERT_TRUE(dev && dev->size() == 1);
@@ -313,7 +306,7 @@ TEST(PointGroupFiles, RoundTripFromTheJobFiles) {
     EXPECT_NE(format_mol_al_txt(PointGroupResult{}).rfind("  The molecule", 0), 0u);
     EXPECT_NE(format_symmol_lst(atoms, r).find("C2v"), std::string::npos);
 
-    const auto rows = lines_of(format_symmetrz_out(atoms, r));
+    const auto rows = files::split_lines(format_symmetrz_out(atoms, r));
     ASSERT_EQ(rows.size(), 3u);
     const char* labels[] = {"O1    ", "H2    ", "H3    "};
     std::vector<Vec> back;

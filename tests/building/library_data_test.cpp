@@ -100,11 +100,7 @@ TEST(LibraryData, EveryFileReadsBackAndItsBondsAreThoseOfItsDistances) {
 TEST(LibraryData, SubstituentsEndInTheHydrogenTheyJoinBy) {
     // The group each menu entry gives, seen from the joining hydrogen: the
     // atom it sits on and how many heavy atoms that one carries.
-    struct Site {
-        const char* element;
-        int heavy_neighbours;
-    };
-    const Site kSites[9] = {
+    const std::pair<const char*, int> kSites[9] = {
         {"C", 2},   // phenyl
         {"C", 2},   // cyclohexyl
         {"C", 3},   // t-butyl, not isobutyl
@@ -126,10 +122,10 @@ TEST(LibraryData, SubstituentsEndInTheHydrogenTheyJoinBy) {
         EXPECT_EQ(element_of(st, h), "H");
         ASSERT_EQ(st.conn_count(h), 1);
         const int parent = st.nbr(h, 1);
-        EXPECT_EQ(element_of(st, parent), kSites[code - 1].element);
+        EXPECT_EQ(element_of(st, parent), kSites[code - 1].first);
         int heavy = 0;
         for (int slot = 1; slot <= st.conn_count(parent); ++slot)
             heavy += element_of(st, st.nbr(parent, slot)) != "H";
-        EXPECT_EQ(heavy, kSites[code - 1].heavy_neighbours);
+        EXPECT_EQ(heavy, kSites[code - 1].second);
     }
 }
