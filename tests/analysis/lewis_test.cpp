@@ -50,8 +50,12 @@ public:
         bond(to, i);
         return i;
     }
-    void hydrogens(int to, int n) {
-        for (int h = 0; h < n; ++h) bonded("H", to);
+    void ligands(int to, const std::string& label, int n) {
+        for (int k = 0; k < n; ++k) bonded(label, to);
+    }
+    void hydrogens(int to, int n) { ligands(to, "H", n); }
+    void methyls(int to, int n) {
+        for (int k = 0; k < n; ++k) methyl(to);
     }
     // A benzene ring on atom `to`; returns the ring carbon bonded to it.
     int phenyl(int to) {
@@ -87,10 +91,20 @@ int bond_of(const LewisInput& in, int a, int b) {
     return 0;
 }
 
+// Hydroxide with nothing marked: the first atom with a bond to spare.
+void hydroxide(Molecule& m) { m.hydrogens(m.atom("O1"), 1); }
+
+// Sulfate with an oxygen marked: two terminal oxygens take the charges,
+// then the hypervalent sulfur gives up its double bonds for charges.
+void marked_sulfate(Molecule& m) {
+    const int s = m.atom("S1");
+    for (int k = 0; k < 4; ++k) m.anion = m.bonded("O", s);
+}
+
 // Zeise's anion [PtCl3(C2H4)]-: Pt1, Cl 2-4, the ethylene carbons 5 and 6.
 void zeise(Molecule& z) {
     const int pt = z.atom("Pt1");
-    for (int k = 0; k < 3; ++k) z.bonded("Cl", pt);
+    z.ligands(pt, "Cl", 3);
     const int c1 = z.bonded("C1", pt), c2 = z.bonded("C2", pt);
     z.bond(c1, c2);
     z.hydrogens(c1, 2);
@@ -266,49 +280,49 @@ TEST(Lewis, HandBuiltMolecules) {
         // No N-H on Me4N+ (a data file), but here the N-H rule places it.
         {"methylammonium", 1, [](Molecule& m) { const int n = m.atom("N1"); m.methyl(n); m.hydrogens(n, 3); },
          {"H 1x6; C -2; N -3", "N 1", "C-N 1; H-C 1x3; H-N 1x3"}, {}},
-        // Nothing marked: the first atom with a bond to spare.
-        {"hydroxide", -1, [](Molecule& m) { m.hydrogens(m.atom("O1"), 1); }, {"H 1; O -2", "O -1", "H-O 1"}, {}},
-        // An oxygen marked: two terminal oxygens take the charges, then the
-        // hypervalent sulfur gives up its double bonds for charges.
-        {"sulfate, an oxygen marked", -2,
-         [](Molecule& m) { const int s = m.atom("S1"); for (int k = 0; k < 4; ++k) m.anion = m.bonded("O", s); },
-         {"O -2x4; S 6", "O -1x4; S 2", "O-S 1x4"}, {}},
+        {"hydroxide", -1, hydroxide, {"H 1; O -2", "O -1", "H-O 1"}, {}},
+        {"sulfate, an oxygen marked", -2, marked_sulfate, {"O -2x4; S 6", "O -1x4; S 2", "O-S 1x4"}, {}},
         // With the chalcogen last the P-C and S-C bonds come first in the
         // bond list; the rings still pair up among themselves and the heavy
         // atom gives its extra bond to the chalcogen as a charge pair.
-        {"diphenyl sulfoxide", 0, [](Molecule& m) { const int s = m.atom("S1"); m.phenyl(s); m.phenyl(s); m.bonded("O1", s); },
+        {"diphenyl sulfoxide", 0,
+         [](Molecule& m) { const int s = m.atom("S1"); m.phenyl(s); m.phenyl(s); m.bonded("O1", s); },
          {"H 1x10; C -1x10 1x2; O -2; S 0", "O -1; S 1", "C-C 1x6 2x6; C-S 1x2; H-C 1x10; O-S 1"}, {}},
         {"triphenylphosphine sulfide", 0,
-         [](Molecule& m) { const int p = m.atom("P1"); for (int k = 0; k < 3; ++k) m.phenyl(p); m.bonded("S1", p); },
+         [](Molecule& m) { const int p = m.atom("P1"); m.phenyl(p); m.phenyl(p); m.phenyl(p); m.bonded("S1", p); },
          {"H 1x15; C -1x18; P 5; S -2", "P 1; S -1", "C-C 1x9 2x9; C-P 1x3; H-C 1x15; P-S 1"}, {}},
-        {"AsMe5", 0, [](Molecule& m) { const int as = m.atom("As1"); for (int k = 0; k < 5; ++k) m.methyl(as); },
+        {"AsMe5", 0, [](Molecule& m) { m.methyls(m.atom("As1"), 5); },
          {"H 1x15; C -4x5; As 5", "", "C-As 1x5; H-C 1x15"}, {}, "Octet rule exception AsMe5", 10},
-        {"TeMe6", 0, [](Molecule& m) { const int te = m.atom("Te1"); for (int k = 0; k < 6; ++k) m.methyl(te); },
+        {"TeMe6", 0, [](Molecule& m) { m.methyls(m.atom("Te1"), 6); },
          {"H 1x18; C -4x6; Te 6", "", "C-Te 1x6; H-C 1x18"}, {}, "Octet rule exception TeMe6", 12},
         // The arsonium ylide Me3As=CH2: an exception without a message that
         // keeps the double bond which would else become As+ C-.
         {"Me3As=CH2", 0,
-         [](Molecule& m) { const int as = m.atom("As1"); for (int k = 0; k < 3; ++k) m.methyl(as); m.hydrogens(m.bonded("C9", as), 2); },
+         [](Molecule& m) { const int as = m.atom("As1"); m.methyls(as, 3); m.hydrogens(m.bonded("C9", as), 2); },
          {"H 1x11; C -4x4; As 5", "", "C-As 1x3 2; H-C 1x11"}, {}, "", 10},
         // Each carbonyl a donor to the nickel, and its own C(-) O(+) pair one
         // as in free CO.
-        {"Ni(CO)4", 0, [](Molecule& m) { const int ni = m.atom("Ni1"); for (int k = 0; k < 4; ++k) m.bonded("O", m.bonded("C", ni)); },
+        {"Ni(CO)4", 0,
+         [](Molecule& m) {
+             const int ni = m.atom("Ni1");
+             for (int k = 0; k < 4; ++k) m.bonded("O", m.bonded("C", ni));
+         },
          {"C 2x4; O -2x4; Ni 0", "O 1x4; Ni -4", "C-Ni 1x4; C-O 3x4"}, {"NiL4  OS  0"}, nullptr, 0, 8},
         // Chlorides count one electron each; lanthanum, without an Allen
         // value, is less electronegative than chlorine.
-        {"LaCl3", 0, [](Molecule& m) { const int la = m.atom("La1"); for (int k = 0; k < 3; ++k) m.bonded("Cl", la); },
+        {"LaCl3", 0, [](Molecule& m) { m.ligands(m.atom("La1"), "Cl", 3); },
          {"Cl -1x3; La 3", "", "Cl-La 1x3"}, {"LaX3  OS  3"}},
         // Each oxo O shares two electrons, a double bond.
-        {"OsO4", 0, [](Molecule& m) { const int os = m.atom("Os1"); for (int k = 0; k < 4; ++k) m.bonded("O", os); },
+        {"OsO4", 0, [](Molecule& m) { m.ligands(m.atom("Os1"), "O", 4); },
          {"O -2x4; Os 8", "", "O-Os 2x4"}, {"OsX8  OS  8"}},
-        {"permanganate", -1, [](Molecule& m) { const int mn = m.atom("Mn1"); for (int k = 0; k < 4; ++k) m.bonded("O", mn); },
+        {"permanganate", -1, [](Molecule& m) { m.ligands(m.atom("Mn1"), "O", 4); },
          {"O -2x4; Mn 7", "Mn -1", "O-Mn 2x4"}, {" [MnX8]1-  OS  7"}},
         // A bridging chloride is X to one aluminium and L to the other, and
         // both come out alike.
         {"Al2Cl6", 0,
          [](Molecule& m) {
              const int a1 = m.atom("Al1"), a2 = m.atom("Al2");
-             for (int k = 0; k < 2; ++k) {
+             for (int k = 0; k < 2; ++k) {   // one bridge and two terminal chlorides per turn
                  m.bond(m.bonded("Cl", a1), a2);
                  m.bonded("Cl", a1);
                  m.bonded("Cl", a2);
@@ -328,7 +342,9 @@ TEST(Lewis, HandBuiltMolecules) {
         const LewisResult r = analysed(in);
         expect_reads(in, r, c.want, c.cbc);
         EXPECT_EQ(r.exception, c.exception != nullptr);
-        EXPECT_EQ(lewis_brt_lines(in, r)[0] == "IEXCPT", c.exception != nullptr);
+        const std::vector<std::string> brt = lewis_brt_lines(in, r);
+        EXPECT_EQ(brt[0] == "IEXCPT", c.exception != nullptr);
+        EXPECT_EQ(brt[c.exception ? 1 : 0].substr(0, 11), "TITL  LEWIS");
         if (c.exception) {
             EXPECT_EQ(r.messages, *c.exception ? std::vector<std::string>{c.exception} : std::vector<std::string>{});
         }
@@ -350,7 +366,16 @@ TEST(Lewis, HandBuiltMolecules) {
     EXPECT_EQ(cbc_line("Zn", {0, 0, 0}), "Covalent Bond Classification Zn  OS  0");
 }
 
-TEST(Lewis, ChargesThatCannotBePlaced) {
+TEST(Lewis, WhereChargesGo) {
+    // Ionic charges, not formal ones, on hydroxide and sulfate.
+    Molecule h, s;
+    hydroxide(h);
+    marked_sulfate(s);
+    EXPECT_EQ(lewis_analysis(h.input(-1)).chg[1], -1);
+    const LewisResult rs = lewis_analysis(s.input(-2));
+    EXPECT_EQ(rs.chg[1], 2);
+    for (int o = 2; o <= 5; ++o) EXPECT_EQ(rs.chg[o], -1) << o;
+
     // Methane cannot carry a charge: ierr 1, and the log says only that.
     Molecule c;
     c.methyl(c.atom("H"));

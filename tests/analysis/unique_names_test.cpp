@@ -49,7 +49,8 @@ TEST(UniqueNames, FormulaWeightReport) {
     EXPECT_NEAR(w.weight, 17.007, 1e-4);
     ASSERT_EQ(w.lines.size(), 7u);
     EXPECT_EQ(std::vector<std::string>(w.lines.begin(), w.lines.begin() + 5),
-              (std::vector<std::string>{"  % H        5.93", "  % O       94.07", "  % D        0.00", "  % Tot    100.00", " "}));
+              (std::vector<std::string>{"  % H        5.93", "  % O       94.07", "  % D        0.00",
+                                        "  % Tot    100.00", " "}));
     EXPECT_EQ(w.lines[5].substr(0, 14), "  Formula Wt. ");
     EXPECT_NEAR(std::stod(w.lines[5].substr(14)), 17.007, 1e-4);
 

@@ -79,7 +79,8 @@ TEST(Connectivity, SymbolsRadiiAndTypes) {
     const std::pair<const char*, int> types[] = {{"Q   ", 1}, {"Cn  ", 240}, {"C1  ", 1}, {"Zz  ", 1}, {"H   ", 5}};
     for (auto [label, type] : types)
         EXPECT_EQ(atom_type_of(st, label), type) << label;
-    const std::pair<const char*, const char*> symbols[] = {{"CL1", "Cl1 "}, {"fe", "Fe  "}, {"BX1", "BX1 "}, {"CEN1", "CEN1"}};
+    const std::pair<const char*, const char*> symbols[] = {
+        {"CL1", "Cl1 "}, {"fe", "Fe  "}, {"BX1", "BX1 "}, {"CEN1", "CEN1"}};
     for (auto [in, out] : symbols)
         EXPECT_EQ(label_text(normalise_symbol(in)), out) << in;
     EXPECT_TRUE(is_hydrogen(make_label("D2")));
