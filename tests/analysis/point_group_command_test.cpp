@@ -8,10 +8,8 @@
 
 #include <gtest/gtest.h>
 
-#include "session/startup.h"
 #include "structure_files/xyz_file.h"
 #include "support/test_support.h"
-#include "toolkit/files.h"
 
 using namespace zentol;
 using namespace zentol::testing;
@@ -22,7 +20,6 @@ const char* const kWaterRows = "O1      0.0 0.0 0.1\\nH2      0.0 0.8 -0.5\\nH3 
 
 // Writes the answer files the way the real program does, in the job
 // directory it is run in.
-
 void install_fake_program(TestSession& t, const std::string& group_line, const std::string& rows = kWaterRows) {
     const std::string fake = t.dir / "fake_symmol";
     write_file(fake, "#!/bin/sh\n"
@@ -33,6 +30,12 @@ void install_fake_program(TestSession& t, const std::string& group_line, const s
                      "printf '" + rows + "' > SYMMETRZ.OUT\n");
     std::filesystem::permissions(fake, std::filesystem::perms::owner_all);
     t.s.engines.values["symmol"] = fake;
+}
+
+float dist(const Store& st, int a, int b) {
+    float sum = 0;
+    for (int c = 0; c < 3; ++c) sum += std::pow(st.atom_rec[a][c] - st.atom_rec[b][c], 2.0f);
+    return std::sqrt(sum);
 }
 
 }  // namespace
@@ -58,13 +61,8 @@ TEST(PointGroup, TheCommandReportsAndAlignTakesTheSymmetrisedAtoms) {
     EXPECT_TRUE(t.s.flags.symmetry_found);
     // The program's atoms are taken over (the exit keeps them as seen, so
     // compare shapes): O-H 1.0, H-H 1.6.
-    auto d = [&](int a, int b) {
-        float sum = 0;
-        for (int c = 0; c < 3; ++c) sum += std::pow(t.s.store.atom_rec[a][c] - t.s.store.atom_rec[b][c], 2.0f);
-        return std::sqrt(sum);
-    };
-    EXPECT_NEAR(d(1, 2), 1.0, 1e-4);
-    EXPECT_NEAR(d(2, 3), 1.6, 1e-4);
+    EXPECT_NEAR(dist(t.s.store, 1, 2), 1.0, 1e-4);
+    EXPECT_NEAR(dist(t.s.store, 2, 3), 1.6, 1e-4);
     EXPECT_EQ(t.tk.status(9), "View down principal axis/symm op");
 }
 
@@ -97,24 +95,15 @@ TEST(PointGroup, AlignTakesEveryAtomOrNone) {
     // The exit keeps the molecule as seen: compare its shape with the file's.
     auto water = std::make_unique<Store>();
     int charge = 0, multiplicity = 1;
-    ASSERT_EQ(parse_xyz(files::split_lines(read_file(test_data("water.xyz"))), *water, nullptr, charge, multiplicity),
-              kXyzRead);
-    auto d = [](const Store& st, int a, int b) {
-        float sum = 0;
-        for (int c = 0; c < 3; ++c) sum += std::pow(st.atom_rec[a][c] - st.atom_rec[b][c], 2.0f);
-        return std::sqrt(sum);
-    };
+    ASSERT_EQ(parse_xyz(test_data_lines("water.xyz"), *water, nullptr, charge, multiplicity), kXyzRead);
     for (auto [a, b] : {std::pair{1, 2}, std::pair{1, 3}, std::pair{2, 3}})
-        EXPECT_NEAR(d(t.s.store, a, b), d(*water, a, b), 1e-4) << a << "-" << b;
+        EXPECT_NEAR(dist(t.s.store, a, b), dist(*water, a, b), 1e-4) << a << "-" << b;
 }
 
 TEST(PointGroup, BenzeneIsD6hWithTheRealProgram) {
     TestSession t;
     t.s.engines.values["symmol"] = ZENTOL_SYMMOL_PROGRAM;
-    write_file(t.s.inst.cfgset + "/dir1.def", t.scratch() + "\n");
-    std::filesystem::copy_file(std::string(ZENTOL_TEST_DATA) + "/../../examples/benzene.xyz", t.scratch() + "/benzene.xyz");
-    t.tk.load_script("menu 40031\nmenu 40029\n");
-    run_program(t.s, {"zentol", "benzene", "1"});
+    run_on_molecule(t, "../../examples/benzene.xyz", "menu 40031\nmenu 40029\n");
     const std::string geo = read_file(t.scratch() + "/benzene.geo");
     EXPECT_NE(geo.find("Point Group = D6h    "), std::string::npos) << geo;
     EXPECT_TRUE(t.s.flags.symmetry_found);

@@ -4,7 +4,6 @@
 
 #include <cmath>
 #include <numbers>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -13,6 +12,7 @@
 #include "session/molecule_store.h"
 #include "structure_files/ins_file.h"
 #include "text/fixed_format.h"
+#include "toolkit/files.h"
 
 using namespace zentol;
 using symmetry::Vec;
@@ -66,6 +66,16 @@ Molecule from_rows(const std::vector<std::pair<std::string, Vec>>& rows) {
     return m;
 }
 
+Molecule water() { return from_rows({{"O1", {0, 0, 0.117}}, {"H2", {0, 0.757, -0.469}}, {"H3", {0, -0.757, -0.469}}}); }
+Molecule co2() { return from_rows({{"O1", {-1.16, 0, 0}}, {"C2", {0, 0, 0}}, {"O3", {1.16, 0, 0}}}); }
+
+Molecule ammonia(double a0) {
+    Molecule m;
+    m.add("N1", 0, 0, 0.11);
+    m.ring("H", 3, 0.94, -0.27, a0);
+    return m;
+}
+
 // Truncated icosahedron, edge 1.40: the cyclic permutations of
 // (0, +-1, +-3p), (+-1, +-(2+p), +-2p), (+-p, +-2, +-(2p+1)) for edge 2.
 Molecule c60() {
@@ -96,13 +106,6 @@ Molecule shaken(Molecule m, double amplitude) {
 
 double distance(const Vec& a, const Vec& b) { return symmetry::norm(symmetry::sub(a, b)); }
 
-std::vector<std::string> lines_of(const std::string& text) {
-    std::vector<std::string> out;
-    std::istringstream in(text);
-    for (std::string line; std::getline(in, line);) out.push_back(line);
-    return out;
-}
-
 }  // namespace
 
 TEST(PointGroupSearch, KnownMoleculesGetTheirGroups) {
@@ -115,8 +118,8 @@ TEST(PointGroupSearch, KnownMoleculesGetTheirGroups) {
     };
     const Case cases[] = {
         {"benzene", benzene(), "D6h", 24},
-        {"water", from_rows({{"O1", {0, 0, 0.117}}, {"H2", {0, 0.757, -0.469}}, {"H3", {0, -0.757, -0.469}}}), "C2v", 4},
-        {"ammonia", [] { Molecule m; m.add("N1", 0, 0, 0.11); m.ring("H", 3, 0.94, -0.27); return m; }(), "C3v", 6},
+        {"water", water(), "C2v", 4},
+        {"ammonia", ammonia(0), "C3v", 6},
         {"methane", from_rows({{"C1", {0, 0, 0}}, {"H2", {t, t, t}}, {"H3", {-t, -t, t}}, {"H4", {-t, t, -t}},
                                {"H5", {t, -t, -t}}}), "Td", 24},
         {"SF6", from_rows({{"S1", {0, 0, 0}}, {"F2", {1.56, 0, 0}}, {"F3", {-1.56, 0, 0}}, {"F4", {0, 1.56, 0}},
@@ -132,7 +135,7 @@ TEST(PointGroupSearch, KnownMoleculesGetTheirGroups) {
                                {"Cl4", {-1.02, 1.02, -1.02}}, {"Br5", {1.11, -1.11, -1.11}}}), "C1", 1},
         {"hydrogen peroxide", from_rows({{"O1", {0.7, 0, 0}}, {"O2", {-0.7, 0, 0}}, {"H3", {0.9, 0.8, 0.4}},
                                          {"H4", {-0.9, -0.8, 0.4}}}), "C2", 2},
-        {"CO2", from_rows({{"O1", {-1.16, 0, 0}}, {"C2", {0, 0, 0}}, {"O3", {1.16, 0, 0}}}), "D*h", 0},
+        {"CO2", co2(), "D*h", 0},
         {"HCN", from_rows({{"H1", {-1.06, 0, 0}}, {"C2", {0, 0, 0}}, {"N3", {1.15, 0, 0}}}), "C*v", 0},
         {"C60", c60(), "Ih", 120},
         {"staggered ring pair (S8 axis)", [] { Molecule m; m.ring("C", 4, 1.5, 0.8, 0.3); m.ring("C", 4, 1.5, -0.8, 0.3 + kPi / 4);
@@ -210,10 +213,7 @@ TEST(PointGroupSearch, GroupsBuiltFromGeneratorsAreRecognised) {
 }
 
 TEST(PointGroupSearch, AlignmentPutsTheMainAxisOnZ) {
-    Molecule m;
-    m.add("N1", 0, 0, 0.11);
-    m.ring("H", 3, 0.94, -0.27, 0.2);
-    const PointGroupResult r = find_point_group(placed(m));
+    const PointGroupResult r = find_point_group(placed(ammonia(0.2)));
     ASSERT_EQ(r.symmetrised.size(), 4u);
     EXPECT_NEAR(r.symmetrised[0][0], 0, 1e-9);   // nitrogen on the C3 axis
     EXPECT_NEAR(r.symmetrised[0][1], 0, 1e-9);
@@ -252,8 +252,7 @@ TEST(PointGroupSearch, ADistortedBenzeneIsSymmetrisedBack) {
 }
 
 TEST(PointGroupSearch, LinearMoleculesAreSymmetrisedAlongZ) {
-    const PointGroupResult r = find_point_group(placed(shaken(
-        from_rows({{"O1", {-1.16, 0, 0}}, {"C2", {0, 0, 0}}, {"O3", {1.16, 0, 0}}}), 0.01)));
+    const PointGroupResult r = find_point_group(placed(shaken(co2(), 0.01)));
     EXPECT_EQ(r.group, "D*h");
     EXPECT_GT(r.deviation, 0.001);
     ASSERT_EQ(r.symmetrised.size(), 3u);
@@ -286,20 +285,19 @@ TEST(PointGroupFiles, InputsAreReadByColumnsAndByWords) {
 
 TEST(PointGroupFiles, RoundTripFromTheJobFiles) {
     Store st;
-    const std::vector<SymAtom> water = placed(
-        from_rows({{"O1", {0, 0, 0.117}}, {"H2", {0, 0.757, -0.469}}, {"H3", {0, -0.757, -0.469}}}));
+    const std::vector<SymAtom> h2o = placed(water());
     st.natoms = 3;
     for (int i = 1; i <= 3; ++i) {
-        const SymAtom& a = water[static_cast<std::size_t>(i - 1)];
+        const SymAtom& a = h2o[static_cast<std::size_t>(i - 1)];
         st.atom_label[i] = make_label(a.label);
         st.atom_rec[i] = {float(a.pos[0]), float(a.pos[1]), float(a.pos[2]), 0.7f, 0, 0};
     }
-    const std::vector<SymAtom> atoms = parse_symmol_inp(lines_of(format_symmol_inp(st)));
+    const std::vector<SymAtom> atoms = parse_symmol_inp(files::split_lines(format_symmol_inp(st)));
     ASSERT_EQ(atoms.size(), 3u);
-    EXPECT_EQ(parse_mol_al_list(lines_of(format_mol_al(st))).size(), 3u);
+    EXPECT_EQ(parse_mol_al_list(files::split_lines(format_mol_al(st))).size(), 3u);
     const PointGroupResult r = find_point_group(atoms);
 
-    const std::string first = lines_of(format_symmol_out(r))[0];
+    const std::string first = files::split_lines(format_symmol_out(r))[0];
     EXPECT_EQ(first.substr(0, 7), "C2v    ");
     auto dev = text::read_reals(first.substr(7), 2);
     ASSERT_TRUE(dev && dev->size() == 1);
@@ -308,7 +306,7 @@ TEST(PointGroupFiles, RoundTripFromTheJobFiles) {
     EXPECT_NE(format_mol_al_txt(PointGroupResult{}).rfind("  The molecule", 0), 0u);
     EXPECT_NE(format_symmol_lst(atoms, r).find("C2v"), std::string::npos);
 
-    const auto rows = lines_of(format_symmetrz_out(atoms, r));
+    const auto rows = files::split_lines(format_symmetrz_out(atoms, r));
     ASSERT_EQ(rows.size(), 3u);
     const char* labels[] = {"O1    ", "H2    ", "H3    "};
     std::vector<Vec> back;
@@ -320,6 +318,6 @@ TEST(PointGroupFiles, RoundTripFromTheJobFiles) {
     }
     EXPECT_NEAR(back[0][0], 0, 1e-6);   // oxygen on the z axis
     EXPECT_NEAR(back[0][1], 0, 1e-6);
-    EXPECT_NEAR(distance(back[0], back[1]), distance(water[0].pos, water[1].pos), 1e-4);
+    EXPECT_NEAR(distance(back[0], back[1]), distance(h2o[0].pos, h2o[1].pos), 1e-4);
     EXPECT_NEAR(back[1][2], back[2][2], 1e-6);
 }

@@ -9,6 +9,7 @@
 #include "support/test_support.h"
 
 using namespace zentol;
+using namespace zentol::testing;
 
 namespace {
 
@@ -47,11 +48,9 @@ TEST(UniqueNames, FormulaWeightReport) {
     FormulaWeight w = formula_weight({{"H ", 1}, {"O ", 1}, {"D ", 1}}, -1.0f);
     EXPECT_NEAR(w.weight, 17.007, 1e-4);
     ASSERT_EQ(w.lines.size(), 7u);
-    EXPECT_EQ(w.lines[0], "  % H        5.93");
-    EXPECT_EQ(w.lines[1], "  % O       94.07");
-    EXPECT_EQ(w.lines[2], "  % D        0.00");
-    EXPECT_EQ(w.lines[3], "  % Tot    100.00");
-    EXPECT_EQ(w.lines[4], " ");
+    EXPECT_EQ(std::vector<std::string>(w.lines.begin(), w.lines.begin() + 5),
+              (std::vector<std::string>{"  % H        5.93", "  % O       94.07", "  % D        0.00",
+                                        "  % Tot    100.00", " "}));
     EXPECT_EQ(w.lines[5].substr(0, 14), "  Formula Wt. ");
     EXPECT_NEAR(std::stod(w.lines[5].substr(14)), 17.007, 1e-4);
 
@@ -67,15 +66,15 @@ TEST(UniqueNames, FormulaWeightReport) {
 }
 
 TEST(UniqueNames, TheCommandRelabelsTheJobAndLogsTheFormula) {
-    zentol::testing::TestSession t;
-    zentol::testing::run_on_water(t, "menu 40044\n");
+    TestSession t;
+    run_on_water(t, "menu 40044\n");
     // No carbon: hydrogen is already second, so the order stays as met.
     EXPECT_EQ(t.tk.status(9), "O   1 H   2 ");
-    auto xyz = zentol::testing::read_file(t.scratch() + "/water.xyz");
+    const std::string xyz = read_file(t.scratch() + "/water.xyz");
     EXPECT_NE(xyz.find("  O1 "), std::string::npos);
     EXPECT_NE(xyz.find("  H2 "), std::string::npos);
-    auto geo = zentol::testing::read_file(t.scratch() + "/water.geo");
+    const std::string geo = read_file(t.scratch() + "/water.geo");
     EXPECT_NE(geo.find("O   1 H   2\n  % O       88.81\n  % H       11.19\n  % Tot    100.00\n"), std::string::npos);
     EXPECT_NE(geo.find(" Formula Wt. "), std::string::npos);
-    EXPECT_EQ(zentol::testing::read_file(t.scratch() + "/fort.19"), "    O     1\n    H     2\n");
+    EXPECT_EQ(read_file(t.scratch() + "/fort.19"), "    O     1\n    H     2\n");
 }

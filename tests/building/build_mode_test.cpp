@@ -3,13 +3,12 @@
 #include "building/build_mode.h"
 
 #include <algorithm>
-#include <cmath>
 #include <filesystem>
 
 #include <gtest/gtest.h>
 
 #include "building/connectivity.h"
-#include "building/library.h"
+#include "building/vec3.h"
 #include "session/startup.h"
 #include "support/test_support.h"
 #include "toolkit/files.h"
@@ -139,18 +138,12 @@ TEST(BuildMode, SubstituentsComeFromTheInstalledLibrary) {
     for (int k = 1; k <= st.conn_count(1); ++k)
         if (st.conn_type(st.nbr(1, k)) == 2) ring_carbon = st.nbr(1, k);
     ASSERT_GT(ring_carbon, 0);
-    const auto& a = st.atom_rec[1];
-    const auto& b = st.atom_rec[ring_carbon];
-    const float d = std::sqrt((a[0] - b[0]) * (a[0] - b[0]) + (a[1] - b[1]) * (a[1] - b[1]) + (a[2] - b[2]) * (a[2] - b[2]));
-    EXPECT_NEAR(d, 1.52f, 1e-3);
+    auto d = [&](int i, int j) { return (atom_position(st.atom_rec[i]) - atom_position(st.atom_rec[j])).length(); };
+    EXPECT_NEAR(d(1, ring_carbon), 1.52f, 1e-3);
     // Turned into place: no two unbonded atoms on top of each other.
     for (int i = 1; i <= st.natoms; ++i)
-        for (int j = i + 1; j <= st.natoms; ++j) {
-            if (has_neighbour(st, i, j)) continue;
-            float s = 0;
-            for (int c = 0; c < 3; ++c) s += (st.atom_rec[i][c] - st.atom_rec[j][c]) * (st.atom_rec[i][c] - st.atom_rec[j][c]);
-            EXPECT_GT(std::sqrt(s), 1.4f) << i << " " << j;
-        }
+        for (int j = i + 1; j <= st.natoms; ++j)
+            if (!has_neighbour(st, i, j)) EXPECT_GT(d(i, j), 1.4f) << i << " " << j;
 
     // On an empty molecule the substituent's molecule comes as it stands.
     TestSession empty;
