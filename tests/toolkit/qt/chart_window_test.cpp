@@ -1,34 +1,40 @@
-// The chart window of the Qt toolkit: what a chart becomes in Qt Charts,
-// and the print dialog in front of the printer.
+// The chart and plot windows of the Qt toolkit: what a chart becomes in Qt
+// Charts, the print dialog in front of the printer, an ICONC bond scan
+// run on the fake engine, and a spectrum drawn in the plot window.
 #include <QApplication>
 #include <QChart>
 #include <QChartView>
-#include <QDialog>
+#include <QClipboard>
 #include <QFile>
 #include <QLineEdit>
 #include <QLineSeries>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QRadioButton>
 #include <QTemporaryDir>
-#include <QTimer>
 #include <QValueAxis>
-#include <gtest/gtest.h>
 
-#include <functional>
-
-#include "engines/orca/orca_listing.h"
-#include "spectra/chart_spectrum.h"
-#include "support/test_support.h"
-#include "toolkit/files.h"
+#include "display/renderer.h"
+#include "engines/iconc/iconc_mode.h"
+#include "engines/iconc/iconc_search.h"
+#include "spectra/transmission.h"
 #include "toolkit/qt/qt_test_support.h"
-#include "toolkit/qt/qt_toolkit.h"
+#include "toolkit/qt/window_job.h"
 
 namespace zentol {
 namespace {
 
+namespace fs = std::filesystem;
+using qt_testing::keep_shot;
 using qt_testing::on_modal;
 
 QValueAxis* axis(QChart* chart, Qt::Orientation o) {
     const auto axes = chart->axes(o);
     return axes.size() == 1 ? qobject_cast<QValueAxis*>(axes.first()) : nullptr;
+}
+
+QLineSeries* only_series(QChart* chart) {
+    return chart->series().size() == 1 ? qobject_cast<QLineSeries*>(chart->series().first()) : nullptr;
 }
 
 TEST(QtCharts, AChartShowsItsTitlesRangesAndPointsAndGoesToThePrinter) {
@@ -46,8 +52,7 @@ TEST(QtCharts, AChartShowsItsTitlesRangesAndPointsAndGoesToThePrinter) {
     EXPECT_EQ(tk.chart_window()->windowTitle(), "C1-C2-C3-C4 Dihedral");
     QChart* chart = tk.chart_window()->view()->chart();
     EXPECT_EQ(chart->title(), "C1-C2-C3-C4 Dihedral");
-    ASSERT_EQ(chart->series().size(), 1);
-    auto* series = qobject_cast<QLineSeries*>(chart->series().first());
+    QLineSeries* series = only_series(chart);
     ASSERT_NE(series, nullptr);
     EXPECT_TRUE(series->pointsVisible());
     ASSERT_EQ(series->count(), 4);
@@ -59,6 +64,7 @@ TEST(QtCharts, AChartShowsItsTitlesRangesAndPointsAndGoesToThePrinter) {
     EXPECT_EQ(y->titleText(), "Energy kJ/mol");
     EXPECT_DOUBLE_EQ(x->min(), -180);
     EXPECT_DOUBLE_EQ(y->max(), 14.5);
+    EXPECT_FALSE(x->isReverse() || y->isReverse());
 
     // The next chart takes the same window; a flat profile still gets a
     // y range to draw in.
@@ -69,8 +75,8 @@ TEST(QtCharts, AChartShowsItsTitlesRangesAndPointsAndGoesToThePrinter) {
     tk.show_chart(c);
     EXPECT_EQ(tk.chart_window(), first);
     chart = tk.chart_window()->view()->chart();
-    ASSERT_EQ(chart->series().size(), 1);
-    EXPECT_EQ(qobject_cast<QLineSeries*>(chart->series().first())->count(), 2);
+    ASSERT_NE(only_series(chart), nullptr);
+    EXPECT_EQ(only_series(chart)->count(), 2);
     ASSERT_EQ(chart->axes().size(), 2);
     y = axis(chart, Qt::Vertical);
     ASSERT_NE(y, nullptr);
@@ -109,26 +115,26 @@ TEST(QtCharts, AChartShowsItsTitlesRangesAndPointsAndGoesToThePrinter) {
     EXPECT_EQ(tk.chart_window(), nullptr);
 }
 
-// A spectrum of a real ORCA 6 listing: 1900 points with no markers, 4000
-// cm-1 on the left, the bands hanging down from 0 at the top. With
-// ZENTOL_SHOT_DIR set the window is saved there as a picture to look at.
+// An IR spectrum as the spectra build it: no markers, 4000 cm-1 on the
+// left, the bands hanging down from 0 at the top, x ticks on round numbers.
 TEST(QtCharts, AnIrSpectrumRunsBackwardsOnBothAxes) {
-    auto listing = files::read_text_lines(testing::test_data("orca/orca6.0_dvb_raman.out"));
-    ASSERT_TRUE(listing.has_value());
-    OrcaFlags flags;
-    const OrcaScan scan = scan_orca_listing(*listing, 0, "dvb", flags);
-    ASSERT_TRUE(scan.ir.has_value());
-    const StickSpectrum spectrum = spread_sticks(text::TextLines::from_lines(*scan.ir), 0.97f, 1);
     QtToolkit tk;
-    tk.show_chart(stick_chart(spectrum, "dvb", 1, 0.97f));
+    Chart c;
+    c.title = "dvb IR spectrum";
+    c.caption = "Scale factor 0.97";
+    c.x_title = "Wavenumber 1/cm";
+    c.x_min = 400, c.x_max = 4000, c.y_min = -1, c.y_max = 0;
+    c.x_reversed = c.y_reversed = true;
+    c.x_tick = 500;
+    c.markers = false;
+    c.points = {{400, 0}, {1600, -1}, {4000, 0}};
+    tk.show_chart(c);
     ASSERT_NE(tk.chart_window(), nullptr);
     EXPECT_EQ(tk.chart_window()->windowTitle(), "dvb IR spectrum");
     QChart* chart = tk.chart_window()->view()->chart();
-    EXPECT_TRUE(chart->title().startsWith("dvb IR spectrum<br><small>Scale factor 0.97"));
-    auto* series = qobject_cast<QLineSeries*>(chart->series().first());
-    ASSERT_NE(series, nullptr);
-    EXPECT_FALSE(series->pointsVisible());
-    EXPECT_EQ(series->count(), 1900);
+    EXPECT_EQ(chart->title(), "dvb IR spectrum<br><small>Scale factor 0.97</small>");
+    ASSERT_NE(only_series(chart), nullptr);
+    EXPECT_FALSE(only_series(chart)->pointsVisible());
     QValueAxis* x = axis(chart, Qt::Horizontal);
     QValueAxis* y = axis(chart, Qt::Vertical);
     ASSERT_TRUE(x && y);
@@ -137,11 +143,151 @@ TEST(QtCharts, AnIrSpectrumRunsBackwardsOnBothAxes) {
     EXPECT_EQ(x->tickType(), QValueAxis::TicksDynamic);
     EXPECT_DOUBLE_EQ(x->tickInterval(), 500);
     EXPECT_EQ(x->titleText(), "Wavenumber 1/cm");
-    if (const char* dir = std::getenv("ZENTOL_SHOT_DIR")) {
-        QApplication::processEvents();
-        tk.chart_window()->grab().save(QString(dir) + "/ir_chart_window.png");
-    }
+    QApplication::processEvents();
+    keep_shot(tk.chart_window()->grab().toImage(), "ir_chart_window.png");
     tk.close_all();
+}
+
+// The fake engine's installation and a job of Fe-H 1.7 apart, the bond stored.
+void prepare_iconc_job(Session& s, QtToolkit& tk, const testing::TempDir& dir) {
+    qt_testing::install(s, tk, dir);
+    const std::string bin = dir / "iconc";
+    fs::create_directories(bin);
+    const std::string fakes = std::string(ZENTOL_TEST_DATA) + "/../engines/iconc/";
+    fs::copy_file(fakes + "fake_inputc.sh", bin + "/inputc");
+    fs::copy_file(fakes + "fake_iconc.sh", bin + "/iconc");
+    for (const char* table : kIconcTables) testing::write_file(bin + "/" + table, "table\n");
+    s.engines.values["iconc_dir"] = bin;
+    testing::write_file(dir / "job/ICONV.DAT", "           1           2\n");
+    fs::current_path(dir / "job");
+    Store& st = s.store;
+    st.natoms = 2;
+    st.atom_label[1] = make_label("Fe");
+    st.atom_label[2] = make_label("H");
+    st.atom_rec[2][kX] = 1.7f;
+    st.nbr(1, 1) = 2;
+    st.nbr(2, 1) = 1;
+    st.conn_count(1) = st.conn_count(2) = 1;
+    s.job.name = "feh";
+}
+
+// The fake engine's Morse curve in the chart window, the step of its minimum
+// in the title, and the window as it stands when "Note the Min. and Max." is asked.
+TEST(QtIconcScan, TheScanPlotShowsTheEnergyWellAndItsMinimum) {
+    testing::TempDir dir;
+    QtToolkit tk;
+    NullRenderer renderer;
+    Session s(tk, renderer);
+    prepare_iconc_job(s, tk, dir);
+    tk.window_open(800, 600, "Zentol");
+    unsetenv("FAKE_ICONC_ENERTOT");
+
+    IconcState state;
+    state.programs = find_iconc_programs(s);
+    ASSERT_TRUE(state.programs.missing.empty()) << state.programs.missing;
+    state.atoms = {IconcAtom{make_label("FE"), 0, 0, 0, true}, IconcAtom{make_label("H"), 1.7f, 0, 0, false}};
+    state.prepared = true;
+    state.options.calc_type = 2;
+    state.options.steps = 30;
+    ASSERT_TRUE(copy_iconc_tables(s, state));
+
+    QImage shot;
+    // The question comes after all 30 runs: it is waited for up to a minute.
+    on_modal(
+        [&](QDialog* box) {
+            if (tk.chart_window()) shot = tk.chart_window()->grab().toImage();
+            auto* question = qobject_cast<QMessageBox*>(box);
+            ASSERT_NE(question, nullptr);
+            question->button(QMessageBox::No)->click();   // nothing goes to the printer
+        },
+        60000);
+    iconc_bond_scan(s, state);
+
+    ASSERT_NE(tk.chart_window(), nullptr);
+    EXPECT_TRUE(tk.chart_window()->isVisible());
+    QChart* chart = tk.chart_window()->view()->chart();
+    // Steps 7 and 8 (1.98 and 2.02) stand either side of the curve's bottom
+    // at 2.0; the curve rises more slowly outwards, so 8 is the lower.
+    EXPECT_EQ(chart->title(), "FE-H Min at step 8");
+    QLineSeries* series = only_series(chart);
+    ASSERT_NE(series, nullptr);
+    ASSERT_EQ(series->count(), 30);
+    EXPECT_NEAR(series->at(7).x(), 2.02, 1e-4);
+    EXPECT_LT(series->at(7).y(), series->at(6).y());
+    EXPECT_LT(series->at(7).y(), series->at(29).y());
+    EXPECT_FLOAT_EQ(s.store.atom_rec[2][kX], 1.7f);   // Apply Scan was off
+
+    ASSERT_FALSE(shot.isNull());
+    EXPECT_GT(shot.width(), 200);
+    keep_shot(shot, "iconc_scan.png");
+    remove_iconc_scratch(state);
+    tk.close_all();
+}
+
+TEST(QtIconcScan, TheOptionsDialogOffersItsDefaultsAndRunsWithWhatWasTyped) {
+    QtToolkit tk;
+    NullRenderer renderer;
+    Session s(tk, renderer);
+    tk.set_ui_dir(ZENTOL_DATA_DIR "/ui");
+    tk.window_open(800, 600, "Zentol");
+    s.flags.total_charge = -1;
+    IconcOptions options;
+    QString step, steps, ediff, charge;
+    bool energy = false, off = false;
+    on_modal([&](QDialog* d) {
+        keep_shot(d->grab().toImage(), "iconc_options.png");
+        step = d->findChild<QLineEdit*>("field_1071")->text();
+        steps = d->findChild<QLineEdit*>("field_1102")->text();
+        ediff = d->findChild<QLineEdit*>("field_1008")->text();
+        charge = d->findChild<QLineEdit*>("field_1101")->text();
+        energy = d->findChild<QRadioButton*>("field_1053")->isChecked();
+        off = d->findChild<QRadioButton*>("field_1051")->isChecked();
+        d->findChild<QRadioButton*>("field_1054")->setChecked(true);
+        d->findChild<QLineEdit*>("field_1102")->setText("25");
+        d->findChild<QPushButton*>("field_3")->click();   // Run Iconc
+    });
+    EXPECT_EQ(ask_iconc_options(s, options), 3);
+    EXPECT_EQ(step, "0.04");
+    EXPECT_EQ(steps, "60");
+    EXPECT_EQ(ediff, "0.0040");
+    EXPECT_EQ(charge, "-1");
+    EXPECT_TRUE(energy && off);
+    EXPECT_EQ(options.calc_type, 2);
+    EXPECT_EQ(options.steps, 25);
+    EXPECT_EQ(s.flags.total_charge, -1);
+    tk.close_all();
+}
+
+// The drawn spectrum in the plot window, and its picture on the clipboard.
+TEST(QtSpectrum, PlotWindowShowsTheCurveAndTheClipboardHoldsThePicture) {
+    QtToolkit tk;
+    tk.WindowOpenChild("water IR spectrum", 800, 600);
+    const auto heights = transmission_heights(transmission_bands({{1595, 1.0}, {3700, 0.6}, {3800, 0.4}}, 1.0));
+    draw_transmission(tk, heights, "water", 1.0);
+    ASSERT_NE(tk.plot_window(), nullptr);
+    const QImage shot = tk.plot_window()->grab().toImage();
+    ASSERT_EQ(shot.size(), QSize(800, 600));
+    keep_shot(shot, "spectrum_window.png");
+    // The band at 1595 cm-1 rises from the baseline in blue.
+    const int n = 1595 / 2 - 99;
+    const QColor band = shot.pixelColor(static_cast<int>(transmission_x(n) * 800),
+                                        static_cast<int>((1 - heights[static_cast<std::size_t>(n - 1)]) * 600));
+    EXPECT_GT(band.blue(), 150);
+    EXPECT_LT(band.red(), 150);
+    EXPECT_EQ(shot.pixelColor(790, 300), QColor(Qt::white));
+
+    Image picture;
+    picture.width = 4;
+    picture.height = 2;
+    picture.rgb.assign(4 * 2 * 3, 0);
+    picture.rgb[0] = 255;   // the first pixel red
+    ASSERT_TRUE(tk.copy_image_to_clipboard(picture));
+    const QImage held = QGuiApplication::clipboard()->image();
+    if (!held.isNull()) {   // some platforms keep no clipboard without a display
+        EXPECT_EQ(held.size(), QSize(4, 2));
+        EXPECT_EQ(held.pixelColor(0, 0), QColor(255, 0, 0));
+    }
+    tk.WindowCloseChild();
 }
 
 }  // namespace

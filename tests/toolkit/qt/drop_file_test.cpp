@@ -1,35 +1,21 @@
 // A structure file dragged from a file manager onto the real window: the
 // window takes only local files, and the display loop opens the dropped
 // file as a new job, as File > Open does.
-#include <gtest/gtest.h>
-
 #include <QApplication>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QMimeData>
-#include <QOpenGLContext>
 #include <QTimer>
 #include <QUrl>
 
-#include <filesystem>
-
-#include "session/config.h"
 #include "session/display_loop.h"
-#include "session/session.h"
-#include "session/store_ops.h"
-#include "structure_files/xyz_file.h"
-#include "support/test_support.h"
-#include "toolkit/qt/main_window.h"
-#include "toolkit/qt/qt_renderer.h"
-#include "toolkit/qt/qt_toolkit.h"
+#include "toolkit/qt/window_job.h"
 
 namespace zentol {
 namespace {
 
-using testing::TempDir;
 using testing::read_file;
 using testing::test_data;
-using testing::write_file;
 
 QMimeData* urls(const QList<QUrl>& list) {
     auto* data = new QMimeData;
@@ -70,34 +56,14 @@ TEST(DropFile, OnlyLocalFilesAreTakenAndTheirPathArrives) {
 }
 
 // The display loop of the real window opens a dropped SDF file: the zinc
-// complex is the job, drawn; the picture is kept for a look by eye when
-// ZENTOL_SHOT names a file.
-TEST(DropFile, TheDisplayLoopOpensTheDroppedFile) {
-    QOpenGLContext probe;
-    if (!probe.create()) GTEST_SKIP() << "no OpenGL on this display (run under xvfb-run)";
-    TempDir dir;
-    QtToolkit tk;
-    QtRenderer renderer{tk};
-    Session s{tk, renderer};
-    s.inst = installation_at(dir / "inst", dir / "work", ZENTOL_DATA_DIR);
-    prepare_installation(s.inst);
-    tk.set_ui_dir(s.inst.data_dir + "/ui");
-    tk.window_open(800, 600, "Zentol drop test");
-    tk.menu_load(30001);
-    tk.WMenuToolbar(30101);
-    tk.status_bar_parts({400, 1500, 620, 700, 620, 700, 600, 600, 3200, 1000});
-    tk.wait_hundredths(10);
-    write_file(dir / "job/water.xyz", read_file(test_data("water.xyz")));
+// complex is the job, drawn.
+using DropFileJob = qt_testing::JobWindowTest;
+
+TEST_F(DropFileJob, TheDisplayLoopOpensTheDroppedFile) {
+    open(read_file(test_data("water.xyz")), "water");
+    if (IsSkipped() || HasFatalFailure()) return;
     const std::string sdf = dir / "mine/zn_propanoate.sdf";
-    write_file(sdf, read_file(test_data("structure_files/zn_propanoate.sdf")));
-    std::filesystem::current_path(dir / "job");
-    s.job.name = "water";
-    element_lookup(s.store, &tk, "", kLookupConfirmAll);
-    int status = 0;
-    read_job_xyz(s, status);
-    ASSERT_EQ(status, kXyzRead);
-    prepare_display(s);
-    save_and_reload(s);
+    testing::write_file(sdf, read_file(test_data("structure_files/zn_propanoate.sdf")));
     QImage shot;
     QTimer::singleShot(100, [&] {
         drop_on(tk.main_window(), urls({QUrl::fromLocalFile(QString::fromStdString(sdf))}));
@@ -112,8 +78,7 @@ TEST(DropFile, TheDisplayLoopOpensTheDroppedFile) {
     EXPECT_EQ(s.store.natoms, 15);
     EXPECT_EQ(tk.status_field(2), "1:zn_propanoate");
     EXPECT_EQ(read_file(sdf), read_file(test_data("structure_files/zn_propanoate.sdf")));
-    if (const char* out = std::getenv("ZENTOL_SHOT")) shot.save(out);
-    tk.close_all();
+    qt_testing::keep_shot(shot, "dropped_file.png");
 }
 
 }  // namespace

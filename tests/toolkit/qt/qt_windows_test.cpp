@@ -1,28 +1,29 @@
-// Tab dialogs, the editor and viewer windows, pictures and the update fetch
-// of the Qt toolkit.
-#include <QApplication>
-#include <QDialog>
+// Tab dialogs, the editor and viewer windows, pictures, the update fetch
+// and the plot window of the Qt toolkit; the Orca and MultiWFN dialogs,
+// a Tinker failure and the Lewis viewer as the modes use them.
+#include <QCheckBox>
 #include <QDialogButtonBox>
-#include <QImage>
+#include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QTabWidget>
 #include <QTcpServer>
 #include <QTcpSocket>
-#include <QTemporaryDir>
-#include <QTimer>
-#include <gtest/gtest.h>
 
-#include <functional>
-
-#include "support/test_support.h"
+#include "analysis/lewis_command.h"
+#include "display/renderer.h"
+#include "engines/tinker/tinker_outcome.h"
+#include "toolkit/files.h"
 #include "toolkit/qt/qt_test_support.h"
-#include "toolkit/qt/qt_toolkit.h"
+#include "toolkit/qt/window_job.h"
 
 namespace zentol {
 namespace {
 
+using qt_testing::keep_shot;
 using qt_testing::on_modal;
 
 TEST(QtWindows, TabDialogShowsEachPageOnItsTab) {
@@ -112,12 +113,6 @@ TEST(QtWindows, UpdateFetchReadsAnAnswerAndGivesUpOnSilence) {
     EXPECT_FALSE(tk.http_get("http://127.0.0.1:" + std::to_string(silent.serverPort()) + "/x", 300));
 }
 
-}  // namespace
-}  // namespace zentol
-
-namespace zentol {
-namespace {
-
 TEST(QtWindows, PlotWindowPaintsInUserUnits) {
     QtToolkit tk;
     tk.WindowOpenChild("plot", 200, 100);
@@ -134,6 +129,107 @@ TEST(QtWindows, PlotWindowPaintsInUserUnits) {
     EXPECT_EQ(off, QColor(Qt::white));
     tk.WindowCloseChild();
     EXPECT_EQ(tk.plot_window(), nullptr);
+}
+
+// The Orca Input and MultiWFN dialogs come up with the values put, and their
+// buttons close them as the modes expect.
+TEST(OrcaDialogs, OrcaInputRunsAndMultiwfnActionsChoose) {
+    QtToolkit tk;
+    tk.set_ui_dir(std::string(ZENTOL_DATA_DIR) + "/ui");
+    ASSERT_TRUE(tk.WDialogLoad(125));
+    tk.WDialogPutInteger(1102, 2);
+    tk.WDialogPutReal(1071, 0.97);
+    bool wfn_on = false, optimisation = false;
+    QString scale;
+    on_modal([&](QDialog* d) {
+        keep_shot(d->grab().toImage(), "dialog_125.png");
+        wfn_on = d->findChild<QCheckBox*>("field_1031")->isChecked();
+        optimisation = d->findChild<QRadioButton*>("field_1057")->isChecked();
+        scale = d->findChild<QLineEdit*>("field_1071")->text();
+        d->findChild<QRadioButton*>("field_1053")->click();
+        d->findChild<QPushButton*>("field_3")->click();
+    });
+    tk.WDialogShow(1);
+    EXPECT_TRUE(wfn_on);
+    EXPECT_TRUE(optimisation);
+    EXPECT_EQ(scale, "0.97");
+    EXPECT_EQ(tk.last_button(), 3);
+    EXPECT_EQ(tk.WDialogGetRadioButton(1051), 3);
+    EXPECT_EQ(tk.WDialogGetInteger(1102), 2);
+    tk.WDialogUnload();
+
+    ASSERT_TRUE(tk.WDialogLoad(127));
+    tk.WDialogPutReal(1071, 50.0);
+    on_modal([&](QDialog* d) {
+        keep_shot(d->grab().toImage(), "dialog_127.png");
+        d->findChild<QRadioButton*>("field_1054")->click();
+        d->findChild<QLineEdit*>("field_1071")->setText("35.5");
+        d->findChild<QPushButton*>("field_1")->click();
+    });
+    tk.WDialogShow(1);
+    EXPECT_EQ(tk.last_button(), 1);
+    EXPECT_EQ(tk.WDialogGetRadioButton(1051), 4);
+    EXPECT_DOUBLE_EQ(tk.WDialogGetReal(1071), 35.5);
+    tk.WDialogUnload();
+}
+
+// A run stopped on undefined parameters: the message's lines break where
+// the text breaks them, and the end of the log is readable.
+TEST(TinkerMessages, AStoppedRunIsToldWithTheEndOfItsLog) {
+    QtToolkit tk;
+    tk.set_ui_dir(ZENTOL_DATA_DIR "/ui");
+    tk.window_open(800, 600, "Zentol test");
+    tk.wait_hundredths(5);
+    const auto log = files::read_lines(std::string(ZENTOL_TEST_DATA) + "/tinker/undef_analyze_E/ZENTOL.LOG");
+    ASSERT_TRUE(log);
+    const std::string text = tinker_failure_text("dynamic", judge_tinker_log(*log, kTrajectoryResult), *log);
+
+    QString shown;
+    on_modal([&](QDialog* d) {
+        auto* box = qobject_cast<QMessageBox*>(d);
+        ASSERT_TRUE(box);
+        shown = box->text();
+        keep_shot(box->grab().toImage(), "tinker_failure.png");
+        box->button(QMessageBox::Ok)->click();
+    });
+    tk.WMessageBox(kButtonsOk, MessageIcon::Exclamation, 1, text, "Tinker");
+    const QStringList lines = shown.split('\n');
+    ASSERT_GE(lines.size(), 10);
+    EXPECT_TRUE(lines[0].startsWith("Tinker's dynamic stopped: MM3 lacks parameters"));
+    EXPECT_EQ(lines[1], "Repeated use of Undefined and Optimize may work");
+    EXPECT_EQ(lines.last(), " Tinker is Unable to Continue; Terminating the Current Calculation");
+}
+
+// The shipped Cr(CO)6 example shows its Covalent Bond Classification line in
+// the viewer, above the tables.
+TEST(LewisWindow, ChromiumCarbonylShowsItsClassificationInTheViewer) {
+    testing::TempDir dir;
+    QtToolkit tk;
+    NullRenderer renderer;
+    Session s{tk, renderer};
+    qt_testing::install(s, tk, dir);
+    tk.window_open(800, 600, "Zentol Lewis test");
+    const std::string xyz = testing::read_file(std::string(ZENTOL_TEST_DATA) + "/../../examples/chromium-carbonyl.xyz");
+    ASSERT_NO_FATAL_FAILURE(qt_testing::read_job(s, dir / "job", "chromium-carbonyl", xyz));
+
+    QString shown;
+    QSize size;
+    on_modal([&](QDialog* d) {
+        auto* text = d->findChild<QPlainTextEdit*>("text");
+        ASSERT_NE(text, nullptr);
+        shown = text->toPlainText();
+        size = d->grab().size();
+        d->reject();
+    });
+    lewis_command(s);
+    tk.close_all();
+
+    const QStringList lines = shown.split('\n');
+    ASSERT_GE(lines.size(), 3);
+    EXPECT_EQ(lines[0], "Lewis structure: 13 atoms, 12 bonds, charge 0");
+    EXPECT_EQ(lines[1], "Covalent Bond Classification CrL6  OS  0");
+    EXPECT_TRUE(shown.contains("Cr1      1    6   -6    0   24    6"));
+    EXPECT_FALSE(size.isEmpty());
 }
 
 }  // namespace

@@ -2,73 +2,33 @@
 // events arrive from timers, as from a mouse and keys. A turn survives
 // menus, dialogs, zoom and a hard copy; spheres are round at every size;
 // a drag turns by its length; the wheel zooms.
-#include <gtest/gtest.h>
-
 #include <QApplication>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMouseEvent>
-#include <QOpenGLContext>
 #include <QTimer>
 #include <QWheelEvent>
 
 #include <array>
 #include <cmath>
-#include <filesystem>
 #include <functional>
 #include <vector>
 
 #include "display/image.h"
 #include "display/projection.h"
-#include "session/config.h"
 #include "session/display_loop.h"
-#include "session/session.h"
-#include "session/store_ops.h"
-#include "structure_files/xyz_file.h"
-#include "support/test_support.h"
-#include "toolkit/files.h"
-#include "toolkit/qt/main_window.h"
-#include "toolkit/qt/qt_renderer.h"
-#include "toolkit/qt/qt_toolkit.h"
 #include "toolkit/qt/qt_test_support.h"
+#include "toolkit/qt/window_job.h"
 
 namespace zentol {
 namespace {
 
-using testing::TempDir;
-using testing::test_data;
-using testing::write_file;
-
 // One atom in the middle, for the roundness of a sphere.
 const char* const kOneAtom = "     1 one\n     1  S      0.000000    0.000000    0.000000    15\n";
 
-class WindowSession : public ::testing::Test {
+class WindowSession : public qt_testing::JobWindowTest {
 protected:
-    void open(const std::string& xyz_text, int width = 800, int height = 600) {
-        QOpenGLContext probe;
-        if (!probe.create()) GTEST_SKIP() << "no OpenGL on this display (run under xvfb-run)";
-        s.inst = installation_at(dir / "inst", dir / "work", ZENTOL_DATA_DIR);
-        prepare_installation(s.inst);
-        tk.set_ui_dir(s.inst.data_dir + "/ui");
-        tk.window_open(width, height, "Zentol window test");
-        tk.menu_load(30001);
-        tk.WMenuToolbar(30101);
-        tk.status_bar_parts({400, 1500, 620, 700, 620, 700, 600, 600, 3200, 1000});
-        tk.wait_hundredths(10);
-        const std::string job_dir = dir / "job";
-        write_file(job_dir + "/mol.xyz", xyz_text);
-        std::filesystem::current_path(job_dir);
-        s.job.name = "mol";
-        element_lookup(s.store, &tk, "", kLookupConfirmAll);
-        int status = 0;
-        read_job_xyz(s, status);
-        ASSERT_EQ(status, kXyzRead);
-        prepare_display(s);
-        save_and_reload(s);
-    }
-    void TearDown() override { tk.close_all(); }
-
     // Runs the display loop while the steps run one after another, each
     // 60 ms after the last; the last step closes the window.
     void run_loop(std::vector<std::function<void()>> steps) {
@@ -110,11 +70,6 @@ protected:
         ASSERT_EQ(a.size(), b.size()) << after;
         for (std::size_t k = 0; k < a.size(); ++k) EXPECT_NEAR(a[k], b[k], 1e-4f) << after;
     }
-
-    TempDir dir;
-    QtToolkit tk;
-    QtRenderer renderer{tk};
-    Session s{tk, renderer};
 };
 
 // Width and height of the disc around the middle of a picture: the run of
@@ -137,7 +92,7 @@ std::array<int, 2> disc_size(const QImage& image) {
 TEST_F(WindowSession, ATurnSurvivesMenusADialogZoomAndAHardCopy) {
     const std::string benzene = testing::read_file(std::string(ZENTOL_TEST_DATA) + "/../../examples/benzene.xyz");
     open(benzene);
-    if (IsSkipped()) return;
+    if (IsSkipped() || HasFatalFailure()) return;
     std::vector<float> turned, after_menus, after_dialog, after_zoom, after_copy;
     std::vector<std::function<void()>> steps;
     for (int k = 0; k < 12; ++k) steps.push_back([this] { key(Qt::Key_Right); });
@@ -190,7 +145,7 @@ TEST_F(WindowSession, ATurnSurvivesMenusADialogZoomAndAHardCopy) {
 
 TEST_F(WindowSession, ASphereIsRoundAtEverySizeAndInAHardCopy) {
     open(kOneAtom);
-    if (IsSkipped()) return;
+    if (IsSkipped() || HasFatalFailure()) return;
     for (QSize size : {QSize(800, 600), QSize(1000, 750), QSize(700, 900)}) {
         tk.main_window()->resize(size);
         tk.wait_hundredths(20);
@@ -211,7 +166,7 @@ TEST_F(WindowSession, ASphereIsRoundAtEverySizeAndInAHardCopy) {
 TEST_F(WindowSession, ADragTurnsByItsLengthAndTheWheelZooms) {
     const std::string benzene = testing::read_file(std::string(ZENTOL_TEST_DATA) + "/../../examples/benzene.xyz");
     open(benzene);
-    if (IsSkipped()) return;
+    if (IsSkipped() || HasFatalFailure()) return;
     auto drag = [&](int moves) {
         std::vector<std::function<void()>> steps;
         const QPointF from(200, 250);
@@ -226,7 +181,7 @@ TEST_F(WindowSession, ADragTurnsByItsLengthAndTheWheelZooms) {
     };
     auto [start5, end5] = drag(5);
     // The same drag again on the molecule as it was, in fifty events.
-    write_file(dir / "job/mol.xyz", benzene);
+    testing::write_file(dir / "job/mol.xyz", benzene);
     int status = 0;
     read_job_xyz(s, status);
     prepare_display(s);
