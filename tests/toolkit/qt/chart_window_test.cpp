@@ -1,6 +1,6 @@
 // The chart and plot windows of the Qt toolkit: what a chart becomes in Qt
-// Charts, the print dialog in front of the printer, an ICONC bond scan
-// run on the fake engine, and a spectrum drawn in the plot window.
+// Charts, the print dialog in front of the printer, the ICONC options
+// dialog, and a spectrum drawn in the plot window.
 #include <QApplication>
 #include <QChart>
 #include <QChartView>
@@ -8,7 +8,6 @@
 #include <QFile>
 #include <QLineEdit>
 #include <QLineSeries>
-#include <QMessageBox>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTemporaryDir>
@@ -16,7 +15,7 @@
 
 #include "display/renderer.h"
 #include "engines/iconc/iconc_mode.h"
-#include "engines/iconc/iconc_search.h"
+#include "engines/iconc/iconc_runs.h"
 #include "spectra/transmission.h"
 #include "toolkit/qt/qt_test_support.h"
 #include "toolkit/qt/window_job.h"
@@ -24,7 +23,6 @@
 namespace zentol {
 namespace {
 
-namespace fs = std::filesystem;
 using qt_testing::keep_shot;
 using qt_testing::on_modal;
 
@@ -148,82 +146,6 @@ TEST(QtCharts, AnIrSpectrumRunsBackwardsOnBothAxes) {
     tk.close_all();
 }
 
-// The fake engine's installation and a job of Fe-H 1.7 apart, the bond stored.
-void prepare_iconc_job(Session& s, QtToolkit& tk, const testing::TempDir& dir) {
-    qt_testing::install(s, tk, dir);
-    const std::string bin = dir / "iconc";
-    fs::create_directories(bin);
-    const std::string fakes = std::string(ZENTOL_TEST_DATA) + "/../engines/iconc/";
-    fs::copy_file(fakes + "fake_inputc.sh", bin + "/inputc");
-    fs::copy_file(fakes + "fake_iconc.sh", bin + "/iconc");
-    for (const char* table : kIconcTables) testing::write_file(bin + "/" + table, "table\n");
-    s.engines.values["iconc_dir"] = bin;
-    testing::write_file(dir / "job/ICONV.DAT", "           1           2\n");
-    fs::current_path(dir / "job");
-    Store& st = s.store;
-    st.natoms = 2;
-    st.atom_label[1] = make_label("Fe");
-    st.atom_label[2] = make_label("H");
-    st.atom_rec[2][kX] = 1.7f;
-    st.nbr(1, 1) = 2;
-    st.nbr(2, 1) = 1;
-    st.conn_count(1) = st.conn_count(2) = 1;
-    s.job.name = "feh";
-}
-
-// The fake engine's Morse curve in the chart window, the step of its minimum
-// in the title, and the window as it stands when "Note the Min. and Max." is asked.
-TEST(QtIconcScan, TheScanPlotShowsTheEnergyWellAndItsMinimum) {
-    testing::TempDir dir;
-    QtToolkit tk;
-    NullRenderer renderer;
-    Session s(tk, renderer);
-    prepare_iconc_job(s, tk, dir);
-    tk.window_open(800, 600, "Zentol");
-    unsetenv("FAKE_ICONC_ENERTOT");
-
-    IconcState state;
-    state.programs = find_iconc_programs(s);
-    ASSERT_TRUE(state.programs.missing.empty()) << state.programs.missing;
-    state.atoms = {IconcAtom{make_label("FE"), 0, 0, 0, true}, IconcAtom{make_label("H"), 1.7f, 0, 0, false}};
-    state.prepared = true;
-    state.options.calc_type = 2;
-    state.options.steps = 30;
-    ASSERT_TRUE(copy_iconc_tables(s, state));
-
-    QImage shot;
-    // The question comes after all 30 runs: it is waited for up to a minute.
-    on_modal(
-        [&](QDialog* box) {
-            if (tk.chart_window()) shot = tk.chart_window()->grab().toImage();
-            auto* question = qobject_cast<QMessageBox*>(box);
-            ASSERT_NE(question, nullptr);
-            question->button(QMessageBox::No)->click();   // nothing goes to the printer
-        },
-        60000);
-    iconc_bond_scan(s, state);
-
-    ASSERT_NE(tk.chart_window(), nullptr);
-    EXPECT_TRUE(tk.chart_window()->isVisible());
-    QChart* chart = tk.chart_window()->view()->chart();
-    // Steps 7 and 8 (1.98 and 2.02) stand either side of the curve's bottom
-    // at 2.0; the curve rises more slowly outwards, so 8 is the lower.
-    EXPECT_EQ(chart->title(), "FE-H Min at step 8");
-    QLineSeries* series = only_series(chart);
-    ASSERT_NE(series, nullptr);
-    ASSERT_EQ(series->count(), 30);
-    EXPECT_NEAR(series->at(7).x(), 2.02, 1e-4);
-    EXPECT_LT(series->at(7).y(), series->at(6).y());
-    EXPECT_LT(series->at(7).y(), series->at(29).y());
-    EXPECT_FLOAT_EQ(s.store.atom_rec[2][kX], 1.7f);   // Apply Scan was off
-
-    ASSERT_FALSE(shot.isNull());
-    EXPECT_GT(shot.width(), 200);
-    keep_shot(shot, "iconc_scan.png");
-    remove_iconc_scratch(state);
-    tk.close_all();
-}
-
 TEST(QtIconcScan, TheOptionsDialogOffersItsDefaultsAndRunsWithWhatWasTyped) {
     QtToolkit tk;
     NullRenderer renderer;
@@ -288,6 +210,7 @@ TEST(QtSpectrum, PlotWindowShowsTheCurveAndTheClipboardHoldsThePicture) {
         EXPECT_EQ(held.pixelColor(0, 0), QColor(255, 0, 0));
     }
     tk.WindowCloseChild();
+    EXPECT_EQ(tk.plot_window(), nullptr);
 }
 
 }  // namespace

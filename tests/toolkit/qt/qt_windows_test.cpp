@@ -1,11 +1,9 @@
-// Tab dialogs, the editor and viewer windows, pictures, the update fetch
-// and the plot window of the Qt toolkit; the Orca and MultiWFN dialogs,
-// a Tinker failure and the Lewis viewer as the modes use them.
+// Tab dialogs, the editor and viewer windows, pictures and the update fetch
+// of the Qt toolkit; the Orca and MultiWFN dialogs and the Lewis viewer as
+// the modes use them.
 #include <QCheckBox>
 #include <QDialogButtonBox>
-#include <QLabel>
 #include <QLineEdit>
-#include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -15,8 +13,6 @@
 
 #include "analysis/lewis_command.h"
 #include "display/renderer.h"
-#include "engines/tinker/tinker_outcome.h"
-#include "toolkit/files.h"
 #include "toolkit/qt/qt_test_support.h"
 #include "toolkit/qt/window_job.h"
 
@@ -113,24 +109,6 @@ TEST(QtWindows, UpdateFetchReadsAnAnswerAndGivesUpOnSilence) {
     EXPECT_FALSE(tk.http_get("http://127.0.0.1:" + std::to_string(silent.serverPort()) + "/x", 300));
 }
 
-TEST(QtWindows, PlotWindowPaintsInUserUnits) {
-    QtToolkit tk;
-    tk.WindowOpenChild("plot", 200, 100);
-    tk.IGrUnits(0, 0, 2, 1);
-    tk.IGrColourN(24);   // red
-    tk.IGrMoveTo(0, 0.5);
-    tk.IGrLineTo(2, 0.5);
-    ASSERT_NE(tk.plot_window(), nullptr);
-    QImage shot = tk.plot_window()->grab().toImage();
-    ASSERT_EQ(shot.size(), QSize(200, 100));
-    QColor on = shot.pixelColor(100, 50), off = shot.pixelColor(100, 20);
-    EXPECT_GT(on.red(), 200);
-    EXPECT_GT(on.red() - on.green(), 100);   // red, softened by the smoothing of the line
-    EXPECT_EQ(off, QColor(Qt::white));
-    tk.WindowCloseChild();
-    EXPECT_EQ(tk.plot_window(), nullptr);
-}
-
 // The Orca Input and MultiWFN dialogs come up with the values put, and their
 // buttons close them as the modes expect.
 TEST(OrcaDialogs, OrcaInputRunsAndMultiwfnActionsChoose) {
@@ -171,33 +149,6 @@ TEST(OrcaDialogs, OrcaInputRunsAndMultiwfnActionsChoose) {
     EXPECT_EQ(tk.WDialogGetRadioButton(1051), 4);
     EXPECT_DOUBLE_EQ(tk.WDialogGetReal(1071), 35.5);
     tk.WDialogUnload();
-}
-
-// A run stopped on undefined parameters: the message's lines break where
-// the text breaks them, and the end of the log is readable.
-TEST(TinkerMessages, AStoppedRunIsToldWithTheEndOfItsLog) {
-    QtToolkit tk;
-    tk.set_ui_dir(ZENTOL_DATA_DIR "/ui");
-    tk.window_open(800, 600, "Zentol test");
-    tk.wait_hundredths(5);
-    const auto log = files::read_lines(std::string(ZENTOL_TEST_DATA) + "/tinker/undef_analyze_E/ZENTOL.LOG");
-    ASSERT_TRUE(log);
-    const std::string text = tinker_failure_text("dynamic", judge_tinker_log(*log, kTrajectoryResult), *log);
-
-    QString shown;
-    on_modal([&](QDialog* d) {
-        auto* box = qobject_cast<QMessageBox*>(d);
-        ASSERT_TRUE(box);
-        shown = box->text();
-        keep_shot(box->grab().toImage(), "tinker_failure.png");
-        box->button(QMessageBox::Ok)->click();
-    });
-    tk.WMessageBox(kButtonsOk, MessageIcon::Exclamation, 1, text, "Tinker");
-    const QStringList lines = shown.split('\n');
-    ASSERT_GE(lines.size(), 10);
-    EXPECT_TRUE(lines[0].startsWith("Tinker's dynamic stopped: MM3 lacks parameters"));
-    EXPECT_EQ(lines[1], "Repeated use of Undefined and Optimize may work");
-    EXPECT_EQ(lines.last(), " Tinker is Unable to Continue; Terminating the Current Calculation");
 }
 
 // The shipped Cr(CO)6 example shows its Covalent Bond Classification line in
