@@ -128,10 +128,15 @@ TEST_F(QtToolkitTest, MenuBarIsBuiltFromItsDescription) {
     EXPECT_EQ(mru->title(), "&MRU list");
     EXPECT_EQ(w->menu_action(40064)->text(), "Hardcopy && Print");   // a lone '&' is shown as such
 
-    // The key letter is shown but left to the view.
+    // The key letter is shown but left to the view; the usual keys open,
+    // save, quit and help.
     QAction* build = w->menu_action(40003);
     EXPECT_EQ(build->text(), "&Build\tB");
     EXPECT_TRUE(build->shortcut().isEmpty());
+    EXPECT_EQ(w->menu_action(40005)->shortcut(), QKeySequence("Ctrl+O"));
+    EXPECT_EQ(w->menu_action(40007)->shortcut(), QKeySequence("Ctrl+S"));
+    EXPECT_EQ(w->menu_action(40020)->shortcut(), QKeySequence("Ctrl+Q"));
+    EXPECT_EQ(w->menu_action(40006)->shortcut(), QKeySequence("F1"));
 
     tk.WMenuSetString(40067, "/tmp/x.xyz");
     EXPECT_EQ(w->menu_action(40067)->text(), "/tmp/x.xyz");
@@ -142,7 +147,7 @@ TEST_F(QtToolkitTest, MenuBarIsBuiltFromItsDescription) {
     EXPECT_EQ(tk.main_window()->menuBar()->actions().size(), 6);
 }
 
-TEST_F(QtToolkitTest, ToolBarFollowsTheFileAndSharesStateWithTheMenu) {
+TEST_F(QtToolkitTest, ToolBarFollowsTheFileSharesStateWithTheMenuAndGoesWithTheMode) {
     tk.menu_load(30001);
     tk.WMenuToolbar(30101);
     tk.WMenuToolbar(30101);
@@ -167,21 +172,10 @@ TEST_F(QtToolkitTest, ToolBarFollowsTheFileAndSharesStateWithTheMenu) {
     w->tool_action(40060)->trigger();
     expect_message(next_input(), MessageType::Menu, 40005);
     expect_message(next_input(), MessageType::Menu, 40060);
-}
 
-// Each mode shows only its own buttons: a mode's menu bar takes the Display
-// tool bar away, and a mode with a tool bar of its own puts it up.
-TEST_F(QtToolkitTest, AModeShowsOnlyItsOwnToolBarAndTheMenuHasItsShortcuts) {
-    tk.menu_load(30001);
-    tk.WMenuToolbar(30101);
-    MainWindow* w = tk.main_window();
-    EXPECT_EQ(w->menu_action(40005)->shortcut(), QKeySequence("Ctrl+O"));
-    EXPECT_EQ(w->menu_action(40007)->shortcut(), QKeySequence("Ctrl+S"));
-    EXPECT_EQ(w->menu_action(40020)->shortcut(), QKeySequence("Ctrl+Q"));
-    EXPECT_EQ(w->menu_action(40006)->shortcut(), QKeySequence("F1"));
-    EXPECT_TRUE(w->menu_action(40003)->shortcut().isEmpty());   // the B key goes to the view
-
-    tk.menu_load(30004);   // Mopac mode: no tool bar of its own
+    // Each mode shows only its own buttons: a mode's menu bar takes the
+    // Display tool bar away, and a mode with a tool bar of its own puts it up.
+    tk.menu_load(30004);   // Mopac mode: none of its own
     EXPECT_FALSE(w->tool_action(40013));
     EXPECT_TRUE(w->tool_bar()->isHidden());
     EXPECT_TRUE(w->tool_bar()->actions().isEmpty());
