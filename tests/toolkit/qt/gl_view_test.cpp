@@ -97,8 +97,10 @@ protected:
     int colour_of(int atom) const { return static_cast<int>(std::lround(s.store.atom_colour[atom])); }
     // Atoms 1-4 in their lit colours where they project in this picture.
     void expect_atoms_lit(const QImage& image) const {
-        for (int i = 1; i <= 4; ++i)
-            EXPECT_TRUE(close_to(pixel(image, at(i, image.size()).x(), at(i, image.size()).y()), lit(i), 8)) << i;
+        for (int i = 1; i <= 4; ++i) {
+            const QPoint p = at(i, image.size());
+            EXPECT_TRUE(close_to(pixel(image, p.x(), p.y()), lit(i), 8)) << "atom " << i;
+        }
     }
     // Pixels far darker than the background within a box.
     static int dark_pixels(const QImage& image, QRect box) {

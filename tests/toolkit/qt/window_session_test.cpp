@@ -1,13 +1,18 @@
 // The real window as a user drives it: the display loop runs while Qt
-// events arrive from timers, as from a mouse and keys. A turn survives
-// menus, dialogs, zoom and a hard copy; spheres are round at every size;
-// a drag turns by its length; the wheel zooms.
+// events arrive from timers, as from a mouse, keys and a file manager. A
+// turn survives menus, dialogs, zoom and a hard copy; spheres are round at
+// every size; a drag turns by its length; the wheel zooms; a dropped local
+// file opens as a new job, as File > Open does.
 #include <QApplication>
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMimeData>
 #include <QMouseEvent>
 #include <QTimer>
+#include <QUrl>
 #include <QWheelEvent>
 
 #include <array>
@@ -26,6 +31,27 @@ namespace {
 
 // One atom in the middle, for the roundness of a sphere.
 const char* const kOneAtom = "     1 one\n     1  S      0.000000    0.000000    0.000000    15\n";
+
+QMimeData* urls(const QList<QUrl>& list) {
+    auto* data = new QMimeData;
+    data->setUrls(list);
+    return data;
+}
+
+// A drop of the data at the middle of the view; whether the window took it.
+bool drop_on(QWidget* window, QMimeData* data) {
+    const QPointF at(window->width() / 2.0, window->height() / 2.0);
+    QDragEnterEvent enter(at.toPoint(), Qt::CopyAction, data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(window, &enter);
+    if (!enter.isAccepted()) {
+        delete data;
+        return false;
+    }
+    QDropEvent drop(at, Qt::CopyAction, data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(window, &drop);
+    delete data;
+    return drop.isAccepted();
+}
 
 class WindowSession : public qt_testing::JobWindowTest {
 protected:
@@ -200,6 +226,41 @@ TEST_F(WindowSession, ADragTurnsByItsLengthAndTheWheelZooms) {
     const float zoom = s.flags.zoom;
     run_loop(wheel);
     EXPECT_FLOAT_EQ(s.flags.zoom, zoom + 0.2f);
+}
+
+TEST(DropFile, OnlyLocalFilesAreTakenAndTheirPathArrives) {
+    QtToolkit tk;
+    tk.window_open(800, 600, "drop");
+    tk.wait_hundredths(5);
+    while (tk.pending_messages()) tk.next_message();
+    EXPECT_FALSE(drop_on(tk.main_window(), urls({QUrl("https://example.org/water.pdb")})));
+    auto* text = new QMimeData;
+    text->setText("water");
+    EXPECT_FALSE(drop_on(tk.main_window(), text));
+    EXPECT_TRUE(drop_on(tk.main_window(), urls({QUrl::fromLocalFile("/data/my molecules/water.pdb")})));
+    Message m;
+    while (tk.pending_messages() && m.type != MessageType::FileDropped) m = tk.next_message();
+    EXPECT_EQ(m.type, MessageType::FileDropped);
+    EXPECT_EQ(m.path, "/data/my molecules/water.pdb");
+    tk.close_all();
+}
+
+// The zinc complex dropped as an SDF file is the job, drawn.
+TEST_F(WindowSession, TheDisplayLoopOpensADroppedFile) {
+    open(testing::read_file(testing::test_data("water.xyz")), "water");
+    if (IsSkipped() || HasFatalFailure()) return;
+    const std::string zn = testing::read_file(testing::test_data("structure_files/zn_propanoate.sdf"));
+    const std::string sdf = dir / "mine/zn_propanoate.sdf";
+    testing::write_file(sdf, zn);
+    QImage shot;
+    auto idle = [] {};
+    run_loop({[&] { drop_on(tk.main_window(), urls({QUrl::fromLocalFile(QString::fromStdString(sdf))})); }, idle,
+              idle, idle, idle, [&] { shot = tk.main_window()->grab().toImage(); }});
+    EXPECT_EQ(s.job.name, "zn_propanoate");
+    EXPECT_EQ(s.store.natoms, 15);
+    EXPECT_EQ(tk.status_field(2), "1:zn_propanoate");
+    EXPECT_EQ(testing::read_file(sdf), zn);   // the dropped file itself is left alone
+    qt_testing::keep_shot(shot, "dropped_file.png");
 }
 
 }  // namespace
