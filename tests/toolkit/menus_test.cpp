@@ -1,5 +1,5 @@
-// The shipped menu bars and tool bars: every file parses, each mode's menu
-// offers its whole command table, and the mode tool bars keep their order.
+// The shipped menu bars, tool bars and dialogs: every file parses, each
+// mode's menu offers its whole command table, and the tool bars keep their order.
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -8,13 +8,17 @@
 #include <string>
 #include <vector>
 
+#include "support/test_support.h"
+#include "toolkit/dialog_model.h"
 #include "toolkit/menu_desc.h"
 
 using namespace zentol;
+using zentol::testing::read_file;
 
 namespace {
 
-const std::string kDir = std::string(ZENTOL_DATA_DIR) + "/ui/menus";
+const std::string kUi = std::string(ZENTOL_DATA_DIR) + "/ui";
+const std::string kDir = kUi + "/menus";
 
 std::vector<int> item_ids(const MenuDesc& menu) {
     std::vector<int> ids;
@@ -25,7 +29,7 @@ std::vector<int> item_ids(const MenuDesc& menu) {
 
 }  // namespace
 
-TEST(ShippedMenus, EveryMenuAndToolBarParses) {
+TEST(ShippedMenus, EveryMenuToolBarAndDialogParses) {
     std::set<int> menus, bars;
     for (const auto& file : std::filesystem::directory_iterator(kDir)) {
         const auto ext = file.path().extension().string();
@@ -41,6 +45,14 @@ TEST(ShippedMenus, EveryMenuAndToolBarParses) {
     }
     for (int id : {30001, 30002, 30003, 30004, 30005, 30006, 30008}) EXPECT_TRUE(menus.count(id)) << id;
     for (int id : {30101, 30102, 30103}) EXPECT_TRUE(bars.count(id)) << id;
+    int dialogs = 0;
+    for (const auto& file : std::filesystem::directory_iterator(kUi + "/dialogs")) {
+        std::string error;
+        const int id = std::stoi(file.path().stem().string());
+        EXPECT_TRUE(parse_dialog_desc(read_file(file.path().string()), id, &error)) << id << ": " << error;
+        ++dialogs;
+    }
+    EXPECT_GE(dialogs, 12);
 }
 
 TEST(ShippedMenus, EachModeMenuHoldsExactlyItsCommands) {
@@ -63,6 +75,9 @@ TEST(ShippedMenus, EachModeMenuHoldsExactlyItsCommands) {
         for (int code : codes) want.insert(40000 + code);
         EXPECT_EQ(got, want) << "menu " << menu_id;   // nothing dropped, nothing twice
     }
+    auto display = load_menu_desc(kDir, 30001, nullptr);
+    ASSERT_TRUE(display);
+    EXPECT_EQ(item_ids(*display).size(), 46u);   // every command of the Display table, and Export
 }
 
 TEST(ShippedMenus, ModeToolBarsKeepOrderPairsAndTheMenuTexts) {
@@ -90,4 +105,11 @@ TEST(ShippedMenus, ModeToolBarsKeepOrderPairsAndTheMenuTexts) {
         }
         EXPECT_EQ(got, want.buttons) << "tool bar " << bar_id;
     }
+    // The Display tool bar's own tool-tips differ from its menu texts.
+    auto display = load_toolbar_desc(kDir, 30101, nullptr);
+    ASSERT_TRUE(display);
+    std::vector<int> ids;
+    for (const auto& b : display->buttons) ids.push_back(b.id);
+    EXPECT_EQ(ids, (std::vector<int>{40003, 40013, 40014, 40015, 40085, 40052, 40031, 40029, 40060, 40040, 40065,
+                                     40078, 40064, 40081, 40083, 40084, 40086}));
 }

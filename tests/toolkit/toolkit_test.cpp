@@ -1,20 +1,23 @@
 // The toolkit seam without a display: dialog descriptions, menus, the
-// scripted toolkit and the case-insensitive file operations.
+// scripted toolkit, the case-insensitive file operations and plots.
+#include <cmath>
 #include <filesystem>
 
 #include <gtest/gtest.h>
 
+#include "display/image.h"
 #include "support/test_support.h"
 #include "toolkit/dialog_model.h"
 #include "toolkit/files.h"
 #include "toolkit/menu_desc.h"
+#include "toolkit/plot_raster.h"
 #include "toolkit/process.h"
 #include "toolkit/scripted_toolkit.h"
 
 using namespace zentol;
 using namespace zentol::testing;
 
-TEST(Dialogs, DescriptionsCarryTheirCompanionData) {
+TEST(Dialogs, DescriptionsCarryTheirCompanionDataAndBadOnesAreRefused) {
     std::string error;
     auto d = parse_dialog_desc(
         "title Setup\n"
@@ -49,30 +52,6 @@ TEST(Dialogs, DescriptionsCarryTheirCompanionData) {
 
     EXPECT_FALSE(parse_dialog_desc("field 1 gizmo x\n", 1, &error));
     EXPECT_FALSE(parse_dialog_desc("[Ranges]\n1023 2\n", 1, &error));
-}
-
-TEST(Dialogs, ShippedDescriptionsAndMenusParse) {
-    std::string dir = std::string(ZENTOL_DATA_DIR) + "/ui";
-    int dialogs = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(dir + "/dialogs")) {
-        std::string error;
-        const int id = std::stoi(entry.path().stem().string());
-        EXPECT_TRUE(parse_dialog_desc(read_file(entry.path().string()), id, &error)) << id << ": " << error;
-        ++dialogs;
-    }
-    EXPECT_GE(dialogs, 12);
-    std::string error;
-    auto menu = load_menu_desc(dir + "/menus", 30001, &error);
-    ASSERT_TRUE(menu) << error;
-    int items = 0;
-    for (const auto& e : menu->entries) items += e.kind == MenuEntry::Item;
-    EXPECT_EQ(items, 46);   // every command of the Display table, and Export
-    auto bar = load_toolbar_desc(dir + "/menus", 30101, &error);
-    ASSERT_TRUE(bar) << error;
-    std::vector<int> ids;
-    for (const auto& b : bar->buttons) ids.push_back(b.id);
-    EXPECT_EQ(ids, (std::vector<int>{40003, 40013, 40014, 40015, 40085, 40052, 40031, 40029, 40060, 40040, 40065,
-                                     40078, 40064, 40081, 40083, 40084, 40086}));
     EXPECT_FALSE(parse_menu_desc("popup \"&File\"\nitem 40005 Open\n", 1, &error));   // popup not closed
 }
 
@@ -227,4 +206,22 @@ TEST(PlotWindow, CallsBuildThePictureInUserUnits) {
     EXPECT_EQ(colour_number(208), (std::array<std::uint8_t, 3>{0, 0, 0}));
     EXPECT_EQ(colour_number(24), (std::array<std::uint8_t, 3>{255, 0, 0}));
     EXPECT_EQ(colour_number(152), (std::array<std::uint8_t, 3>{255, 0, 255}));
+}
+
+TEST(PlotRaster, ItemsLandWhereTheirUnitsSay) {
+    Plot plot;
+    plot.left = 0, plot.right = 10, plot.bottom = 0, plot.top = 10;
+    plot.items.push_back({PlotItem::Line, 0, 5, 10, 5, 16 + 8, ""});     // red, across the middle
+    plot.items.push_back({PlotItem::Line, -1e9, 1, 1e300, 1, 208, ""});  // far ends: clipped, still drawn
+    plot.items.push_back({PlotItem::Text, 1, 9, 0, 0, 208, "8"});
+    plot.items.push_back({PlotItem::Line, 0, 0, 0, NAN, 208, ""});        // ignored
+    Image image = render_plot(plot, 101, 101);
+    EXPECT_EQ(pixel(image, 50, 50), (std::array<std::uint8_t, 3>{255, 0, 0}));
+    EXPECT_EQ(pixel(image, 50, 49), (std::array<std::uint8_t, 3>{255, 255, 255}));
+    EXPECT_EQ(pixel(image, 70, 90), (std::array<std::uint8_t, 3>{0, 0, 0}));
+    // The "8" stands above its point, 7 rows high: its top bar is black.
+    int dark = 0;
+    for (int y = 0; y < 10; ++y)
+        for (int x = 10; x < 16; ++x) dark += pixel(image, x, y)[0] == 0;
+    EXPECT_GT(dark, 8);
 }

@@ -1,34 +1,38 @@
-// The chart window of the Qt toolkit: what a chart becomes in Qt Charts,
-// and the print dialog in front of the printer.
+// The chart and plot windows of the Qt toolkit: what a chart becomes in Qt
+// Charts, the print dialog in front of the printer, the ICONC options
+// dialog, and a spectrum drawn in the plot window.
 #include <QApplication>
 #include <QChart>
 #include <QChartView>
-#include <QDialog>
+#include <QClipboard>
 #include <QFile>
 #include <QLineEdit>
 #include <QLineSeries>
+#include <QPushButton>
+#include <QRadioButton>
 #include <QTemporaryDir>
-#include <QTimer>
 #include <QValueAxis>
-#include <gtest/gtest.h>
 
-#include <functional>
-
-#include "engines/orca/orca_listing.h"
-#include "spectra/chart_spectrum.h"
-#include "support/test_support.h"
-#include "toolkit/files.h"
+#include "display/renderer.h"
+#include "engines/iconc/iconc_mode.h"
+#include "engines/iconc/iconc_runs.h"
+#include "spectra/transmission.h"
 #include "toolkit/qt/qt_test_support.h"
-#include "toolkit/qt/qt_toolkit.h"
+#include "toolkit/qt/window_job.h"
 
 namespace zentol {
 namespace {
 
+using qt_testing::keep_shot;
 using qt_testing::on_modal;
 
 QValueAxis* axis(QChart* chart, Qt::Orientation o) {
     const auto axes = chart->axes(o);
     return axes.size() == 1 ? qobject_cast<QValueAxis*>(axes.first()) : nullptr;
+}
+
+QLineSeries* only_series(QChart* chart) {
+    return chart->series().size() == 1 ? qobject_cast<QLineSeries*>(chart->series().first()) : nullptr;
 }
 
 TEST(QtCharts, AChartShowsItsTitlesRangesAndPointsAndGoesToThePrinter) {
@@ -46,8 +50,7 @@ TEST(QtCharts, AChartShowsItsTitlesRangesAndPointsAndGoesToThePrinter) {
     EXPECT_EQ(tk.chart_window()->windowTitle(), "C1-C2-C3-C4 Dihedral");
     QChart* chart = tk.chart_window()->view()->chart();
     EXPECT_EQ(chart->title(), "C1-C2-C3-C4 Dihedral");
-    ASSERT_EQ(chart->series().size(), 1);
-    auto* series = qobject_cast<QLineSeries*>(chart->series().first());
+    QLineSeries* series = only_series(chart);
     ASSERT_NE(series, nullptr);
     EXPECT_TRUE(series->pointsVisible());
     ASSERT_EQ(series->count(), 4);
@@ -59,6 +62,7 @@ TEST(QtCharts, AChartShowsItsTitlesRangesAndPointsAndGoesToThePrinter) {
     EXPECT_EQ(y->titleText(), "Energy kJ/mol");
     EXPECT_DOUBLE_EQ(x->min(), -180);
     EXPECT_DOUBLE_EQ(y->max(), 14.5);
+    EXPECT_FALSE(x->isReverse() || y->isReverse());
 
     // The next chart takes the same window; a flat profile still gets a
     // y range to draw in.
@@ -69,8 +73,8 @@ TEST(QtCharts, AChartShowsItsTitlesRangesAndPointsAndGoesToThePrinter) {
     tk.show_chart(c);
     EXPECT_EQ(tk.chart_window(), first);
     chart = tk.chart_window()->view()->chart();
-    ASSERT_EQ(chart->series().size(), 1);
-    EXPECT_EQ(qobject_cast<QLineSeries*>(chart->series().first())->count(), 2);
+    ASSERT_NE(only_series(chart), nullptr);
+    EXPECT_EQ(only_series(chart)->count(), 2);
     ASSERT_EQ(chart->axes().size(), 2);
     y = axis(chart, Qt::Vertical);
     ASSERT_NE(y, nullptr);
@@ -109,26 +113,26 @@ TEST(QtCharts, AChartShowsItsTitlesRangesAndPointsAndGoesToThePrinter) {
     EXPECT_EQ(tk.chart_window(), nullptr);
 }
 
-// A spectrum of a real ORCA 6 listing: 1900 points with no markers, 4000
-// cm-1 on the left, the bands hanging down from 0 at the top. With
-// ZENTOL_SHOT_DIR set the window is saved there as a picture to look at.
+// An IR spectrum as the spectra build it: no markers, 4000 cm-1 on the
+// left, the bands hanging down from 0 at the top, x ticks on round numbers.
 TEST(QtCharts, AnIrSpectrumRunsBackwardsOnBothAxes) {
-    auto listing = files::read_text_lines(testing::test_data("orca/orca6.0_dvb_raman.out"));
-    ASSERT_TRUE(listing.has_value());
-    OrcaFlags flags;
-    const OrcaScan scan = scan_orca_listing(*listing, 0, "dvb", flags);
-    ASSERT_TRUE(scan.ir.has_value());
-    const StickSpectrum spectrum = spread_sticks(text::TextLines::from_lines(*scan.ir), 0.97f, 1);
     QtToolkit tk;
-    tk.show_chart(stick_chart(spectrum, "dvb", 1, 0.97f));
+    Chart c;
+    c.title = "dvb IR spectrum";
+    c.caption = "Scale factor 0.97";
+    c.x_title = "Wavenumber 1/cm";
+    c.x_min = 400, c.x_max = 4000, c.y_min = -1, c.y_max = 0;
+    c.x_reversed = c.y_reversed = true;
+    c.x_tick = 500;
+    c.markers = false;
+    c.points = {{400, 0}, {1600, -1}, {4000, 0}};
+    tk.show_chart(c);
     ASSERT_NE(tk.chart_window(), nullptr);
     EXPECT_EQ(tk.chart_window()->windowTitle(), "dvb IR spectrum");
     QChart* chart = tk.chart_window()->view()->chart();
-    EXPECT_TRUE(chart->title().startsWith("dvb IR spectrum<br><small>Scale factor 0.97"));
-    auto* series = qobject_cast<QLineSeries*>(chart->series().first());
-    ASSERT_NE(series, nullptr);
-    EXPECT_FALSE(series->pointsVisible());
-    EXPECT_EQ(series->count(), 1900);
+    EXPECT_EQ(chart->title(), "dvb IR spectrum<br><small>Scale factor 0.97</small>");
+    ASSERT_NE(only_series(chart), nullptr);
+    EXPECT_FALSE(only_series(chart)->pointsVisible());
     QValueAxis* x = axis(chart, Qt::Horizontal);
     QValueAxis* y = axis(chart, Qt::Vertical);
     ASSERT_TRUE(x && y);
@@ -137,11 +141,76 @@ TEST(QtCharts, AnIrSpectrumRunsBackwardsOnBothAxes) {
     EXPECT_EQ(x->tickType(), QValueAxis::TicksDynamic);
     EXPECT_DOUBLE_EQ(x->tickInterval(), 500);
     EXPECT_EQ(x->titleText(), "Wavenumber 1/cm");
-    if (const char* dir = std::getenv("ZENTOL_SHOT_DIR")) {
-        QApplication::processEvents();
-        tk.chart_window()->grab().save(QString(dir) + "/ir_chart_window.png");
-    }
+    QApplication::processEvents();
+    keep_shot(tk.chart_window()->grab().toImage(), "ir_chart_window.png");
     tk.close_all();
+}
+
+TEST(QtIconcScan, TheOptionsDialogOffersItsDefaultsAndRunsWithWhatWasTyped) {
+    QtToolkit tk;
+    NullRenderer renderer;
+    Session s(tk, renderer);
+    tk.set_ui_dir(ZENTOL_DATA_DIR "/ui");
+    tk.window_open(800, 600, "Zentol");
+    s.flags.total_charge = -1;
+    IconcOptions options;
+    QString step, steps, ediff, charge;
+    bool energy = false, off = false;
+    on_modal([&](QDialog* d) {
+        keep_shot(d->grab().toImage(), "iconc_options.png");
+        step = d->findChild<QLineEdit*>("field_1071")->text();
+        steps = d->findChild<QLineEdit*>("field_1102")->text();
+        ediff = d->findChild<QLineEdit*>("field_1008")->text();
+        charge = d->findChild<QLineEdit*>("field_1101")->text();
+        energy = d->findChild<QRadioButton*>("field_1053")->isChecked();
+        off = d->findChild<QRadioButton*>("field_1051")->isChecked();
+        d->findChild<QRadioButton*>("field_1054")->setChecked(true);
+        d->findChild<QLineEdit*>("field_1102")->setText("25");
+        d->findChild<QPushButton*>("field_3")->click();   // Run Iconc
+    });
+    EXPECT_EQ(ask_iconc_options(s, options), 3);
+    EXPECT_EQ(step, "0.04");
+    EXPECT_EQ(steps, "60");
+    EXPECT_EQ(ediff, "0.0040");
+    EXPECT_EQ(charge, "-1");
+    EXPECT_TRUE(energy && off);
+    EXPECT_EQ(options.calc_type, 2);
+    EXPECT_EQ(options.steps, 25);
+    EXPECT_EQ(s.flags.total_charge, -1);
+    tk.close_all();
+}
+
+// The drawn spectrum in the plot window, and its picture on the clipboard.
+TEST(QtSpectrum, PlotWindowShowsTheCurveAndTheClipboardHoldsThePicture) {
+    QtToolkit tk;
+    tk.WindowOpenChild("water IR spectrum", 800, 600);
+    const auto heights = transmission_heights(transmission_bands({{1595, 1.0}, {3700, 0.6}, {3800, 0.4}}, 1.0));
+    draw_transmission(tk, heights, "water", 1.0);
+    ASSERT_NE(tk.plot_window(), nullptr);
+    const QImage shot = tk.plot_window()->grab().toImage();
+    ASSERT_EQ(shot.size(), QSize(800, 600));
+    keep_shot(shot, "spectrum_window.png");
+    // The band at 1595 cm-1 rises from the baseline in blue.
+    const int n = 1595 / 2 - 99;
+    const QColor band = shot.pixelColor(static_cast<int>(transmission_x(n) * 800),
+                                        static_cast<int>((1 - heights[static_cast<std::size_t>(n - 1)]) * 600));
+    EXPECT_GT(band.blue(), 150);
+    EXPECT_LT(band.red(), 150);
+    EXPECT_EQ(shot.pixelColor(790, 300), QColor(Qt::white));
+
+    Image picture;
+    picture.width = 4;
+    picture.height = 2;
+    picture.rgb.assign(4 * 2 * 3, 0);
+    picture.rgb[0] = 255;   // the first pixel red
+    ASSERT_TRUE(tk.copy_image_to_clipboard(picture));
+    const QImage held = QGuiApplication::clipboard()->image();
+    if (!held.isNull()) {   // some platforms keep no clipboard without a display
+        EXPECT_EQ(held.size(), QSize(4, 2));
+        EXPECT_EQ(held.pixelColor(0, 0), QColor(255, 0, 0));
+    }
+    tk.WindowCloseChild();
+    EXPECT_EQ(tk.plot_window(), nullptr);
 }
 
 }  // namespace

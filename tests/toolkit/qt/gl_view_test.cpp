@@ -1,36 +1,21 @@
 // The real window drawing a small job through the Qt renderer, checked by
-// its pixels. The QApplication comes from the environment of
-// qt_toolkit_test.cpp.
+// its pixels.
 #include <cmath>
-#include <cstdlib>
-#include <filesystem>
 
 #include <QApplication>
 #include <QImage>
 #include <QKeyEvent>
 #include <QMouseEvent>
-#include <QOpenGLContext>
 #include <QScreen>
-#include <gtest/gtest.h>
 
 #include "display/projection.h"
 #include "display/scene.h"
 #include "display/view.h"
-#include "session/config.h"
-#include "session/session.h"
-#include "session/store_ops.h"
-#include "structure_files/xyz_file.h"
-#include "support/test_support.h"
 #include "toolkit/qt/gl_surface.h"
-#include "toolkit/qt/main_window.h"
-#include "toolkit/qt/qt_renderer.h"
-#include "toolkit/qt/qt_toolkit.h"
+#include "toolkit/qt/window_job.h"
 
 namespace zentol {
 namespace {
-
-using testing::TempDir;
-using testing::write_file;
 
 // C in the middle with O to the right, N to the left, H above and S right
 // behind it, farther from the eye.
@@ -59,36 +44,15 @@ Rgb pixel(const QImage& image, int x, int y) {
                                          << "," << want.g << "," << want.b << ") within " << tolerance;
 }
 
-class GlViewTest : public ::testing::Test {
+class GlViewTest : public qt_testing::JobWindowTest {
 protected:
     void SetUp() override {
-        QOpenGLContext probe;
-        if (!probe.create()) GTEST_SKIP() << "no OpenGL on this display (run under xvfb-run)";
-        s.inst = installation_at(dir / "inst", dir / "work", ZENTOL_DATA_DIR);
-        prepare_installation(s.inst);
-        tk.set_ui_dir(s.inst.data_dir + "/ui");
-        tk.window_open(800, 600, "Zentol GL test");
-        settle();
-        const std::string job_dir = dir / "job";
-        write_file(job_dir + "/fix.xyz", kFixture);
-        std::filesystem::current_path(job_dir);
-        s.job.name = "fix";
-        element_lookup(s.store, &tk, "", kLookupConfirmAll);   // no radius questions
-        int status = 0;
-        read_job_xyz(s, status);
-        ASSERT_EQ(status, kXyzRead);
-        prepare_display(s);
-        save_and_reload(s);
+        open(kFixture, "fix");
+        if (IsSkipped() || HasFatalFailure()) return;
         ASSERT_EQ(s.store.nbonds, 4);
         drain();
     }
-    void TearDown() override { tk.close_all(); }
 
-    void settle() { tk.wait_hundredths(5); }
-    void drain() {
-        settle();
-        while (tk.pending_messages()) tk.next_message();
-    }
     ViewWidget* view() { return tk.main_window()->view(); }
     QImage frame() { return view()->grab_frame(); }
     // What the window really shows.
@@ -131,6 +95,13 @@ protected:
     }
     Rgb lit(int i) const { return lit(i, colour_of(i)); }
     int colour_of(int atom) const { return static_cast<int>(std::lround(s.store.atom_colour[atom])); }
+    // Atoms 1-4 in their lit colours where they project in this picture.
+    void expect_atoms_lit(const QImage& image) const {
+        for (int i = 1; i <= 4; ++i) {
+            const QPoint p = at(i, image.size());
+            EXPECT_TRUE(close_to(pixel(image, p.x(), p.y()), lit(i), 8)) << "atom " << i;
+        }
+    }
     // Pixels far darker than the background within a box.
     static int dark_pixels(const QImage& image, QRect box) {
         int n = 0;
@@ -138,11 +109,6 @@ protected:
             for (int x = box.left(); x <= box.right(); ++x) n += qGray(image.pixel(x, y)) < 100;
         return n;
     }
-
-    TempDir dir;
-    QtToolkit tk;
-    QtRenderer renderer{tk};
-    Session s{tk, renderer};
 };
 
 TEST_F(GlViewTest, AtomsShowInTheirLitColoursOnTheBackground) {
@@ -151,10 +117,7 @@ TEST_F(GlViewTest, AtomsShowInTheirLitColoursOnTheBackground) {
     ASSERT_EQ(image.size(), view()->size() * view()->devicePixelRatio());
     EXPECT_TRUE(close_to(pixel(image, 0, 0), palette(1), 1));
     EXPECT_TRUE(close_to(pixel(image, image.width() - 1, image.height() - 1), palette(1), 1));
-    for (int i = 1; i <= 4; ++i) {
-        SCOPED_TRACE("atom " + std::to_string(i));
-        EXPECT_TRUE(close_to(pixel(image, at(i, image.size()).x(), at(i, image.size()).y()), lit(i), 8));
-    }
+    expect_atoms_lit(image);
     // S is hidden behind C in the middle (the depth test works), but its
     // larger sphere rims it.
     EXPECT_NE(colour_of(5), colour_of(1));
@@ -253,17 +216,14 @@ TEST_F(GlViewTest, TheViewStretchesWithTheWindow) {
     draw_scene(s);
     QImage image = frame();
     EXPECT_EQ(image.width(), tk.window_size(1));
-    for (int i = 1; i <= 4; ++i)
-        EXPECT_TRUE(close_to(pixel(image, at(i, image.size()).x(), at(i, image.size()).y()), lit(i), 8)) << i;
+    expect_atoms_lit(image);
 }
 
 TEST_F(GlViewTest, PicturesForHardCopyAnySizeAndTiled) {
     QImage whole = renderer.render_qimage(s, 640, 480);
     ASSERT_EQ(whole.size(), QSize(640, 480));
     EXPECT_TRUE(close_to(pixel(whole, 0, 0), palette(1), 1));
-    for (int i = 1; i <= 4; ++i)
-        EXPECT_TRUE(close_to(pixel(whole, at(i, whole.size()).x(), at(i, whole.size()).y()), lit(i), 8))
-            << "atom " << i;
+    expect_atoms_lit(whole);
 
     // Drawn in pieces of 100 x 100 the picture is the same.
     renderer.set_tile_limit(100);

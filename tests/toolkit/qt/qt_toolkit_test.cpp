@@ -1,5 +1,6 @@
 // The Qt toolkit on a real (or offscreen) display: window, menus, messages,
 // dialogs, message boxes, choosers and processes.
+#include <filesystem>
 #include <functional>
 #include <map>
 
@@ -10,7 +11,6 @@
 #include <QComboBox>
 #include <QDir>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QFileDialog>
 #include <QKeyEvent>
 #include <QLabel>
@@ -30,6 +30,7 @@
 #include <QToolBar>
 #include <gtest/gtest.h>
 
+#include "support/test_support.h"
 #include "toolkit/menu_desc.h"
 #include "toolkit/qt/qt_test_support.h"
 #include "toolkit/qt/qt_toolkit.h"
@@ -37,26 +38,7 @@
 namespace zentol {
 namespace {
 
-// Acts on the modal widget of type W once it is up. Gives up after a few
-// seconds, rejecting whatever is modal, so a broken dialog cannot hang the test.
-template <typename W>
-void when_modal(std::function<void(W*)> act, int ms_left = 5000) {
-    QTimer::singleShot(20, [act, ms_left] {
-        if (auto* w = qobject_cast<W*>(QApplication::activeModalWidget()); w && w->isVisible()) {
-            QPointer<W> acted = w;
-            act(w);
-            QTimer::singleShot(3000, [acted] {
-                if (!acted || !acted->isVisible()) return;
-                ADD_FAILURE() << "the modal window stayed open";
-                while (auto* d = qobject_cast<QDialog*>(QApplication::activeModalWidget())) d->reject();
-            });
-            return;
-        }
-        if (ms_left > 0) return when_modal<W>(act, ms_left - 20);
-        ADD_FAILURE() << "the expected modal window did not appear";
-        if (auto* d = qobject_cast<QDialog*>(QApplication::activeModalWidget())) d->reject();
-    });
-}
+using qt_testing::on_modal;
 
 void expect_message(const Message& m, MessageType type, int value, float fx = 0, float fy = 0) {
     EXPECT_EQ(m.type, type);
@@ -68,13 +50,6 @@ void expect_message(const Message& m, MessageType type, int value, float fx = 0,
 template <typename W = QWidget>
 W* field(QWidget* dialog, int id) {
     return dialog->findChild<W*>("field_" + QString::number(id));
-}
-
-void write(const QString& path, const QByteArray& content) {
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    QFile f(path);
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-    f.write(content);
 }
 
 class QtToolkitTest : public ::testing::Test {
@@ -109,13 +84,13 @@ protected:
         QApplication::sendEvent(tk.view(), &e);
     }
     // A ui directory of our own for descriptions the shipped data lacks.
-    void use_ui(const std::map<QString, QByteArray>& files) {
-        for (const auto& [name, content] : files) write(ui_.path() + "/" + name, content);
-        tk.set_ui_dir(ui_.path().toStdString());
+    void use_ui(const std::map<std::string, std::string>& files) {
+        for (const auto& [name, content] : files) testing::write_file(ui_ / name, content);
+        tk.set_ui_dir(ui_.path());
     }
 
     QtToolkit tk;
-    QTemporaryDir ui_;
+    testing::TempDir ui_;
 };
 
 TEST_F(QtToolkitTest, WindowHasSizeTitleBarsAndProportionalStatusFields) {
@@ -153,10 +128,15 @@ TEST_F(QtToolkitTest, MenuBarIsBuiltFromItsDescription) {
     EXPECT_EQ(mru->title(), "&MRU list");
     EXPECT_EQ(w->menu_action(40064)->text(), "Hardcopy && Print");   // a lone '&' is shown as such
 
-    // The key letter is shown but left to the view.
+    // The key letter is shown but left to the view; the usual keys open,
+    // save, quit and help.
     QAction* build = w->menu_action(40003);
     EXPECT_EQ(build->text(), "&Build\tB");
     EXPECT_TRUE(build->shortcut().isEmpty());
+    EXPECT_EQ(w->menu_action(40005)->shortcut(), QKeySequence("Ctrl+O"));
+    EXPECT_EQ(w->menu_action(40007)->shortcut(), QKeySequence("Ctrl+S"));
+    EXPECT_EQ(w->menu_action(40020)->shortcut(), QKeySequence("Ctrl+Q"));
+    EXPECT_EQ(w->menu_action(40006)->shortcut(), QKeySequence("F1"));
 
     tk.WMenuSetString(40067, "/tmp/x.xyz");
     EXPECT_EQ(w->menu_action(40067)->text(), "/tmp/x.xyz");
@@ -167,7 +147,7 @@ TEST_F(QtToolkitTest, MenuBarIsBuiltFromItsDescription) {
     EXPECT_EQ(tk.main_window()->menuBar()->actions().size(), 6);
 }
 
-TEST_F(QtToolkitTest, ToolBarFollowsTheFileAndSharesStateWithTheMenu) {
+TEST_F(QtToolkitTest, ToolBarFollowsTheFileSharesStateWithTheMenuAndGoesWithTheMode) {
     tk.menu_load(30001);
     tk.WMenuToolbar(30101);
     tk.WMenuToolbar(30101);
@@ -192,21 +172,10 @@ TEST_F(QtToolkitTest, ToolBarFollowsTheFileAndSharesStateWithTheMenu) {
     w->tool_action(40060)->trigger();
     expect_message(next_input(), MessageType::Menu, 40005);
     expect_message(next_input(), MessageType::Menu, 40060);
-}
 
-// Each mode shows only its own buttons: a mode's menu bar takes the Display
-// tool bar away, and a mode with a tool bar of its own puts it up.
-TEST_F(QtToolkitTest, AModeShowsOnlyItsOwnToolBarAndTheMenuHasItsShortcuts) {
-    tk.menu_load(30001);
-    tk.WMenuToolbar(30101);
-    MainWindow* w = tk.main_window();
-    EXPECT_EQ(w->menu_action(40005)->shortcut(), QKeySequence("Ctrl+O"));
-    EXPECT_EQ(w->menu_action(40007)->shortcut(), QKeySequence("Ctrl+S"));
-    EXPECT_EQ(w->menu_action(40020)->shortcut(), QKeySequence("Ctrl+Q"));
-    EXPECT_EQ(w->menu_action(40006)->shortcut(), QKeySequence("F1"));
-    EXPECT_TRUE(w->menu_action(40003)->shortcut().isEmpty());   // the B key goes to the view
-
-    tk.menu_load(30004);   // Mopac mode: no tool bar of its own
+    // Each mode shows only its own buttons: a mode's menu bar takes the
+    // Display tool bar away, and a mode with a tool bar of its own puts it up.
+    tk.menu_load(30004);   // Mopac mode: none of its own
     EXPECT_FALSE(w->tool_action(40013));
     EXPECT_TRUE(w->tool_bar()->isHidden());
     EXPECT_TRUE(w->tool_bar()->actions().isEmpty());
@@ -357,7 +326,7 @@ TEST_F(QtDialogTest, NonModalDialogShowsFormattedValuesUntilUnloaded) {
 
 TEST_F(QtDialogTest, ModalOkCopiesBackAndCancelDoesNot) {
     load_radius();
-    when_modal<DialogWindow>([](DialogWindow* d) {
+    on_modal<DialogWindow>([](DialogWindow* d) {
         field<QLineEdit>(d, 1071)->setText("1.5");
         field<QLineEdit>(d, 1002)->setText("Si");
         field<QPushButton>(d, 1)->click();
@@ -368,7 +337,7 @@ TEST_F(QtDialogTest, ModalOkCopiesBackAndCancelDoesNot) {
     EXPECT_EQ(tk.WDialogGetString(1071), "1.500");
     EXPECT_EQ(tk.WDialogGetString(1002), "Si");
 
-    when_modal<DialogWindow>([](DialogWindow* d) {
+    on_modal<DialogWindow>([](DialogWindow* d) {
         EXPECT_EQ(field<QLineEdit>(d, 1071)->text(), "1.500");
         field<QLineEdit>(d, 1071)->setText("2.0");
         field<QPushButton>(d, 2)->click();
@@ -382,10 +351,10 @@ TEST_F(QtDialogTest, OutOfRangeValueIsRefusedAndTheDialogStaysOpen) {
     load_radius();
     QString warning;
     bool still_open = false;
-    when_modal<DialogWindow>([&](DialogWindow* d) {
+    on_modal<DialogWindow>([&](DialogWindow* d) {
         field<QLineEdit>(d, 1002)->setText("Xx");
         field<QLineEdit>(d, 1071)->setText("9.0");
-        when_modal<QMessageBox>([&](QMessageBox* box) {
+        on_modal<QMessageBox>([&](QMessageBox* box) {
             warning = box->text();
             box->accept();
         });
@@ -414,7 +383,7 @@ TEST_F(QtDialogTest, EveryFieldKindIsShownAndReadBack) {
     tk.WDialogPutInteger(12, 3);
     tk.WDialogPutTrackbar(18, 30);
     tk.WDialogFieldState(21, 0);
-    when_modal<DialogWindow>([](DialogWindow* d) {
+    on_modal<DialogWindow>([](DialogWindow* d) {
         EXPECT_EQ(field<QLabel>(d, 10)->text(), "Heading");
         EXPECT_EQ(field<QLineEdit>(d, 12)->text(), "3");
         EXPECT_TRUE(field<QCheckBox>(d, 13)->isChecked());
@@ -454,7 +423,7 @@ TEST_F(QtToolkitTest, MessageBoxesMapButtonsIconsAndLineBreaks) {
     QString text;
     QMessageBox::Icon icon{};
     auto answer = [&](QMessageBox::StandardButton b) {
-        when_modal<QMessageBox>([&, b](QMessageBox* box) {
+        on_modal<QMessageBox>([&, b](QMessageBox* box) {
             text = box->text();
             icon = box->icon();
             box->button(b)->click();
@@ -482,11 +451,11 @@ TEST(QtNameFilters, ExtensionsMatchInEitherCase) {
 
 TEST_F(QtToolkitTest, FileAndDirectoryChoosers) {
     QTemporaryDir dir;
-    write(dir.filePath("water.xyz"), "3\n");
+    testing::write_file(dir.filePath("water.xyz").toStdString(), "3\n");
     QDir(dir.path()).mkdir("jobs");
 
     std::string path = dir.path().toStdString();
-    when_modal<QFileDialog>([&](QFileDialog* d) {
+    on_modal<QFileDialog>([&](QFileDialog* d) {
         EXPECT_EQ(d->nameFilters().value(0), "Zentol file .XYZ (*.XYZ *.xyz)");
         EXPECT_EQ(QDir(d->directory()), QDir(dir.path()));
         d->findChild<QLineEdit*>("fileNameEdit")->setText("water.xyz");   // typed by the user
@@ -496,7 +465,7 @@ TEST_F(QtToolkitTest, FileAndDirectoryChoosers) {
     EXPECT_EQ(path, dir.filePath("water.xyz").toStdString());
     EXPECT_EQ(tk.last_button(), 1);
 
-    when_modal<QFileDialog>([&](QFileDialog* d) {
+    on_modal<QFileDialog>([&](QFileDialog* d) {
         EXPECT_EQ(d->selectedFiles().value(0), dir.filePath("water.xyz"));   // started at the file
         d->reject();
     });
@@ -505,7 +474,7 @@ TEST_F(QtToolkitTest, FileAndDirectoryChoosers) {
     EXPECT_EQ(tk.last_button(), 0);
 
     std::string folder = dir.path().toStdString();
-    when_modal<QFileDialog>([&](QFileDialog* d) {
+    on_modal<QFileDialog>([&](QFileDialog* d) {
         d->setDirectory(dir.filePath("jobs"));
         static_cast<QDialog*>(d)->accept();   // as the Choose button does
     });
@@ -513,25 +482,21 @@ TEST_F(QtToolkitTest, FileAndDirectoryChoosers) {
     EXPECT_EQ(folder, dir.filePath("jobs").toStdString());
 }
 
+// Commands run in a directory of their own, the current one.
 class QtProcessTest : public QtToolkitTest {
 protected:
     void SetUp() override {
         QtToolkitTest::SetUp();
-        old_ = QDir::currentPath();
-        QDir::setCurrent(dir_.path());
+        std::filesystem::current_path(dir_.path());
     }
-    void TearDown() override { QDir::setCurrent(old_); }
-    QTemporaryDir dir_;
-    QString old_;
+    testing::TempDir dir_;   // gives the old current directory back
 };
 
 TEST_F(QtProcessTest, WaitedCommandRunsInTheCurrentDirectoryAndIgnoresInput) {
     drain();
     QTimer::singleShot(50, [this] { key(Qt::Key_A, "a"); });
     tk.IOsCommand("sleep 0.3; echo hi > out.txt", true);
-    QFile out(dir_.filePath("out.txt"));
-    ASSERT_TRUE(out.open(QIODevice::ReadOnly));
-    EXPECT_EQ(out.readAll(), "hi\n");
+    EXPECT_EQ(testing::read_file("out.txt"), "hi\n");
     settle();
     // Window messages may have come meanwhile; the key must not be among them.
     while (tk.pending_messages() > 0)
@@ -570,18 +535,16 @@ TEST_F(QtProcessTest, DetachedStartsReturnAtOnceAndFailuresAreShown) {
     const std::string gate = "i=0; while [ ! -f go ] && [ $i -lt 100 ]; do sleep 0.05; i=$((i+1)); done; ";
     tk.IOsCommand(gate + "echo x > later.txt", false);
     tk.IOsExecute("/bin/sh", {"-c", gate + "echo x > exec.txt"});
-    EXPECT_FALSE(QFile::exists(dir_.filePath("later.txt")));
-    EXPECT_FALSE(QFile::exists(dir_.filePath("exec.txt")));
-    QFile go(dir_.filePath("go"));
-    ASSERT_TRUE(go.open(QIODevice::WriteOnly));
-    go.close();
-    for (int i = 0; i < 50 && !QFile::exists(dir_.filePath("exec.txt")); ++i) tk.wait_hundredths(10);
+    EXPECT_FALSE(testing::file_present("later.txt"));
+    EXPECT_FALSE(testing::file_present("exec.txt"));
+    testing::write_file("go", "");
+    for (int i = 0; i < 50 && !testing::file_present("exec.txt"); ++i) tk.wait_hundredths(10);
     tk.wait_hundredths(10);
-    EXPECT_TRUE(QFile::exists(dir_.filePath("later.txt")));
-    EXPECT_TRUE(QFile::exists(dir_.filePath("exec.txt")));
+    EXPECT_TRUE(testing::file_present("later.txt"));
+    EXPECT_TRUE(testing::file_present("exec.txt"));
 
     QString said;
-    when_modal<QMessageBox>([&](QMessageBox* box) {
+    on_modal<QMessageBox>([&](QMessageBox* box) {
         said = box->text();
         box->accept();
     });

@@ -1,28 +1,25 @@
 // Tab dialogs, the editor and viewer windows, pictures and the update fetch
-// of the Qt toolkit.
-#include <QApplication>
-#include <QDialog>
+// of the Qt toolkit; the Orca and MultiWFN dialogs and the Lewis viewer as
+// the modes use them.
+#include <QCheckBox>
 #include <QDialogButtonBox>
-#include <QImage>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QTabWidget>
 #include <QTcpServer>
 #include <QTcpSocket>
-#include <QTemporaryDir>
-#include <QTimer>
-#include <gtest/gtest.h>
 
-#include <functional>
-
-#include "support/test_support.h"
+#include "analysis/lewis_command.h"
+#include "display/renderer.h"
 #include "toolkit/qt/qt_test_support.h"
-#include "toolkit/qt/qt_toolkit.h"
+#include "toolkit/qt/window_job.h"
 
 namespace zentol {
 namespace {
 
+using qt_testing::keep_shot;
 using qt_testing::on_modal;
 
 TEST(QtWindows, TabDialogShowsEachPageOnItsTab) {
@@ -112,28 +109,78 @@ TEST(QtWindows, UpdateFetchReadsAnAnswerAndGivesUpOnSilence) {
     EXPECT_FALSE(tk.http_get("http://127.0.0.1:" + std::to_string(silent.serverPort()) + "/x", 300));
 }
 
-}  // namespace
-}  // namespace zentol
-
-namespace zentol {
-namespace {
-
-TEST(QtWindows, PlotWindowPaintsInUserUnits) {
+// The Orca Input and MultiWFN dialogs come up with the values put, and their
+// buttons close them as the modes expect.
+TEST(OrcaDialogs, OrcaInputRunsAndMultiwfnActionsChoose) {
     QtToolkit tk;
-    tk.WindowOpenChild("plot", 200, 100);
-    tk.IGrUnits(0, 0, 2, 1);
-    tk.IGrColourN(24);   // red
-    tk.IGrMoveTo(0, 0.5);
-    tk.IGrLineTo(2, 0.5);
-    ASSERT_NE(tk.plot_window(), nullptr);
-    QImage shot = tk.plot_window()->grab().toImage();
-    ASSERT_EQ(shot.size(), QSize(200, 100));
-    QColor on = shot.pixelColor(100, 50), off = shot.pixelColor(100, 20);
-    EXPECT_GT(on.red(), 200);
-    EXPECT_GT(on.red() - on.green(), 100);   // red, softened by the smoothing of the line
-    EXPECT_EQ(off, QColor(Qt::white));
-    tk.WindowCloseChild();
-    EXPECT_EQ(tk.plot_window(), nullptr);
+    tk.set_ui_dir(std::string(ZENTOL_DATA_DIR) + "/ui");
+    ASSERT_TRUE(tk.WDialogLoad(125));
+    tk.WDialogPutInteger(1102, 2);
+    tk.WDialogPutReal(1071, 0.97);
+    bool wfn_on = false, optimisation = false;
+    QString scale;
+    on_modal([&](QDialog* d) {
+        keep_shot(d->grab().toImage(), "dialog_125.png");
+        wfn_on = d->findChild<QCheckBox*>("field_1031")->isChecked();
+        optimisation = d->findChild<QRadioButton*>("field_1057")->isChecked();
+        scale = d->findChild<QLineEdit*>("field_1071")->text();
+        d->findChild<QRadioButton*>("field_1053")->click();
+        d->findChild<QPushButton*>("field_3")->click();
+    });
+    tk.WDialogShow(1);
+    EXPECT_TRUE(wfn_on);
+    EXPECT_TRUE(optimisation);
+    EXPECT_EQ(scale, "0.97");
+    EXPECT_EQ(tk.last_button(), 3);
+    EXPECT_EQ(tk.WDialogGetRadioButton(1051), 3);
+    EXPECT_EQ(tk.WDialogGetInteger(1102), 2);
+    tk.WDialogUnload();
+
+    ASSERT_TRUE(tk.WDialogLoad(127));
+    tk.WDialogPutReal(1071, 50.0);
+    on_modal([&](QDialog* d) {
+        keep_shot(d->grab().toImage(), "dialog_127.png");
+        d->findChild<QRadioButton*>("field_1054")->click();
+        d->findChild<QLineEdit*>("field_1071")->setText("35.5");
+        d->findChild<QPushButton*>("field_1")->click();
+    });
+    tk.WDialogShow(1);
+    EXPECT_EQ(tk.last_button(), 1);
+    EXPECT_EQ(tk.WDialogGetRadioButton(1051), 4);
+    EXPECT_DOUBLE_EQ(tk.WDialogGetReal(1071), 35.5);
+    tk.WDialogUnload();
+}
+
+// The shipped Cr(CO)6 example shows its Covalent Bond Classification line in
+// the viewer, above the tables.
+TEST(LewisWindow, ChromiumCarbonylShowsItsClassificationInTheViewer) {
+    testing::TempDir dir;
+    QtToolkit tk;
+    NullRenderer renderer;
+    Session s{tk, renderer};
+    qt_testing::install(s, tk, dir);
+    tk.window_open(800, 600, "Zentol Lewis test");
+    const std::string xyz = testing::read_file(std::string(ZENTOL_TEST_DATA) + "/../../examples/chromium-carbonyl.xyz");
+    ASSERT_NO_FATAL_FAILURE(qt_testing::read_job(s, dir / "job", "chromium-carbonyl", xyz));
+
+    QString shown;
+    QSize size;
+    on_modal([&](QDialog* d) {
+        auto* text = d->findChild<QPlainTextEdit*>("text");
+        ASSERT_NE(text, nullptr);
+        shown = text->toPlainText();
+        size = d->grab().size();
+        d->reject();
+    });
+    lewis_command(s);
+    tk.close_all();
+
+    const QStringList lines = shown.split('\n');
+    ASSERT_GE(lines.size(), 3);
+    EXPECT_EQ(lines[0], "Lewis structure: 13 atoms, 12 bonds, charge 0");
+    EXPECT_EQ(lines[1], "Covalent Bond Classification CrL6  OS  0");
+    EXPECT_TRUE(shown.contains("Cr1      1    6   -6    0   24    6"));
+    EXPECT_FALSE(size.isEmpty());
 }
 
 }  // namespace

@@ -1,74 +1,60 @@
 // The real window as a user drives it: the display loop runs while Qt
-// events arrive from timers, as from a mouse and keys. A turn survives
-// menus, dialogs, zoom and a hard copy; spheres are round at every size;
-// a drag turns by its length; the wheel zooms.
-#include <gtest/gtest.h>
-
+// events arrive from timers, as from a mouse, keys and a file manager. A
+// turn survives menus, dialogs, zoom and a hard copy; spheres are round at
+// every size; a drag turns by its length; the wheel zooms; a dropped local
+// file opens as a new job, as File > Open does.
 #include <QApplication>
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMimeData>
 #include <QMouseEvent>
-#include <QOpenGLContext>
 #include <QTimer>
+#include <QUrl>
 #include <QWheelEvent>
 
 #include <array>
 #include <cmath>
-#include <filesystem>
 #include <functional>
 #include <vector>
 
 #include "display/image.h"
 #include "display/projection.h"
-#include "session/config.h"
 #include "session/display_loop.h"
-#include "session/session.h"
-#include "session/store_ops.h"
-#include "structure_files/xyz_file.h"
-#include "support/test_support.h"
-#include "toolkit/files.h"
-#include "toolkit/qt/main_window.h"
-#include "toolkit/qt/qt_renderer.h"
-#include "toolkit/qt/qt_toolkit.h"
 #include "toolkit/qt/qt_test_support.h"
+#include "toolkit/qt/window_job.h"
 
 namespace zentol {
 namespace {
 
-using testing::TempDir;
-using testing::test_data;
-using testing::write_file;
-
 // One atom in the middle, for the roundness of a sphere.
 const char* const kOneAtom = "     1 one\n     1  S      0.000000    0.000000    0.000000    15\n";
 
-class WindowSession : public ::testing::Test {
-protected:
-    void open(const std::string& xyz_text, int width = 800, int height = 600) {
-        QOpenGLContext probe;
-        if (!probe.create()) GTEST_SKIP() << "no OpenGL on this display (run under xvfb-run)";
-        s.inst = installation_at(dir / "inst", dir / "work", ZENTOL_DATA_DIR);
-        prepare_installation(s.inst);
-        tk.set_ui_dir(s.inst.data_dir + "/ui");
-        tk.window_open(width, height, "Zentol window test");
-        tk.menu_load(30001);
-        tk.WMenuToolbar(30101);
-        tk.status_bar_parts({400, 1500, 620, 700, 620, 700, 600, 600, 3200, 1000});
-        tk.wait_hundredths(10);
-        const std::string job_dir = dir / "job";
-        write_file(job_dir + "/mol.xyz", xyz_text);
-        std::filesystem::current_path(job_dir);
-        s.job.name = "mol";
-        element_lookup(s.store, &tk, "", kLookupConfirmAll);
-        int status = 0;
-        read_job_xyz(s, status);
-        ASSERT_EQ(status, kXyzRead);
-        prepare_display(s);
-        save_and_reload(s);
-    }
-    void TearDown() override { tk.close_all(); }
+QMimeData* urls(const QList<QUrl>& list) {
+    auto* data = new QMimeData;
+    data->setUrls(list);
+    return data;
+}
 
+// A drop of the data at the middle of the view; whether the window took it.
+bool drop_on(QWidget* window, QMimeData* data) {
+    const QPointF at(window->width() / 2.0, window->height() / 2.0);
+    QDragEnterEvent enter(at.toPoint(), Qt::CopyAction, data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(window, &enter);
+    if (!enter.isAccepted()) {
+        delete data;
+        return false;
+    }
+    QDropEvent drop(at, Qt::CopyAction, data, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(window, &drop);
+    delete data;
+    return drop.isAccepted();
+}
+
+class WindowSession : public qt_testing::JobWindowTest {
+protected:
     // Runs the display loop while the steps run one after another, each
     // 60 ms after the last; the last step closes the window.
     void run_loop(std::vector<std::function<void()>> steps) {
@@ -110,11 +96,6 @@ protected:
         ASSERT_EQ(a.size(), b.size()) << after;
         for (std::size_t k = 0; k < a.size(); ++k) EXPECT_NEAR(a[k], b[k], 1e-4f) << after;
     }
-
-    TempDir dir;
-    QtToolkit tk;
-    QtRenderer renderer{tk};
-    Session s{tk, renderer};
 };
 
 // Width and height of the disc around the middle of a picture: the run of
@@ -137,7 +118,7 @@ std::array<int, 2> disc_size(const QImage& image) {
 TEST_F(WindowSession, ATurnSurvivesMenusADialogZoomAndAHardCopy) {
     const std::string benzene = testing::read_file(std::string(ZENTOL_TEST_DATA) + "/../../examples/benzene.xyz");
     open(benzene);
-    if (IsSkipped()) return;
+    if (IsSkipped() || HasFatalFailure()) return;
     std::vector<float> turned, after_menus, after_dialog, after_zoom, after_copy;
     std::vector<std::function<void()>> steps;
     for (int k = 0; k < 12; ++k) steps.push_back([this] { key(Qt::Key_Right); });
@@ -190,7 +171,7 @@ TEST_F(WindowSession, ATurnSurvivesMenusADialogZoomAndAHardCopy) {
 
 TEST_F(WindowSession, ASphereIsRoundAtEverySizeAndInAHardCopy) {
     open(kOneAtom);
-    if (IsSkipped()) return;
+    if (IsSkipped() || HasFatalFailure()) return;
     for (QSize size : {QSize(800, 600), QSize(1000, 750), QSize(700, 900)}) {
         tk.main_window()->resize(size);
         tk.wait_hundredths(20);
@@ -211,7 +192,7 @@ TEST_F(WindowSession, ASphereIsRoundAtEverySizeAndInAHardCopy) {
 TEST_F(WindowSession, ADragTurnsByItsLengthAndTheWheelZooms) {
     const std::string benzene = testing::read_file(std::string(ZENTOL_TEST_DATA) + "/../../examples/benzene.xyz");
     open(benzene);
-    if (IsSkipped()) return;
+    if (IsSkipped() || HasFatalFailure()) return;
     auto drag = [&](int moves) {
         std::vector<std::function<void()>> steps;
         const QPointF from(200, 250);
@@ -226,7 +207,7 @@ TEST_F(WindowSession, ADragTurnsByItsLengthAndTheWheelZooms) {
     };
     auto [start5, end5] = drag(5);
     // The same drag again on the molecule as it was, in fifty events.
-    write_file(dir / "job/mol.xyz", benzene);
+    testing::write_file(dir / "job/mol.xyz", benzene);
     int status = 0;
     read_job_xyz(s, status);
     prepare_display(s);
@@ -245,6 +226,41 @@ TEST_F(WindowSession, ADragTurnsByItsLengthAndTheWheelZooms) {
     const float zoom = s.flags.zoom;
     run_loop(wheel);
     EXPECT_FLOAT_EQ(s.flags.zoom, zoom + 0.2f);
+}
+
+TEST(DropFile, OnlyLocalFilesAreTakenAndTheirPathArrives) {
+    QtToolkit tk;
+    tk.window_open(800, 600, "drop");
+    tk.wait_hundredths(5);
+    while (tk.pending_messages()) tk.next_message();
+    EXPECT_FALSE(drop_on(tk.main_window(), urls({QUrl("https://example.org/water.pdb")})));
+    auto* text = new QMimeData;
+    text->setText("water");
+    EXPECT_FALSE(drop_on(tk.main_window(), text));
+    EXPECT_TRUE(drop_on(tk.main_window(), urls({QUrl::fromLocalFile("/data/my molecules/water.pdb")})));
+    Message m;
+    while (tk.pending_messages() && m.type != MessageType::FileDropped) m = tk.next_message();
+    EXPECT_EQ(m.type, MessageType::FileDropped);
+    EXPECT_EQ(m.path, "/data/my molecules/water.pdb");
+    tk.close_all();
+}
+
+// The zinc complex dropped as an SDF file is the job, drawn.
+TEST_F(WindowSession, TheDisplayLoopOpensADroppedFile) {
+    open(testing::read_file(testing::test_data("water.xyz")), "water");
+    if (IsSkipped() || HasFatalFailure()) return;
+    const std::string zn = testing::read_file(testing::test_data("structure_files/zn_propanoate.sdf"));
+    const std::string sdf = dir / "mine/zn_propanoate.sdf";
+    testing::write_file(sdf, zn);
+    QImage shot;
+    auto idle = [] {};
+    run_loop({[&] { drop_on(tk.main_window(), urls({QUrl::fromLocalFile(QString::fromStdString(sdf))})); }, idle,
+              idle, idle, idle, [&] { shot = tk.main_window()->grab().toImage(); }});
+    EXPECT_EQ(s.job.name, "zn_propanoate");
+    EXPECT_EQ(s.store.natoms, 15);
+    EXPECT_EQ(tk.status_field(2), "1:zn_propanoate");
+    EXPECT_EQ(testing::read_file(sdf), zn);   // the dropped file itself is left alone
+    qt_testing::keep_shot(shot, "dropped_file.png");
 }
 
 }  // namespace
