@@ -143,7 +143,9 @@ TEST(BuildMode, SubstituentsComeFromTheInstalledLibrary) {
     // Turned into place: no two unbonded atoms on top of each other.
     for (int i = 1; i <= st.natoms; ++i)
         for (int j = i + 1; j <= st.natoms; ++j)
-            if (!has_neighbour(st, i, j)) EXPECT_GT(d(i, j), 1.4f) << i << " " << j;
+            if (!has_neighbour(st, i, j)) {
+                EXPECT_GT(d(i, j), 1.4f) << i << " " << j;
+            }
 
     // On an empty molecule the substituent's molecule comes as it stands.
     TestSession empty;

@@ -155,8 +155,13 @@ TEST(JobCommands, UpdateCheck) {
         TestSession u;
         u.s.engines.values["update_url"] = server ? server->url() + c.tail : "http://127.0.0.1:9";
         run_on_water(u, "menu 40032\n" + c.script);
-        if (c.said.empty()) EXPECT_TRUE(u.tk.message_boxes().empty()) << c.answer;
-        else EXPECT_TRUE(said(u, c.said)) << c.answer;
-        if (!c.status.empty()) EXPECT_TRUE(status_was(u, 9, c.status)) << c.answer;
+        if (c.said.empty()) {
+            EXPECT_TRUE(u.tk.message_boxes().empty()) << c.answer;
+        } else {
+            EXPECT_TRUE(said(u, c.said)) << c.answer;
+        }
+        if (!c.status.empty()) {
+            EXPECT_TRUE(status_was(u, 9, c.status)) << c.answer;
+        }
     }
 }

@@ -173,7 +173,9 @@ TEST(StructureImport, GarbageAndUnknownFormatsAreRefusedWithAReason) {
         std::string why;
         EXPECT_FALSE(read_foreign_structure(dir / name, &why).has_value()) << name;
         EXPECT_FALSE(why.empty()) << name;
-        if (std::string(name) == "notes.qqq") EXPECT_NE(why.find(".qqq"), std::string::npos) << why;
+        if (std::string(name) == "notes.qqq") {
+            EXPECT_NE(why.find(".qqq"), std::string::npos) << why;
+        }
     }
     std::string why;
     EXPECT_FALSE(format_foreign_structure(ForeignMolecule{}, "qqq", &why).has_value());
