@@ -31,10 +31,11 @@ T* room(std::vector<T>& v, std::size_t n) {
     return v.data();
 }
 
-// The four vertices of one primitive's quad: the same attributes each
-// time; the vertex shader tells the corners apart by the vertex number.
-void put_quad(float* out, const float* attributes, int n) {
-    for (int c = 0; c < kQuadCorners; ++c) std::copy(attributes, attributes + n, out + c * n);
+// The vertices of one primitive (four for a quad, three for a triangle):
+// the same attributes each time; the vertex shader tells the corners apart
+// by the vertex number.
+void put_quad(float* out, const float* attributes, int n, int corners = kQuadCorners) {
+    for (int c = 0; c < corners; ++c) std::copy(attributes, attributes + n, out + c * n);
 }
 
 }  // namespace
@@ -140,7 +141,7 @@ void SceneBatches::build_spheres(const Scene& scene, const Matrix4& view, bool c
     if (opaque) sphere_order_.sort(keys_, n);
     else sphere_order_.identity(n);
 
-    float* out = room(spheres_, static_cast<std::size_t>(n) * kQuadCorners * kSphereFloats);
+    float* out = room(spheres_, static_cast<std::size_t>(n) * kSphereCorners * kSphereFloats);
     int drawn = 0;
     for (int k = 0; k < n; ++k) {
         const std::uint32_t at = sphere_order_.order()[static_cast<std::size_t>(k)];
@@ -151,7 +152,8 @@ void SceneBatches::build_spheres(const Scene& scene, const Matrix4& view, bool c
         }
         const auto c = scene.rgb(s.colour);
         const float v[kSphereFloats] = {s.x, s.y, s.z, s.radius, c[0], c[1], c[2], s.alpha};
-        put_quad(out + static_cast<std::size_t>(drawn++) * kQuadCorners * kSphereFloats, v, kSphereFloats);
+        put_quad(out + static_cast<std::size_t>(drawn++) * kSphereCorners * kSphereFloats, v, kSphereFloats,
+                 kSphereCorners);
     }
     sphere_count_ = drawn;
 }

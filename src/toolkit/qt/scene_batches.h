@@ -1,6 +1,6 @@
 // The vertex data of a frame's spheres and sticks, as the painter hands it to
-// OpenGL: every primitive is one screen quad whose vertices each carry the
-// whole primitive: one plain draw a
+// OpenGL: every primitive is one screen triangle (a sphere) or quad (a
+// stick) whose vertices each carry the whole primitive: one plain draw a
 // kind, which a software rasteriser runs in large batches where instancing
 // would run it primitive by primitive. The arrays grow to the largest
 // frame drawn and are refilled in place every frame.
@@ -30,6 +30,7 @@ struct Scene;
 struct SceneStick;
 
 inline constexpr int kQuadCorners = 4;
+inline constexpr int kSphereCorners = 3;
 inline constexpr int kSphereFloats = 8;    // centre, radius, rgba
 // from, to, rgba of the from half, rgb of the to half, and the fractions of
 // its length at either end that lie inside an atom's sphere

@@ -204,6 +204,7 @@ bool ScenePainter::initialize() {
     // fills a new buffer with zeros, and megabytes of that would be most
     // of a small molecule's start-up.
     glGenBuffers(1, &corners_);
+    spheres_.corners = 3;
     make_vertex_array(spheres_, {4, 4});
     make_vertex_array(sticks_, {3, 3, 4, 3, 2});
     make_vertex_array(text_, {3, 4, 4});
@@ -319,20 +320,21 @@ void ScenePainter::use(Kind& kind, const ScreenCamera& c) {
 }
 
 // Puts the vertices of this many primitives into the kind's buffer, in
-// place, and draws them: a quad's four vertices as two triangles through
-// the element buffer.
+// place, and draws them: a triangle's three vertices as they come, a quad's
+// four as two triangles through the element buffer.
 void ScenePainter::draw(Kind& kind, const std::vector<float>& vertices, int primitives, int floats_a_primitive) {
     const std::size_t each = static_cast<std::size_t>(floats_a_primitive);
     const std::size_t floats = std::min(static_cast<std::size_t>(std::max(primitives, 0)) * each, vertices.size());
     primitives = static_cast<int>(floats / each);
     if (primitives <= 0) return;
     reserve(kind, floats);
-    reserve_quads(static_cast<std::size_t>(primitives));
+    if (kind.corners != 3) reserve_quads(static_cast<std::size_t>(primitives));
     glBindBuffer(GL_ARRAY_BUFFER, kind.buffer);
     glBufferSubData(GL_ARRAY_BUFFER, 0, static_cast<GLsizeiptr>(floats * sizeof(float)), vertices.data());
     glBindBuffer(GL_ARRAY_BUFFER, 0);
     glBindVertexArray(kind.vao);
-    glDrawElements(GL_TRIANGLES, primitives * 6, GL_UNSIGNED_INT, nullptr);
+    if (kind.corners == 3) glDrawArrays(GL_TRIANGLES, 0, primitives * 3);
+    else glDrawElements(GL_TRIANGLES, primitives * 6, GL_UNSIGNED_INT, nullptr);
     glBindVertexArray(0);
 }
 
@@ -417,7 +419,7 @@ void ScenePainter::paint(const Scene& scene, int width, int height, const Tile* 
     if (batches_.sphere_count() > 0) {
         use(spheres_, camera);
         blend(!batches_.spheres_opaque());
-        draw(spheres_, batches_.sphere_vertices(), batches_.sphere_count(), kQuadCorners * kSphereFloats);
+        draw(spheres_, batches_.sphere_vertices(), batches_.sphere_count(), kSphereCorners * kSphereFloats);
     }
     if (batches_.stick_count() > 0 && scene.stick_radius > 0) {
         use(sticks_, camera);

@@ -1,6 +1,6 @@
 // Draws a Scene with OpenGL into whatever framebuffer is bound, through the
 // fixed camera of projection.h. Spheres and sticks are ray-cast in the
-// fragment shader on one screen quad each that just holds the
+// fragment shader on one screen triangle or quad each that just holds the
 // primitive's outline, so their outlines and shading are exact whatever the
 // tessellation, and the cost is a few vertices a primitive instead of a
 // tessellated mesh; text is drawn as textured quads from a glyph atlas,
@@ -86,6 +86,7 @@ private:
         int view = -1, proj = -1, depth = -1, pixels = -1, ray = -1;
         unsigned vao = 0, buffer = 0;
         std::size_t capacity = 0;   // floats the buffer holds
+        int corners = 4;            // vertices a primitive: 3 a triangle, 4 a quad
     };
 
     bool build_programs();

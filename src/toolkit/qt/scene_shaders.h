@@ -1,6 +1,6 @@
 // The shader sources of the scene painter. Spheres and sticks are ray-cast
-// in the fragment shader, exactly, over a screen quad that holds the
-// primitive's outline; labels are glyphs from an atlas; pick circles are
+// in the fragment shader, exactly, over a screen triangle or quad that holds
+// the primitive's outline; labels are glyphs from an atlas; pick circles are
 // rings drawn over everything.
 #pragma once
 
@@ -65,19 +65,19 @@ bool set_depth(vec3 p) {
 inline constexpr const char* kDepthLayout = "layout(depth_greater) out float gl_FragDepth;\n";
 
 // A sphere's outline is an ellipse, long along the line from the view's
-// centre, reaching as far as the rays of its tangent cone; its quad is the
-// ellipse's box along the screen's axes, which a software rasteriser covers
-// with the fewest of its 4 x 4 pixel blocks (an atom is often only a few
-// blocks across). Quads are built in the plane z = -1 of eye space
-// (t = xy / -z) with w = 1, so every pixel's ray is t.
+// centre, reaching as far as the rays of its tangent cone; its triangle is
+// the equilateral one around a circle, stretched over that ellipse (one
+// triangle costs a software rasteriser no more fragments than a quad, and
+// half the setup). Triangles and quads are built in the plane z = -1 of eye
+// space (t = xy / -z) with w = 1, so every pixel's ray is t.
 inline constexpr const char* kSphereVertex = R"(
 layout(location = 0) in vec4 a_sphere;
 layout(location = 1) in vec4 a_colour;
 flat out vec3 v_centre;
 flat out float v_radius;
 flat out vec4 v_colour;
+const vec2 kTriangle[3] = vec2[3](vec2(-1.7320508, -1.0), vec2(1.7320508, -1.0), vec2(0.0, 2.0));
 void main() {
-    vec2 corner = quad_corner() * 2.0 - 1.0;
     vec3 c = (u_view * vec4(a_sphere.xyz, 1.0)).xyz;
     float r = a_sphere.w;
     vec2 t;
@@ -91,12 +91,11 @@ void main() {
         float far_side = (tan_centre + tan_half) / (1.0 - tan_centre * tan_half);
         float across = r / sqrt(c.z * c.z - r * r);
         float pad = 1e-3 * (far_side - near_side);   // against rounding at the rim
-        float half_length = 0.5 * (far_side - near_side) + pad;
-        across += pad;
-        vec2 extent = sqrt(half_length * half_length * u * u + across * across * v * v);
-        t = u * (0.5 * (near_side + far_side)) + corner * extent;
+        vec2 k = kTriangle[gl_VertexID % 3];
+        float middle = 0.5 * (near_side + far_side), half_length = 0.5 * (far_side - near_side) + pad;
+        t = u * (middle + half_length * k.x) + v * ((across + pad) * k.y);
     } else {
-        t = corner * 1e3;   // the sphere reaches the eye: the whole view
+        t = kTriangle[gl_VertexID % 3] * 1e3;   // the sphere reaches the eye: the whole view
     }
     v_centre = c;
     v_radius = r;

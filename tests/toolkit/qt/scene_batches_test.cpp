@@ -46,7 +46,7 @@ std::vector<float> stick(const SceneBatches& b, int k) {
     return primitive(b.stick_vertices(), k, kStickFloats, kQuadCorners);
 }
 std::vector<float> sphere(const SceneBatches& b, int k) {
-    return primitive(b.sphere_vertices(), k, kSphereFloats, kQuadCorners);
+    return primitive(b.sphere_vertices(), k, kSphereFloats, kSphereCorners);
 }
 
 TEST(SceneBatches, TheHalvesOfABondAreOneStickColouredByHalves) {
