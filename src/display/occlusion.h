@@ -33,8 +33,12 @@ public:
     // The same for the capped cylinder from a to b of radius r.
     bool stick_hidden(const float a[3], const float b[3], float r) const;
     // An opaque sphere that is drawn this frame. Spheres the near or far
-    // plane cuts open hide nothing.
+    // plane cuts open hide nothing, nor do spheres a few cells across.
     void add_sphere(const float c[3], float r);
+    // Whether any sphere added so far hides a cell. Until one does, testing
+    // only finds what lies outside the picture, which the GL clips about as
+    // cheaply: the painter tests nothing then.
+    bool hides_anything() const { return occluders_; }
 
 private:
     // Cells [x0, x1] x [y0, y1]; empty when the bounds lie off the picture.

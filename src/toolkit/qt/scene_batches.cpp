@@ -147,7 +147,7 @@ void SceneBatches::build_spheres(const Scene& scene, const Matrix4& view, bool c
         const std::uint32_t at = sphere_order_.order()[static_cast<std::size_t>(k)];
         const SceneSphere& s = scene.spheres[at];
         if (cull) {
-            if (hidden_.sphere_hidden(eye + 3 * at, s.radius)) continue;
+            if (hidden_.hides_anything() && hidden_.sphere_hidden(eye + 3 * at, s.radius)) continue;
             if (s.alpha >= 1.0f) hidden_.add_sphere(eye + 3 * at, s.radius);
         }
         const auto c = scene.rgb(s.colour);
@@ -194,7 +194,7 @@ void SceneBatches::build_sticks(const Scene& scene, const Matrix4& view, bool cu
         float* e = ends + 6 * n;
         to_eye(a.x0, a.y0, a.z0, e);
         to_eye(b.x1, b.y1, b.z1, e + 3);
-        if (cull) {
+        if (cull && hidden_.hides_anything()) {
             // The part that can show, from `from` to `to` of its length.
             float shown[6];
             for (int row = 0; row < 3; ++row) {
