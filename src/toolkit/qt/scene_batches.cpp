@@ -14,6 +14,11 @@ namespace {
 // Past this many moves a frame the previous order is not worth keeping.
 constexpr int kMovesPerItem = 8;
 
+// Leaving out hidden primitives pays when it finds at least one in this
+// many; when it does not, it rests for this many frames.
+constexpr std::size_t kWorthCulling = 10;
+constexpr int kCullPause = 30;
+
 // Slots of the sphere index: a power of two, at least twice the spheres.
 constexpr std::size_t kSphereSlots = 8192;
 static_assert(kSphereSlots >= 2 * std::size_t(kAtomRows));
@@ -115,9 +120,22 @@ float SphereIndex::radius_at(float x, float y, float z) const {
 SceneBatches::SceneBatches() = default;
 
 void SceneBatches::build(const Scene& scene, const Matrix4& view, const ScreenCamera* camera) {
-    if (camera) hidden_.start(*camera);
-    build_spheres(scene, view, camera != nullptr);
-    build_sticks(scene, view, camera != nullptr);
+    // Looking for hidden primitives costs the main thread a little for
+    // every large atom; where it finds few (small atoms, an open molecule)
+    // the next frames, which one turn step hardly changes, do without,
+    // until the atoms change size (Setup, zoom) or number.
+    float largest = 0;
+    for (const SceneSphere& sphere : scene.spheres) largest = std::max(largest, sphere.radius);
+    if (largest != paused_largest_ || scene.spheres.size() != paused_count_) pause_ = 0;
+    paused_largest_ = largest;
+    paused_count_ = scene.spheres.size();
+    const bool cull = camera && pause_ == 0;
+    if (!cull && pause_ > 0) --pause_;
+    if (cull) hidden_.start(*camera);
+    culled_ = 0;
+    build_spheres(scene, view, cull);
+    build_sticks(scene, view, cull);
+    if (cull && culled_ * kWorthCulling < scene.spheres.size() + scene.sticks.size()) pause_ = kCullPause;
 }
 
 void SceneBatches::build_spheres(const Scene& scene, const Matrix4& view, bool cull) {
@@ -147,7 +165,10 @@ void SceneBatches::build_spheres(const Scene& scene, const Matrix4& view, bool c
         const std::uint32_t at = sphere_order_.order()[static_cast<std::size_t>(k)];
         const SceneSphere& s = scene.spheres[at];
         if (cull) {
-            if (hidden_.hides_anything() && hidden_.sphere_hidden(eye + 3 * at, s.radius)) continue;
+            if (hidden_.hides_anything() && hidden_.sphere_hidden(eye + 3 * at, s.radius)) {
+                ++culled_;
+                continue;
+            }
             if (s.alpha >= 1.0f) hidden_.add_sphere(eye + 3 * at, s.radius);
         }
         const auto c = scene.rgb(s.colour);
@@ -201,7 +222,10 @@ void SceneBatches::build_sticks(const Scene& scene, const Matrix4& view, bool cu
                 shown[row] = e[row] + from * (e[3 + row] - e[row]);
                 shown[3 + row] = e[3 + row] + to * (e[row] - e[3 + row]);
             }
-            if (hidden_.stick_hidden(shown, shown + 3, scene.stick_radius)) continue;
+            if (hidden_.stick_hidden(shown, shown + 3, scene.stick_radius)) {
+                ++culled_;
+                continue;
+            }
         }
         first[n] = static_cast<std::uint32_t>(&a - in.data());
         joined[n] = join;

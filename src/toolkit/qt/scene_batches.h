@@ -112,6 +112,10 @@ private:
     std::vector<float> keys_;
     std::vector<float> eye_;   // eye-space centres of the spheres, or ends of the sticks
     OcclusionGrid hidden_;
+    std::size_t culled_ = 0;   // primitives left out as hidden this frame
+    int pause_ = 0;            // frames to go before looking for hidden ones again
+    float paused_largest_ = 0; // the largest sphere and the number of spheres
+    std::size_t paused_count_ = 0;   // of the last frame
     DepthOrder sphere_order_, stick_order_;
     SphereIndex atoms_;
 

@@ -189,5 +189,30 @@ TEST(SceneBatches, TheDepthOrderStaysRightFromFrameToFrame) {
     EXPECT_EQ(got(order), expected(3000));
 }
 
+// A row of atoms one behind the other along the line of sight. Small, they
+// hide nothing and the batches stop looking for a while; grown large (as
+// Setup's atom size does), the very next frame leaves the hidden ones out,
+// and keeps doing so.
+TEST(SceneBatches, AtomsGrownLargeHideWhatIsBehindThemAtOnce) {
+    Scene scene = coloured_scene();
+    for (int k = 0; k < 20; ++k) scene.spheres.push_back({0, 0, 0.25f * float(k) - 2.5f, 0.02f, 3, 1});
+    const Matrix4 p = perspective_matrix(800.0 / 600.0);
+    ScreenCamera camera;
+    camera.width = 800;
+    camera.height = 600;
+    camera.kx = static_cast<float>(p[0]);
+    camera.ky = static_cast<float>(p[5]);
+    SceneBatches b;
+    for (int frame = 0; frame < 3; ++frame) {
+        b.build(scene, kLook, &camera);
+        EXPECT_EQ(b.sphere_count(), 20) << frame;
+    }
+    for (SceneSphere& s : scene.spheres) s.radius = 0.3f;
+    for (int frame = 0; frame < 3; ++frame) {
+        b.build(scene, kLook, &camera);
+        EXPECT_LT(b.sphere_count(), 10) << frame;
+    }
+}
+
 }  // namespace
 }  // namespace zentol
