@@ -25,6 +25,22 @@ std::string fixed_digits(double magnitude, int d) {
 
 }  // namespace
 
+std::string format_es(double value, int w, int d) {
+    if (w <= 0) return {};
+    if (!std::isfinite(value)) return stars(w);
+    char buf[64];
+    const auto r = std::to_chars(buf, buf + sizeof buf, value, std::chars_format::scientific, std::clamp(d, 0, 30));
+    std::string s(buf, r.ptr);   // [-]d.ddde[+-]XX
+    const std::size_t e = s.find('e');
+    std::string exponent = s.substr(e + 1);
+    const char sign = exponent[0] == '-' ? '-' : '+';
+    if (exponent[0] == '-' || exponent[0] == '+') exponent.erase(0, 1);
+    if (exponent.size() < 2) exponent.insert(0, 1, '0');
+    s = s.substr(0, e) + "E" + sign + exponent;
+    if (static_cast<int>(s.size()) > w) return stars(w);
+    return std::string(static_cast<std::size_t>(w) - s.size(), ' ') + s;
+}
+
 std::string format_f(double value, int w, int d) {
     if (w <= 0) return {};
     if (!std::isfinite(value) || std::fabs(value) >= 1e300) return stars(w);

@@ -16,6 +16,12 @@ namespace zentol::text {
 // number does not fit.
 std::string format_f(double value, int w, int d);
 
+// ESw.d as gfortran writes it: one digit before the point, d after, an
+// upper-case E and a signed exponent of two digits at least
+// (" 1.23456E-05" for ES13.5); right-aligned, w asterisks when it does not
+// fit or is not a number.
+std::string format_es(double value, int w, int d);
+
 // Iw: right-aligned whole number, w asterisks on overflow.
 std::string format_i(long long value, int w);
 

@@ -11,24 +11,6 @@ namespace {
 
 constexpr long long kMostPoints = 400LL * 400 * 400;
 
-// E13.5 as Gaussian writes it: " 1.23456E-05", "-1.23456E-05".
-void append_e(std::string& out, double v) {
-    char buf[32];
-    auto r = std::to_chars(buf, buf + sizeof buf, v, std::chars_format::scientific, 5);
-    std::string s(buf, r.ptr);
-    const std::size_t e = s.find('e');
-    if (e != std::string::npos) {
-        // Two exponent digits at least, upper-case E.
-        std::string exp = s.substr(e + 1);
-        const char sign = exp[0] == '-' ? '-' : '+';
-        if (exp[0] == '-' || exp[0] == '+') exp.erase(0, 1);
-        if (exp.size() < 2) exp.insert(0, 1, '0');
-        s = s.substr(0, e) + "E" + sign + exp;
-    }
-    if (s.size() < 13) out.append(13 - s.size(), ' ');
-    out += s;
-}
-
 std::string header_line(int count, const std::array<double, 3>& v) {
     return text::format_i(count, 5) + text::format_f(v[0], 12, 6) + text::format_f(v[1], 12, 6) +
            text::format_f(v[2], 12, 6) + "\n";
@@ -85,7 +67,7 @@ std::string cube_text(const CubeGrid& g) {
     for (int i = 0; i < g.n[0]; ++i) {
         for (int j = 0; j < g.n[1]; ++j) {
             for (int k = 0; k < g.n[2]; ++k) {
-                append_e(out, g.at(i, j, k));
+                out += text::format_es(g.at(i, j, k), 13, 5);   // as Gaussian writes cubes
                 if (k % 6 == 5 || k + 1 == g.n[2]) out += '\n';
             }
         }

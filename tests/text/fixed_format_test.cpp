@@ -22,6 +22,12 @@ TEST(FixedFormat, RealFieldsAsGfortranWritesThem) {
     EXPECT_EQ(format_f(0.25, 4, 1), " 0.2");
     EXPECT_EQ(format_f(-0.05f, 5, 1), " -0.1");
     EXPECT_EQ(format_f(1.0 / 0.0, 4, 1), "****");
+    // ES, as Gaussian cube files carry their values.
+    EXPECT_EQ(format_es(1.23456e-5, 13, 5), "  1.23456E-05");
+    EXPECT_EQ(format_es(-0.5, 13, 5), " -5.00000E-01");
+    EXPECT_EQ(format_es(0.0, 13, 5), "  0.00000E+00");
+    EXPECT_EQ(format_es(2.5e123, 13, 5), " 2.50000E+123");
+    EXPECT_EQ(format_es(-2.5e-123, 12, 5), "************");
 }
 
 TEST(FixedFormat, WholeNumbersAndTextFields) {
