@@ -57,9 +57,11 @@ private:
     std::ostringstream sink_;
 };
 
-ob::OBFormat* format_of(ob::OBConversion& conv, const std::string& extension) {
-    if (extension.empty()) return nullptr;
-    return conv.FindFormat(extension);
+// The format of this extension, if Open Babel can read it (or write it).
+ob::OBFormat* format_of(ob::OBConversion& conv, const std::string& extension, bool reading) {
+    ob::OBFormat* f = extension.empty() ? nullptr : conv.FindFormat(extension);
+    if (!f || (f->Flags() & (reading ? NOTREADABLE : NOTWRITABLE))) return nullptr;
+    return f;
 }
 
 bool say(std::string* why, std::string text) {
@@ -198,21 +200,19 @@ std::string structure_extension(const std::string& path) {
 
 bool openbabel_reads(const std::string& extension) {
     ob::OBConversion conv;
-    ob::OBFormat* f = format_of(conv, extension);
-    return f && !(f->Flags() & NOTREADABLE);
+    return format_of(conv, extension, true) != nullptr;
 }
 
 bool openbabel_writes(const std::string& extension) {
     ob::OBConversion conv;
-    ob::OBFormat* f = format_of(conv, extension);
-    return f && !(f->Flags() & NOTWRITABLE);
+    return format_of(conv, extension, false) != nullptr;
 }
 
 std::optional<ForeignMolecule> read_foreign_structure(const std::string& path, std::string* why) {
     const std::string ext = structure_extension(path);
     ob::OBConversion conv;
-    ob::OBFormat* f = format_of(conv, ext);
-    if (!f || (f->Flags() & NOTREADABLE) || !conv.SetInFormat(f)) {
+    ob::OBFormat* f = format_of(conv, ext, true);
+    if (!f || !conv.SetInFormat(f)) {
         say(why, ext.empty() ? "the name has no extension that tells its format"
                              : "Open Babel reads no format with the extension ." + ext);
         return std::nullopt;
@@ -244,8 +244,8 @@ std::optional<ForeignMolecule> read_foreign_structure(const std::string& path, s
 std::optional<std::string> format_foreign_structure(const ForeignMolecule& m, const std::string& extension,
                                                     std::string* why) {
     ob::OBConversion conv;
-    ob::OBFormat* f = format_of(conv, extension);
-    if (!f || (f->Flags() & NOTWRITABLE) || !conv.SetOutFormat(f)) {
+    ob::OBFormat* f = format_of(conv, extension, false);
+    if (!f || !conv.SetOutFormat(f)) {
         say(why, extension.empty() ? "the name has no extension that tells the format"
                                    : "Open Babel writes no format with the extension ." + extension);
         return std::nullopt;
