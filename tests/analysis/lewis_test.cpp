@@ -275,8 +275,6 @@ TEST(Lewis, HandBuiltMolecules) {
         {"sulfate, an oxygen marked", -2, marked_sulfate, {"O -2x4; S 6", "O -1x4; S 2", "O-S 1x4"}, {}},
         {"AsMe5", 0, [](Molecule& m) { m.methyls(m.atom("As1"), 5); },
          {"H 1x15; C -4x5; As 5", "", "C-As 1x5; H-C 1x15"}, {}, "Octet rule exception AsMe5", 10},
-        {"TeMe6", 0, [](Molecule& m) { m.methyls(m.atom("Te1"), 6); },
-         {"H 1x18; C -4x6; Te 6", "", "C-Te 1x6; H-C 1x18"}, {}, "Octet rule exception TeMe6", 12},
         // The arsonium ylide Me3As=CH2: an exception without a message that
         // keeps the double bond which would else become As+ C-.
         {"Me3As=CH2", 0,

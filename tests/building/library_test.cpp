@@ -1,6 +1,6 @@
-// The shipped molecule library: every file must read back as written and
-// carry exactly the bonds that distance perception would find, and the
-// substituents of the Build menu must end in the hydrogen they join by.
+// The shipped molecule library: every file must read and carry exactly the
+// bonds that distance perception would find, and the substituents of the
+// Build menu must end in the hydrogen they join by.
 // Molecules appended from files, and the charges and key lines they bring.
 #include "building/library.h"
 
@@ -78,7 +78,7 @@ struct Append : ::testing::Test {
 
 }  // namespace
 
-TEST(LibraryData, EveryFileReadsBackAndItsBondsAreThoseOfItsDistances) {
+TEST(LibraryData, EveryFileReadsAndItsBondsAreThoseOfItsDistances) {
     std::vector<std::string> paths;
     for (const auto& e : fs::recursive_directory_iterator(kLibrary))
         if (e.is_regular_file() && e.path().extension() == ".xyz") paths.push_back(e.path().string());
@@ -93,13 +93,6 @@ TEST(LibraryData, EveryFileReadsBackAndItsBondsAreThoseOfItsDistances) {
         ASSERT_GT(st.natoms, 0);
         EXPECT_EQ(st.natoms, st.natoms_file);
         ASSERT_EQ(m->lines.size(), static_cast<std::size_t>(st.natoms) + 1);
-
-        // Columns: the program writes the atoms back exactly as shipped.
-        auto written = format_xyz(st, "x", 0, 1);
-        written.erase(0, written.find('\n') + 1);
-        std::string shipped;
-        for (std::size_t k = 1; k < m->lines.size(); ++k) shipped += m->lines[k] + "\n";
-        EXPECT_EQ(written, shipped);
 
         // Every atom lists exactly the atoms within the radii sum plus 0.25:
         // so no bond on one end only, none twice, none to itself.

@@ -48,7 +48,7 @@ struct Grow : ::testing::Test {
 
 }  // namespace
 
-TEST_F(Grow, TheFirstAtomComesWithItsHydrogensAndTheStartTurn) {
+TEST_F(Grow, TheFirstAtomComesWithItsHydrogens) {
     start_methane();
     ASSERT_EQ(st.natoms, 5);
     EXPECT_EQ(st.conn_count(1), 4);
