@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "building/connectivity.h"
+#include "building/vec3.h"
 #include "session/startup.h"
 #include "support/test_support.h"
 #include "toolkit/files.h"
@@ -122,9 +123,23 @@ TEST(BuildMode, SubstituentsComeFromTheInstalledLibrary) {
     int aromatic = 0;   // MM3 type 2: the sp2 carbon MM3 has every benzene parameter for
     for (int i = 1; i <= st.natoms; ++i) aromatic += st.conn_type(i) == 2;
     EXPECT_EQ(aromatic, 6);
-    int joined = 0;   // the ring carbons on the carbon hydrogen 4 was on
-    for (int k = 1; k <= st.conn_count(1); ++k) joined += st.conn_type(st.nbr(1, k)) == 2;
+    // The ring carbon now on the carbon hydrogen 4 was on sits a C-C bond
+    // away, and the ring is turned into place: no two unbonded atoms on top
+    // of each other.
+    auto d = [&](int i, int j) { return (atom_position(st.atom_rec[i]) - atom_position(st.atom_rec[j])).length(); };
+    int joined = 0;
+    for (int k = 1; k <= st.conn_count(1); ++k) {
+        if (st.conn_type(st.nbr(1, k)) == 2) {
+            ++joined;
+            EXPECT_NEAR(d(1, st.nbr(1, k)), 1.52f, 1e-3);
+        }
+    }
     EXPECT_EQ(joined, 1);
+    for (int i = 1; i <= st.natoms; ++i)
+        for (int j = i + 1; j <= st.natoms; ++j)
+            if (!has_neighbour(st, i, j)) {
+                EXPECT_GT(d(i, j), 1.4f) << i << " " << j;
+            }
 
     // On an empty molecule the substituent's molecule comes as it stands.
     TestSession empty;
