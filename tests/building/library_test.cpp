@@ -151,8 +151,6 @@ TEST_F(Append, AnEmptyMoleculeStartsAndALaterOneIsShiftedAndRenumbered) {
     EXPECT_EQ(append_library_file(t.s, 4), kAppendStarted);
     ASSERT_EQ(st.natoms, 3);
     EXPECT_FLOAT_EQ(st.atom_rec[3][kX], 0.5f);   // the lowest x moved to 0.5
-    EXPECT_EQ(label_text(st.atom_label[2]), "H2  ");
-    EXPECT_EQ(st.conn_type(2), 21);
     EXPECT_EQ(st.conn[kConnMark2][1], 2);
     EXPECT_TRUE(files::exists("job.xyz"));   // the job files are written
 
@@ -160,7 +158,6 @@ TEST_F(Append, AnEmptyMoleculeStartsAndALaterOneIsShiftedAndRenumbered) {
     ASSERT_EQ(st.natoms, 6);
     EXPECT_EQ(st.nbr(4, 1), 5);
     EXPECT_EQ(st.nbr(4, 2), 6);
-    EXPECT_EQ(st.conn_count(4), 2);
     // Past 1.05 times the largest x there was, plus 0.5.
     EXPECT_NEAR(st.atom_rec[6][kX], (0.957f + 0.74f) * 1.05f + 0.5f, 1e-5);
     EXPECT_EQ(st.nbonds, 4);
