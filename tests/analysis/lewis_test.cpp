@@ -11,7 +11,6 @@
 #include <numeric>
 #include <ostream>
 #include <random>
-#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -36,9 +35,7 @@ public:
     int atom(const std::string& label, float x = 0, float y = 0, float z = 0) {
         const int i = ++st_->natoms;
         st_->atom_label[i] = make_label(label);
-        st_->atom_rec[i][kX] = x;
-        st_->atom_rec[i][kY] = y;
-        st_->atom_rec[i][kZ] = z;
+        st_->atom_rec[i] = {x, y, z, 0, 0, 0};
         return i;
     }
     void bond(int a, int b) {
@@ -57,15 +54,6 @@ public:
     void methyls(int to, int n) {
         for (int k = 0; k < n; ++k) methyl(to);
     }
-    // A benzene ring on atom `to`; returns the ring carbon bonded to it.
-    int phenyl(int to) {
-        int c[6];
-        for (int& k : c) k = atom("C");
-        bond(to, c[0]);
-        for (int k = 0; k < 6; ++k) bond(c[k], c[(k + 1) % 6]);
-        for (int k = 1; k < 6; ++k) bonded("H", c[k]);
-        return c[0];
-    }
     // A carbon with three hydrogens on atom `to`.
     int methyl(int to) {
         const int c = bonded("C", to);
@@ -83,13 +71,6 @@ public:
 private:
     std::unique_ptr<Store> st_;
 };
-
-int bond_of(const LewisInput& in, int a, int b) {
-    for (std::size_t k = 0; k < in.bonds.size(); ++k)
-        if ((in.bonds[k][0] == a && in.bonds[k][1] == b) || (in.bonds[k][0] == b && in.bonds[k][1] == a))
-            return static_cast<int>(k) + 1;
-    return 0;
-}
 
 // Hydroxide with nothing marked: the first atom with a bond to spare.
 void hydroxide(Molecule& m) { m.hydrogens(m.atom("O1"), 1); }
@@ -189,17 +170,13 @@ void expect_reads(const LewisInput& in, const LewisResult& r, const Fingerprint&
     EXPECT_EQ(cbc_lines(in, r), cbc);
 }
 
-const char* const kCarbonylExample = "../../examples/chromium-carbonyl.xyz";
-
-LewisInput read_job(const std::string& data_file) {
+LewisInput molecule(const std::string& name) {
     auto st = std::make_unique<Store>();
     element_lookup(*st, nullptr, "", kLookupConfirmAll);
     int charge = 0, multiplicity = 1;
-    EXPECT_EQ(parse_xyz(test_data_lines(data_file), *st, nullptr, charge, multiplicity), kXyzRead) << data_file;
+    EXPECT_EQ(parse_xyz(test_data_lines("lewis/" + name + ".xyz"), *st, nullptr, charge, multiplicity), kXyzRead);
     return lewis_input_from(*st, charge);
 }
-
-LewisInput molecule(const std::string& name) { return read_job("lewis/" + name + ".xyz"); }
 
 LewisResult analysed(const LewisInput& in) {
     EXPECT_EQ(lewis_refusal(in), "");
@@ -208,25 +185,41 @@ LewisResult analysed(const LewisInput& in) {
     return r;
 }
 
+// The molecule with its atoms reversed, then shuffled three times: no
+// result may depend on the order of the atoms.
+std::vector<LewisInput> reorderings(const LewisInput& in) {
+    std::vector<int> old(in.atoms.size());   // atom old[n] becomes atom n + 1
+    std::iota(old.begin(), old.end(), 1);
+    std::reverse(old.begin(), old.end());
+    std::mt19937 shuffle_with(14);
+    std::vector<LewisInput> out;
+    for (int round = 0; round < 4; ++round) {
+        if (round > 0) std::shuffle(old.begin(), old.end(), shuffle_with);
+        LewisInput o = in;
+        std::vector<int> now(old.size() + 1);
+        for (std::size_t n = 0; n < old.size(); ++n) {
+            o.atoms[n] = in.atoms[old[n] - 1];
+            now[old[n]] = static_cast<int>(n) + 1;
+        }
+        for (auto& bd : o.bonds) bd = {std::min(now[bd[0]], now[bd[1]]), std::max(now[bd[0]], now[bd[1]])};
+        std::sort(o.bonds.begin(), o.bonds.end());
+        out.push_back(o);
+    }
+    return out;
+}
+
 }  // namespace
 
-TEST(Lewis, WaterInTheLogAndTheBrtFile) {
+// Water with one deuterium, which counts as a hydrogen of hydrogen's
+// electronegativity.
+TEST(Lewis, HeavyWaterInTheBrtFile) {
     Molecule m;
     const int o = m.atom("O1", 0, 0, 0.12f);
     m.bond(o, m.atom("H1", 0, 0.76f, -0.48f));
-    m.bond(o, m.atom("H2", 0, -0.76f, -0.48f));
+    m.bond(o, m.atom("D2", 0, -0.76f, -0.48f));
     const LewisInput in = m.input(0);
     const LewisResult r = analysed(in);
     expect_reads(in, r, {"H 1x2; O -2", "", "H-O 1x2"}, {});
-    const std::vector<std::string> want_log = {
-        "O1     1 H1     2 B.ord    1",
-        "O1     1 H2     3 B.ord    1",
-        "At. no. ATN V.e  TEC  nbe  Chg    FC   B.e OS",
-        "O1     1   8   6   8   4   0   0   2  -2",
-        "H1     2   1   1   2   0   0   0   1   1",
-        "H2     3   1   1   2   0   0   0   1   1",
-    };
-    EXPECT_EQ(lewis_log_lines(in, r), want_log);
     const std::vector<std::string> want_brt = {
         "TITL  LEWIS   3   2",
         "CELL  0.71069 1. 1. 1. 90. 90. 90.",
@@ -234,7 +227,7 @@ TEST(Lewis, WaterInTheLogAndTheBrtFile) {
         "FVAR",
         "O1   1    0.00000   0.00000   0.12000 11. .05",
         "H1   1    0.00000   0.76000  -0.48000 11. .05",
-        "H2   1    0.00000  -0.76000  -0.48000 11. .05",
+        "D2   1    0.00000  -0.76000  -0.48000 11. .05",
         "BM   1    0.00000   0.38000  -0.18000 11. .05",
         "BM   1    0.00000  -0.38000  -0.18000 11. .05",
         "HKLF 4",
@@ -242,7 +235,7 @@ TEST(Lewis, WaterInTheLogAndTheBrtFile) {
         "Name.  no.  LPe  chg  OS  Atno  coor",
         "O1     1   4   0  -2   8   2",
         "H1     2   0   0   1   1   1",
-        "H2     3   0   0   1   1   1",
+        "D2     3   0   0   1   1   1",
         "ENDATOM",
         "BOND   2",
         "        atom        atom           bond order",
@@ -272,46 +265,23 @@ TEST(Lewis, HandBuiltMolecules) {
         std::vector<std::string> cbc;
         const char* exception = nullptr;
         int tec1 = 0;      // total electrons of atom 1 when checked
-        int donors = -1;   // donor bonds when checked
     } cases[] = {
         // No N-H on Me4N+ (a data file), but here the N-H rule places it.
         {"methylammonium", 1, [](Molecule& m) { const int n = m.atom("N1"); m.methyl(n); m.hydrogens(n, 3); },
          {"H 1x6; C -2; N -3", "N 1", "C-N 1; H-C 1x3; H-N 1x3"}, {}},
-        {"hydroxide", -1, hydroxide, {"H 1; O -2", "O -1", "H-O 1"}, {}},
         {"sulfate, an oxygen marked", -2, marked_sulfate, {"O -2x4; S 6", "O -1x4; S 2", "O-S 1x4"}, {}},
-        // With the chalcogen last the P-C and S-C bonds come first in the
-        // bond list; the rings still pair up among themselves and the heavy
-        // atom gives its extra bond to the chalcogen as a charge pair.
-        {"diphenyl sulfoxide", 0,
-         [](Molecule& m) { const int s = m.atom("S1"); m.phenyl(s); m.phenyl(s); m.bonded("O1", s); },
-         {"H 1x10; C -1x10 1x2; O -2; S 0", "O -1; S 1", "C-C 1x6 2x6; C-S 1x2; H-C 1x10; O-S 1"}, {}},
-        {"triphenylphosphine sulfide", 0,
-         [](Molecule& m) { const int p = m.atom("P1"); m.phenyl(p); m.phenyl(p); m.phenyl(p); m.bonded("S1", p); },
-         {"H 1x15; C -1x18; P 5; S -2", "P 1; S -1", "C-C 1x9 2x9; C-P 1x3; H-C 1x15; P-S 1"}, {}},
         {"AsMe5", 0, [](Molecule& m) { m.methyls(m.atom("As1"), 5); },
          {"H 1x15; C -4x5; As 5", "", "C-As 1x5; H-C 1x15"}, {}, "Octet rule exception AsMe5", 10},
-        {"TeMe6", 0, [](Molecule& m) { m.methyls(m.atom("Te1"), 6); },
-         {"H 1x18; C -4x6; Te 6", "", "C-Te 1x6; H-C 1x18"}, {}, "Octet rule exception TeMe6", 12},
         // The arsonium ylide Me3As=CH2: an exception without a message that
         // keeps the double bond which would else become As+ C-.
         {"Me3As=CH2", 0,
          [](Molecule& m) { const int as = m.atom("As1"); m.methyls(as, 3); m.hydrogens(m.bonded("C9", as), 2); },
          {"H 1x11; C -4x4; As 5", "", "C-As 1x3 2; H-C 1x11"}, {}, "", 10},
-        // Each carbonyl a donor to the nickel, and its own C(-) O(+) pair one
-        // as in free CO.
-        {"Ni(CO)4", 0,
-         [](Molecule& m) {
-             const int ni = m.atom("Ni1");
-             for (int k = 0; k < 4; ++k) m.bonded("O", m.bonded("C", ni));
-         },
-         {"C 2x4; O -2x4; Ni 0", "O 1x4; Ni -4", "C-Ni 1x4; C-O 3x4"}, {"NiL4  OS  0"}, nullptr, 0, 8},
         // Chlorides count one electron each; lanthanum, without an Allen
         // value, is less electronegative than chlorine.
         {"LaCl3", 0, [](Molecule& m) { m.ligands(m.atom("La1"), "Cl", 3); },
          {"Cl -1x3; La 3", "", "Cl-La 1x3"}, {"LaX3  OS  3"}},
         // Each oxo O shares two electrons, a double bond.
-        {"OsO4", 0, [](Molecule& m) { m.ligands(m.atom("Os1"), "O", 4); },
-         {"O -2x4; Os 8", "", "O-Os 2x4"}, {"OsX8  OS  8"}},
         {"permanganate", -1, [](Molecule& m) { m.ligands(m.atom("Mn1"), "O", 4); },
          {"O -2x4; Mn 7", "Mn -1", "O-Mn 2x4"}, {" [MnX8]1-  OS  7"}},
         // A bridging chloride is X to one aluminium and L to the other, and
@@ -348,19 +318,7 @@ TEST(Lewis, HandBuiltMolecules) {
         if (c.tec1) {
             EXPECT_EQ(r.tec[1], c.tec1);
         }
-        if (c.donors >= 0) {
-            EXPECT_EQ(static_cast<int>(r.donors.size()), c.donors);
-        }
     }
-
-    Molecule z;
-    zeise(z);
-    const LewisInput zin = z.input(-1);
-    EXPECT_EQ(lewis_analysis(zin).metal_bond[bond_of(zin, 1, 6)], MetalBond::contact);
-    // The layout of a charged complex.
-    EXPECT_EQ(cbc_line("M", {2, 1, 1}), "Covalent Bond Classification  [ML2X1]1+  OS  2");
-    EXPECT_EQ(cbc_line("Fe", {0, 4, -2}), "Covalent Bond Classification  [FeX4]2-  OS  2");
-    EXPECT_EQ(cbc_line("Zn", {0, 0, 0}), "Covalent Bond Classification Zn  OS  0");
 }
 
 TEST(Lewis, WhereChargesGo) {
@@ -376,16 +334,14 @@ TEST(Lewis, WhereChargesGo) {
     // Methane cannot carry a charge: ierr 1, and the log says only that.
     Molecule c;
     c.methyl(c.atom("H"));
-    for (int q : {1, 2}) {
-        const LewisInput in = c.input(q);
-        const LewisResult r = lewis_analysis(in);
-        EXPECT_EQ(r.ierr, 1) << q;
-        const std::vector<std::string> log = lewis_log_lines(in, r);
-        ASSERT_EQ(log.size(), 1u);
-        EXPECT_EQ(log[0].rfind(" Lewis IERR =", 0), 0u);
-        EXPECT_EQ(log[0].back(), '1');
-        EXPECT_TRUE(cbc_lines(in, r).empty());
-    }
+    const LewisInput in = c.input(1);
+    const LewisResult r = lewis_analysis(in);
+    EXPECT_EQ(r.ierr, 1);
+    const std::vector<std::string> log = lewis_log_lines(in, r);
+    ASSERT_EQ(log.size(), 1u);
+    EXPECT_EQ(log[0].rfind(" Lewis IERR =", 0), 0u);
+    EXPECT_EQ(log[0].back(), '1');
+    EXPECT_TRUE(cbc_lines(in, r).empty());
     // With -2 and nothing marked: no terminal atoms of an anion element to
     // take both charges.
     EXPECT_EQ(lewis_analysis(c.input(-2)).ierr, 2);
@@ -399,20 +355,6 @@ TEST(Lewis, WhereChargesGo) {
     EXPECT_EQ(lewis_analysis(b.input(0)).chg[bn], 0);
 }
 
-TEST(Lewis, StoreInputCountsDeuteriumAsHydrogen) {
-    Molecule m;
-    const int o = m.atom("O1");
-    m.bonded("D1", o);
-    m.bonded("H1", o);
-    const LewisInput in = m.input(0);
-    EXPECT_EQ(in.atoms[1].atn, 1);
-    EXPECT_FLOAT_EQ(in.atoms[1].en, in.atoms[2].en);
-    const LewisResult r = lewis_analysis(in);
-    EXPECT_EQ(r.os[2], 1);
-    EXPECT_EQ(r.os[o], -2);
-}
-
-
 TEST(LewisMolecules, OrganicSetKeepsItsResults) {
     for (const char* name : {"dimethyl-sulfoxide", "sulfuric-acid", "sulfur-hexafluoride", "nitromethane",
                              "glycine-zwitterion", "tetramethylammonium", "pentamethylarsenic"}) {
@@ -421,23 +363,21 @@ TEST(LewisMolecules, OrganicSetKeepsItsResults) {
         const LewisResult r = analysed(in);
         EXPECT_EQ(lewis_log_lines(in, r), test_data_lines(std::string("lewis/expected/") + name + ".log"));
         expect_sound(in, r);
+        int round = 0;
+        for (const LewisInput& o : reorderings(in)) {
+            EXPECT_EQ(fingerprint(o, analysed(o)), fingerprint(in, r)) << "order " << round++;
+        }
     }
 }
 
-// The donor bond and the total of ionic and formal charge as the files and
-// the viewer's table show them.
-TEST(LewisMolecules, NitromethaneInTheBrtFileAndTheTable) {
+// The donor bond as the file and the viewer's table show it.
+TEST(LewisMolecules, NitromethaneDonorBondInTheBrtFileAndTheTable) {
     const LewisInput in = molecule("nitromethane");
     const LewisResult r = analysed(in);
     const std::vector<std::string> brt = lewis_brt_lines(in, r);
     EXPECT_EQ(brt[brt.size() - 3], "DONORBOND   1");
     EXPECT_EQ(brt[brt.size() - 2], "   4   2");
-    EXPECT_NE(std::find(brt.begin(), brt.end(), "N2     2   0   1   3   7   3"), brt.end());
-    const std::vector<std::string> text = lewis_table_text(in, r);
-    EXPECT_EQ(text[0], "Lewis structure: 7 atoms, 6 bonds, charge 0");
-    EXPECT_NE(std::find(text.begin(), text.end(), "N2       2    0    1    3    7    3"), text.end());
-    EXPECT_NE(std::find(text.begin(), text.end(), "N2       2  O3       3     2"), text.end());
-    EXPECT_EQ(text.back(), "O4       4  N2       2");
+    EXPECT_EQ(lewis_table_text(in, r).back(), "O4       4  N2       2");
 }
 
 // Each molecule by what a chemist reads off the tables: oxidation states,
@@ -449,8 +389,6 @@ TEST(LewisMolecules, ComplexesAnionsAndClosedShells) {
         Fingerprint want;
         std::vector<std::string> cbc;
     } cases[] = {
-        {kCarbonylExample, {"C 2x6; O -2x6; Cr 0", "O 1x6; Cr -6", "C-Cr 1x6; C-O 3x6"}, {"CrL6  OS  0"}},
-        {"iron-pentacarbonyl", {"C 2x5; O -2x5; Fe 0", "O 1x5; Fe -5", "C-Fe 1x5; C-O 3x5"}, {"FeL5  OS  0"}},
         {"nickel-tetracarbonyl", {"C 2x4; O -2x4; Ni 0", "O 1x4; Ni -4", "C-Ni 1x4; C-O 3x4"}, {"NiL4  OS  0"}},
         {"ferrocene", {"H 1x10; C -2x2 -1x8; Fe 2", "", "C-C 1x6 2x4; C-Fe 1x10; H-C 1x10"}, {"FeL4X2  OS  2"}},
         {"ferrocene-cp-tool",
@@ -461,28 +399,24 @@ TEST(LewisMolecules, ComplexesAnionsAndClosedShells) {
         {"sulfate", {"O -2x4; S 6", "O -1x4; S 2", "O-S 1x4"}, {}},
         {"nitrate", {"N 5; O -2x3", "N 1; O -1x2", "N-O 1x2 2"}, {}},
         {"acetate-methyl-first", {"H 1x3; C -3 3; O -2x2", "O -1", "C-C 1; C-O 1 2; H-C 1x3"}, {}},
-        {"acetate-oxygen-first", {"H 1x3; C -3 3; O -2x2", "O -1", "C-C 1; C-O 1 2; H-C 1x3"}, {}},
         {"ozone", {"O -1 0 1", "O -1 1", "O-O 1 2"}, {}},
         {"fullerene", {"C 0x60", "", "C-C 1x60 2x30"}, {}},
         {"triphenylphosphine-oxide",
          {"H 1x15; C -1x18; O -2; P 5", "O -1; P 1", "C-C 1x9 2x9; C-P 1x3; H-C 1x15; O-P 1"}, {}},
-        {"pentacontane", {"H 1x102; C -3x2 -2x48", "", "C-C 1x49; H-C 1x102"}, {}},   // 152 atoms
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.file);
-        const LewisInput in = c.file == kCarbonylExample ? read_job(c.file) : molecule(c.file);
-        const LewisResult r = analysed(in);
-        expect_reads(in, r, c.want, c.cbc);
+        const LewisInput in = molecule(c.file);
+        expect_reads(in, analysed(in), c.want, c.cbc);
+        int round = 0;
+        for (const LewisInput& o : reorderings(in)) {
+            SCOPED_TRACE(round++);
+            expect_reads(o, analysed(o), c.want, c.cbc);
+        }
     }
 }
 
-TEST(LewisMolecules, OneConnectedMoleculeOfUpTo300AtomsAndBonds) {
-    Molecule two;
-    two.hydrogens(two.atom("O1"), 2);
-    two.hydrogens(two.atom("O2"), 2);
-    EXPECT_EQ(lewis_refusal(two.input(0)), "Lewis analysis needs one connected molecule; this one falls apart");
-    EXPECT_EQ(lewis_refusal(LewisInput{}), "Lewis analysis needs one molecule of at most 300 atoms");
-
+TEST(LewisMolecules, UpTo300AtomsAndBonds) {
     LewisInput big;
     big.atoms.assign(kLewisMaxAtoms, LewisAtom{"C", 6, 2.544f});
     for (int i = 1; i < kLewisMaxAtoms; ++i) big.bonds.push_back({i, i + 1});
@@ -495,53 +429,4 @@ TEST(LewisMolecules, OneConnectedMoleculeOfUpTo300AtomsAndBonds) {
     big.atoms.push_back(LewisAtom{"H", 1, 2.3f});
     big.bonds.back() = {1, kLewisMaxAtoms + 1};
     EXPECT_EQ(lewis_refusal(big), "Lewis analysis needs one molecule of at most 300 atoms");
-}
-
-TEST(LewisMolecules, ResultsDoNotDependOnAtomOrder) {
-    // Per atom its element, oxidation state, charge, lone and total
-    // electrons; per bond its elements and order; and the metal lines.
-    auto summary = [](const LewisInput& in) {
-        const LewisResult r = lewis_analysis(in);
-        std::multiset<std::string> out;
-        for (int i = 1; i <= r.natoms(); ++i)
-            out.insert(std::to_string(r.atn[i]) + " os " + std::to_string(r.os[i]) + " q " +
-                       std::to_string(r.chg[i] + r.fc[i]) + " lp " + std::to_string(r.lone_electrons(i)) + " tec " +
-                       std::to_string(r.tec[i]));
-        for (std::size_t k = 0; k < in.bonds.size(); ++k) {
-            const int p = r.atn[in.bonds[k][0]], q = r.atn[in.bonds[k][1]];
-            out.insert(std::to_string(std::min(p, q)) + "-" + std::to_string(std::max(p, q)) + " " +
-                       std::to_string(r.order[k + 1]));
-        }
-        for (const std::string& line : cbc_lines(in, r)) out.insert(line);
-        return out;
-    };
-    // The same molecule with atom old[n] as atom n + 1.
-    auto reordered = [](const LewisInput& in, const std::vector<int>& old) {
-        LewisInput out = in;
-        std::vector<int> now(old.size() + 1);
-        for (std::size_t n = 0; n < old.size(); ++n) {
-            out.atoms[n] = in.atoms[old[n] - 1];
-            now[old[n]] = static_cast<int>(n) + 1;
-        }
-        for (auto& bd : out.bonds) bd = {std::min(now[bd[0]], now[bd[1]]), std::max(now[bd[0]], now[bd[1]])};
-        std::sort(out.bonds.begin(), out.bonds.end());
-        return out;
-    };
-    for (const char* name : {"acetate-methyl-first", "ozone", "nitrate", "sulfate", "tetrachloroplatinate",
-                             "iron-pentacarbonyl", "ferrocene", "ferrocene-cp-tool", "hexaamminecobalt",
-                             "methylmagnesium-bromide", "fullerene", "triphenylphosphine-oxide", "sulfuric-acid",
-                             "dimethyl-sulfoxide", "nitromethane", "glycine-zwitterion"}) {
-        SCOPED_TRACE(name);
-        const LewisInput in = molecule(name);
-        const auto want = summary(in);
-        std::vector<int> old(in.atoms.size());
-        std::iota(old.begin(), old.end(), 1);
-        std::reverse(old.begin(), old.end());
-        EXPECT_EQ(summary(reordered(in, old)), want) << "reversed";
-        std::mt19937 shuffle_with(14);
-        for (int round = 0; round < 3; ++round) {
-            std::shuffle(old.begin(), old.end(), shuffle_with);
-            EXPECT_EQ(summary(reordered(in, old)), want) << "shuffle " << round;
-        }
-    }
 }
