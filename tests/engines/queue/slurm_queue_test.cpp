@@ -210,14 +210,13 @@ TEST(SlurmQueue, ThreeJobsAreSubmittedRunAndReportedDone) {
     const std::string ends = read_file(f.dir / "work/orca/queue.log");
     EXPECT_NE(ends.find(", exit 3"), std::string::npos) << ends;
 
-    // The jobs ran as the modes run them, in their own directories.
+    // The jobs ran in their own directories, and the steps after the run
+    // left the files as the modes do.
     std::set<std::string> started;
     for (const std::string& line : f.started()) started.insert(line);
     EXPECT_EQ(started, (std::set<std::string>{a + "/alpha.ino", b + "/beta.ino", c + "/gamma.inp", bad + "/bad.ino"}));
-    EXPECT_TRUE(read_file(a + "/alpha.lst") == read_file(test_data("orca/orca5.0_cl2_opt_numfreq_crlf.out")));
     EXPECT_TRUE(read_file(a + "/alpha.out") == read_file(test_data("orca/orca6.0_dihedral_final.xyz")));
     EXPECT_EQ(read_file(a + "/alpha.xyz"), structure);
-    EXPECT_FALSE(file_present(a + "/old_alpha.xyz"));
     EXPECT_TRUE(read_file(c + "/gamma.pun") == read_file(test_data("firefly/gamessus2018_dvb_opt.dat")));
 
     // Asked again, the finished jobs are not logged twice.
