@@ -1,7 +1,6 @@
 // The runner's parts: queue.log lines, the cores of a deck, the records it
 // accepts, the batch script and what Slurm's commands print.
 #include <cstdlib>
-#include <filesystem>
 
 #include <gtest/gtest.h>
 

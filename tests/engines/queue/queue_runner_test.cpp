@@ -2,12 +2,10 @@
 // Firefly of the mode tests.
 #include <signal.h>
 
-#include <filesystem>
 #include <set>
 
 #include <gtest/gtest.h>
 
-#include "engines/orca/orca_mode.h"
 #include "engines/queue/queue_runner.h"
 #include "engines/queue_file.h"
 #include "queue_fixture.h"
@@ -19,10 +17,10 @@ using namespace zentol::testing;
 using Lines = std::vector<std::string>;
 
 // ORCA jobs run in the order queued, each in its own directory, and leave
-// what Update reads: the listing, ORCA's geometry as job.out, and the job's
-// own structure file back in its place. A failing engine is logged with its
-// exit status and the next job runs; records that are no deck are logged as
-// failed and dropped.
+// what Update reads: ORCA's geometry as job.out and the job's own structure
+// file back in its place. A failing engine is logged with its exit status
+// and the next job runs; records that are no deck are logged as failed and
+// dropped.
 TEST(QueueRunner, RunsOrcaJobsInOrderAndLogsEachEnd) {
     QueueFixture f;
     const std::string a = f.orca_job("bad"), b = f.orca_job("beta", 4);
