@@ -70,8 +70,8 @@ struct QueueFixture {
                    "orca " + (dir / "bin/orca") + "\nfirefly " + (dir / "bin/firefly") + "\n" + more);
     }
 
-    // jobs/<name>/<name>.ino (.inp) with a structure file (old listing),
-    // queued; the job's directory.
+    // jobs/<name>/<name>.ino (.inp, with its cores on record) and for ORCA
+    // its structure file, queued; the job's directory.
     std::string orca_job(const std::string& name, int cores = 1) {
         const std::string jobdir = job_dir(name);
         std::string deck = " ! RHF B3LYP def2-TZVP\n";
@@ -84,7 +84,6 @@ struct QueueFixture {
     std::string firefly_job(const std::string& name, int cores = 1) {
         const std::string jobdir = job_dir(name);
         write_file(jobdir + "/" + name + ".inp", " $CONTRL SCFTYP=RHF $END\n $DATA\n" + name + "\nC1\n $END\n");
-        write_file(jobdir + "/" + name + ".lst", "an old listing\n");
         add_to_queue(firefly_queue, jobdir + "/" + name + ".inp", cores);
         return jobdir;
     }
