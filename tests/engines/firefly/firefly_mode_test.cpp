@@ -65,8 +65,8 @@ TEST(FireflyMode, OptimisationRunBringsTheGeometryBack) {
     run_on_water(t, "menu 40015\nmenu 40023\ndialog 116 button:3 1055=1\nmenu 40001\n");
     const std::string job = t.scratch() + "/water";
     EXPECT_TRUE(t.tk.message_boxes().empty()) << t.tk.message_boxes()[0];
-    // The deck the engine got, and its words: one core, no -np.
-    // (The molecule was centred on entering the mode.)
+    // The deck the engine got (the molecule centred on entering the mode),
+    // and its words: one core, no -np.
     const auto deck = lines_of(t.scratch() + "/deck.seen");
     ASSERT_EQ(deck.size(), 13u);
     EXPECT_EQ(deck[1], " RUNTYP=OPTIMIZE ICHARG=0 MULT=1 $END");
@@ -74,8 +74,7 @@ TEST(FireflyMode, OptimisationRunBringsTheGeometryBack) {
     EXPECT_EQ(deck[12], " $END");
     EXPECT_EQ(read_file(t.scratch() + "/args.seen"), "-i water.inp -o water.lst\n");
     // The equilibrium geometry of the listing.
-    const auto& o = t.s.store.atom_rec[1];
-    EXPECT_NEAR(o[kZ] - t.s.store.atom_rec[2][kZ], -0.1012186 - 0.5345801, 1e-5);
+    EXPECT_NEAR(t.s.store.atom_rec[1][kZ] - t.s.store.atom_rec[2][kZ], -0.1012186 - 0.5345801, 1e-5);
     EXPECT_TRUE(status_shows(t, "Firefly running"));
     EXPECT_TRUE(status_shows(t, "Firefly finished structure updated"));
     const std::string geo = read_file(job + ".geo");
@@ -83,8 +82,9 @@ TEST(FireflyMode, OptimisationRunBringsTheGeometryBack) {
                              "       6    16.67786 L.U.M.O", " TOTAL ENERGY =       -74.96590 HARTREES",
                              "Structure updated"})
         EXPECT_NE(geo.find(part), std::string::npos) << part;
-    EXPECT_EQ(lines_of(job + "_chg.log").size(), 4u);
-    EXPECT_EQ(lines_of(job + "_chg.log")[0], "#Firefly 3-21G Mulliken atom charges");
+    EXPECT_EQ(lines_of(job + "_chg.log"), (std::vector<std::string>{"#Firefly 3-21G Mulliken atom charges",
+                                                                   "O1           -0.3305", "H2            0.1653",
+                                                                   "H3            0.1653"}));
     EXPECT_NE(read_file(job + ".txt").find(" TOTAL ENERGY =       -74.9659012157 HARTREES"), std::string::npos);
     // Leaving removes the engine's files, not the deck or the listing.
     EXPECT_TRUE(file_present(job + ".inp"));
@@ -94,8 +94,7 @@ TEST(FireflyMode, OptimisationRunBringsTheGeometryBack) {
 
 TEST(FireflyMode, EnergyRunsAndFailedRunsKeepTheMolecule) {
     struct Case {
-        const char* listing;
-        const char* run;   // radio field of the run type
+        const char *listing, *run;   // the run type's radio field
         bool fault;
     };
     for (const Case c : {Case{"firefly8.0_h2o_opt.log", "1054", false},
@@ -113,14 +112,11 @@ TEST(FireflyMode, EnergyRunsAndFailedRunsKeepTheMolecule) {
             EXPECT_NE(read_file(t.scratch() + "/water.geo").find("Firefly Energy calculation"), std::string::npos);
         }
         // An optimisation without its equilibrium leaves no charges behind.
-        if (std::string(c.run) == "1055") {
-            EXPECT_FALSE(file_present(t.scratch() + "/water_chg.log"));
-        }
+        if (std::string(c.run) == "1055") EXPECT_FALSE(file_present(t.scratch() + "/water_chg.log"));
     }
 }
 
 TEST(FireflyMode, CommandLineAndMissingPrograms) {
-    EXPECT_EQ(firefly_command_line("ff", "water", 1), "'ff' '-i' 'water.inp' '-o' 'water.lst'");
     EXPECT_EQ(firefly_command_line("ff", "water", 8), "'ff' '-i' 'water.inp' '-o' 'water.lst' -np  8");
     // No engine: field 9 names it and its key; the mode goes on, and the
     // map says which sibling is missing.
@@ -138,20 +134,16 @@ TEST(FireflyMode, CommandLineAndMissingPrograms) {
 
 TEST(FireflyMode, QueueTakesEachJobOnce) {
     TestSession t;
-    run_on_water(t, "menu 40015\nmenu 40010\nmenu 40023\ndialog 116 ok\nmenu 40010\nmenu 40010\nmenu 40014\n"
-                    "menu 40001\n");
-    const std::string queue = t.s.inst.default_scratch + "/../firefly/qfirefly.txt";
-    const auto records = lines_of(queue);
-    ASSERT_EQ(records.size(), 1u);
-    EXPECT_EQ(records[0], t.scratch() + "/water.inp");
+    run_on_water(t, "menu 40015\nmenu 40010\nmenu 40023\ndialog 116 ok\nmenu 40010\nmenu 40010\nmenu 40001\n");
+    EXPECT_EQ(lines_of(t.s.inst.default_scratch + "/../firefly/qfirefly.txt"),
+              std::vector<std::string>{t.scratch() + "/water.inp"});
     // The first try had no deck and said nothing; the others both did.
     int said = 0;
     for (const std::string& m : t.tk.message_boxes()) said += m == "water.inp Added to Q";
     EXPECT_EQ(said, 2);
-    TestSession again;
-    write_file(again.s.inst.default_scratch + "/../firefly/qfirefly.txt", "x\n");
-    run_on_water(again, "menu 40015\nmenu 40013\nmsgbox yes\nmenu 40001\n");
-    EXPECT_FALSE(file_present(again.s.inst.default_scratch + "/../firefly/qfirefly.txt"));
+    // Delete, once confirmed.
+    run_on_water(t, "menu 40015\nmenu 40013\nmsgbox yes\nmenu 40001\n");
+    EXPECT_FALSE(file_present(t.s.inst.default_scratch + "/../firefly/qfirefly.txt"));
 }
 
 TEST(FireflyMode, RefusalsLeaveTheOlderDeck) {
@@ -258,24 +250,10 @@ TEST(FireflyMode, CutListingsKeepTheMolecule) {
     }
 }
 
-// A Z-matrix deck made by the installed MOPAC, for ethanol and for a
-// molecule of two atoms (a triplet whose RHF is kept).
-TEST(FireflyZmatrixRun, EthanolAndTwoAtomsWithTheRealMopac) {
+// A Z-matrix deck made by the installed MOPAC for a molecule of two atoms
+// (a triplet whose RHF is kept); the converter leaves no files behind.
+TEST(FireflyZmatrixRun, TwoAtomsWithTheRealMopac) {
     if (on_path("mopac").empty()) GTEST_SKIP() << "no mopac on PATH";
-    TestSession t;
-    t.s.engines.values["mopac6"] = "";
-    t.s.engines.values["mopac2016"] = "mopac";
-    run_on_molecule(t, "mopac/ethanol.xyz", "menu 40015\nmenu 40023\ndialog 116 ok 1037=1 1055=1\nmenu 40001\n");
-    const auto deck = lines_of(t.scratch() + "/ethanol.inp");
-    ASSERT_EQ(deck.size(), 19u) << read_file(t.scratch() + "/ethanol.inp");
-    EXPECT_EQ(deck[1], " RUNTYP=OPTIMIZE ICHARG=0 MULT=1 COORD=ZMT NZVAR=21 $END");
-    EXPECT_EQ(deck[9], "C");
-    EXPECT_EQ(deck[10], "C    1    1.512");
-    EXPECT_EQ(deck[11].substr(0, 28), "O    2    1.431   1  107.800");
-    EXPECT_EQ(deck[12].size(), 41u);
-    EXPECT_EQ(deck[18], " $END");
-    EXPECT_FALSE(file_present(t.scratch() + "/OUTPUT"));
-
     TestSession o;
     o.s.engines.values["mopac6"] = "";
     o.s.engines.values["mopac2016"] = "mopac";
@@ -284,8 +262,8 @@ TEST(FireflyZmatrixRun, EthanolAndTwoAtomsWithTheRealMopac) {
     ASSERT_EQ(two.size(), 12u) << read_file(o.scratch() + "/oxygen.inp");
     EXPECT_EQ(two[0], " $CONTRL SCFTYP=RHF MAXIT=500");
     EXPECT_EQ(two[1], " RUNTYP=ENERGY ICHARG=0 MULT=3 COORD=ZMT NZVAR=0 $END");
-    EXPECT_EQ(two[9], "O");
     EXPECT_EQ(two[10], "O    1    1.210");
+    EXPECT_FALSE(file_present(o.scratch() + "/OUTPUT"));
 }
 
 // A rotation profile in Z-matrix form: the first half holds the frozen
@@ -308,11 +286,9 @@ TEST(FireflyZmatrixRun, RotationProfileHalvesAndFrozenDihedral) {
     t.s.opt.bond_rot_step = 20;
     t.tk.load_script("dialog 116 ok 1037=1 1039=1 1055=1\n");
     ASSERT_EQ(ff_new_input(t.s), 1);
-    const auto head = lines_of("pppgamet.tmp");
+    const auto head = lines_of("pppgamet.tmp"), tail = lines_of("pppgameb.tmp");
     ASSERT_EQ(head.size(), 9u);
     EXPECT_NE(head[4].find(" IFREEZ(1)="), std::string::npos);
-    EXPECT_EQ(head[4].substr(head[4].size() - 5), " $END");
-    const auto tail = lines_of("pppgameb.tmp");
     EXPECT_EQ(tail.size(), 15u);   // 14 atoms and " $END"
     auto whole = head;
     whole.insert(whole.end(), tail.begin(), tail.end());
@@ -341,8 +317,7 @@ TEST(FireflyMode, WavefunctionRunPreparesDgrid) {
     run_on_water(t, "menu 40015\nmenu 40023\ndialog 116 button:3 1072=1 1099=1\nmenu 40001\n");
     EXPECT_EQ(lines_of(t.scratch() + "/deck.seen")[0], " $CONTRL DFTTYP=B3LYP SCFTYP=RHF MAXIT=500 AIMPAC=1");
     EXPECT_FALSE(read_file(t.scratch() + "/water.wfn").empty());
-    EXPECT_EQ(lines_of(t.scratch() + "/water_D.inp").size(), 29u);
-    EXPECT_EQ(read_file(t.scratch() + "/run_water"), "x\n");
+    EXPECT_TRUE(file_present(t.scratch() + "/water_D.inp"));
     // job.txt lists the atoms for the converter.
     const auto txt = lines_of(t.scratch() + "/water.txt");
     ASSERT_EQ(txt.size(), 4u);

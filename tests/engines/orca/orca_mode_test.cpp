@@ -72,9 +72,7 @@ TEST(OrcaMode, AnOptimisationWithThePropertyFileReturnsItsGeometry) {
     ASSERT_GE(seen.size(), 6u);
     EXPECT_EQ(seen[2], " ! RHF B3LYP def2-TZVP");
     EXPECT_EQ(seen[5], " %PAL NPROC            2");
-    ASSERT_EQ(boxes(t).size(), 2u);
-    EXPECT_EQ(boxes(t)[0], "Do you really want to run Orca?");
-    EXPECT_EQ(boxes(t)[1], "Geometry converged");
+    EXPECT_EQ(boxes(t), (std::vector<std::string>{"Do you really want to run Orca?", "Geometry converged"}));
     // The geometry, in the molecule, in the job's structure file and in the deck.
     EXPECT_FLOAT_EQ(t.s.store.atom_rec[1][kX] - t.s.store.atom_rec[2][kX], -2.914677f + 0.944263f);
     const auto deck = lines_of(job + ".ino");
@@ -162,7 +160,8 @@ TEST(OrcaMode, FailedCutAndOtherEncodedListingsOnUpdate) {
     std::filesystem::copy_file(test_data("orca/orca5.0_h2_sp_utf16.out"), v.scratch() + "/water.lst");
     job = update(v, {});
     EXPECT_TRUE(boxes(v).empty());
-    EXPECT_EQ(lines_of(job + "_chg.log").size(), 3u);
+    EXPECT_EQ(lines_of(job + "_chg.log"),
+              (std::vector<std::string>{"#Orca mulliken charges", "H       0.000000", "H      -0.000000"}));
     EXPECT_EQ(read_file(v.scratch() + "/2mkl.seen"), "water -molden\n");
     // No listing: nothing.
     TestSession w;
@@ -183,12 +182,7 @@ TEST(OrcaMode, TheQueueKeepsOneRecordAndSaysSoTwice) {
     EXPECT_TRUE(file_present(t.scratch() + "/old_water.xyz"));
     EXPECT_TRUE(file_present(t.scratch() + "/water.xyz"));
 
-    // The same job spelled in capitals is the same job; Delete asks first.
-    TestSession u;
-    FakeOrca fake_u(u);
-    write_file(queue_of(u), text::upper_case(u.scratch() + "/water.ino") + "\n");
-    run_on_water(u, "menu 40085\nmenu 40002\ndialog 125 ok\nmenu 40010\nmenu 40009\nmsgbox no\nmenu 40001\n");
-    EXPECT_EQ(lines_of(queue_of(u)).size(), 1u);
+    // Delete asks first.
     TestSession v;
     FakeOrca fake_v(v);
     write_file(queue_of(v), "/elsewhere/job.ino\n");
