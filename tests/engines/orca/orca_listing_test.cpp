@@ -46,7 +46,8 @@ Rows rows(const std::optional<StickLines>& f, std::size_t heading) {
 
 }  // namespace
 
-TEST(OrcaListing, IrTablesOfEveryLayoutGiveKmPerMolAndTheModeNumber) {
+// The session tests read the 5.0 table of a linear molecule and the 6.0 one.
+TEST(OrcaListing, IrTablesOfBothLayoutsGiveKmPerMolAndTheModeNumber) {
     struct Case {
         const char *file, *first, *last;
         bool version5;
@@ -55,12 +56,6 @@ TEST(OrcaListing, IrTablesOfEveryLayoutGiveKmPerMolAndTheModeNumber) {
              Case{"orca4.0_dvb_raman.out", "    76.62        0.07743    6", "  3544.80        0.00000   59", false},
              // Imaginary modes left out: the first row is mode 10.
              Case{"orca5.0_irme_freq_imaginary.out", "   950.60       37.06000   10", "  4173.63      261.83000   14",
-                  true},
-             // A linear molecule (mode 5), CRLF and CR CR LF lines; the last of three tables.
-             Case{"orca5.0_cl2_opt_numfreq_crlf.out", "   585.76        0.00000    5", "   585.76        0.00000    5",
-                  true},
-             // The second of two tables; the imaginary mode 6 left out.
-             Case{"orca6.0_dihedral_optts_freq.out", "   270.89        0.31000    7", "  3087.21       43.60000   23",
                   true},
          }) {
         SCOPED_TRACE(c.file);
@@ -104,20 +99,12 @@ TEST(OrcaListing, RamanAndUvTablesOfEveryLayout) {
     EXPECT_EQ((*s.uv)[9], "  167.2        0.00000");
 }
 
+// The energy in kJ/mol with five decimals, whatever the listing's
+// precision; no run time printed, an empty line in its place.
 TEST(OrcaListing, TheSummaryOfAConvergedOptimisation) {
-    OrcaFlags flags;
-    const OrcaScan s = scan("orca5.0_cl2_opt_numfreq_crlf.out", 2, flags);
-    EXPECT_TRUE(flags.terminated && flags.geom_converged && flags.opt_requested);
-    ASSERT_TRUE(s.summary.has_value());
-    const auto& lines = *s.summary;
-    EXPECT_EQ(std::count(lines.begin(), lines.end(), "Summary of contributions to the inner energy U:"), 3);
-    EXPECT_EQ(lines[1], "Electronic energy                ...   -920.37140806 Eh");
-    EXPECT_EQ(lines.back(), "TOTAL RUN TIME: 0 days 0 hours 1 minutes 4 seconds 310 msec");
     // A frequency run that optimised nothing keeps no summary.
-    EXPECT_FALSE(scan("orca4.0_dvb_raman.out", 20, flags).summary.has_value());
-
-    // The energy in kJ/mol with five decimals, whatever the listing's
-    // precision; no run time printed, an empty line in its place.
+    OrcaFlags sp;
+    EXPECT_FALSE(scan("orca4.0_dvb_raman.out", 20, sp).summary.has_value());
     auto banner = [](int column, const std::string& key) { return std::string(column - 1, ' ') + key; };
     OrcaFlags small_flags;
     const OrcaScan small = scan_orca_listing(
@@ -140,8 +127,8 @@ TEST(OrcaListing, CutListingsKeepWhatTheyHold) {
     const auto cl2 = listing("orca5.0_cl2_opt_numfreq_crlf.out");
     for (std::size_t n = 0; n <= cl2.size(); n += 37) {
         const OrcaScan p = scan_head(cl2, n, 2);
-        if (p.ir && !p.ir_seen) EXPECT_NE(p.ir->back(), "  END");
-        if (p.charges) EXPECT_LE(p.charges->size(), 3u);
+        if (p.ir && !p.ir_seen) { EXPECT_NE(p.ir->back(), "  END"); }
+        if (p.charges) { EXPECT_LE(p.charges->size(), 3u); }
     }
     const OrcaScan s = scan_head(listing("orca6.0_dvb_raman.out"), 2225, 20);
     ASSERT_TRUE(s.ir.has_value());
