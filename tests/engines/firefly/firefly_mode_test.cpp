@@ -109,7 +109,6 @@ TEST(FireflyMode, EnergyRunsAndFailedRunsKeepTheMolecule) {
         run_on_water(t, std::string("menu 40015\nmenu 40023\ndialog 116 button:3 ") + c.run + "=1\nmenu 40001\n");
         EXPECT_EQ(box_says(t, "Convergence Fault or NO parameters/file"), c.fault);
         EXPECT_NEAR(t.s.store.atom_rec[2][kY] - t.s.store.atom_rec[1][kY], 0.763239f, 1e-5);
-        EXPECT_EQ(t.s.store.natoms, 3);
         if (!c.fault) {
             EXPECT_TRUE(status_shows(t, "-2039.81390 eV"));
             EXPECT_NE(read_file(t.scratch() + "/water.geo")
@@ -167,9 +166,8 @@ TEST(FireflyMode, RefusalsLeaveTheOlderDeck) {
     EXPECT_EQ(boxes[2], "No Dihedral Stored");
     EXPECT_EQ(boxes[3], "Multiplicity > 1 and RHF selected\rDo you want to swiich to UHF?");
     const auto deck = lines_of(t.scratch() + "/water.inp");
-    ASSERT_GE(deck.size(), 2u);
-    EXPECT_EQ(deck[0], " $CONTRL SCFTYP=RHF MAXIT=500");
-    EXPECT_EQ(deck[1], " RUNTYP=ENERGY ICHARG=0 MULT=2 $END");
+    EXPECT_EQ(deck.at(0), " $CONTRL SCFTYP=RHF MAXIT=500");
+    EXPECT_EQ(deck.at(1), " RUNTYP=ENERGY ICHARG=0 MULT=2 $END");
 }
 
 TEST(FireflyMode, RamanTakesTheHessianAndOrbitalPlotsWriteTheirNumbers) {
@@ -182,7 +180,7 @@ TEST(FireflyMode, RamanTakesTheHessianAndOrbitalPlotsWriteTheirNumbers) {
     };
     TestSession r;
     const auto deck = raman(r, true, "");
-    ASSERT_GT(deck.size(), 20u);
+    ASSERT_GT(deck.size(), 20u);   // the group with its rows
     EXPECT_EQ(deck[13], " $HESS");
     EXPECT_EQ(deck.back().substr(0, 5), " $END");
     // Water has ten electrons: the H.O.M.O is 5, the L.U.M.O was asked for.
@@ -190,9 +188,8 @@ TEST(FireflyMode, RamanTakesTheHessianAndOrbitalPlotsWriteTheirNumbers) {
     const auto plot = raman(t, true, "menu 40023\ndialog 116 ok 1022=1 1025=1\ndialog 110 ok 1052=1 1102=48\n");
     EXPECT_TRUE(t.tk.message_boxes().empty());
     EXPECT_EQ(lines_of(t.scratch() + "/water.kew"), std::vector<std::string>{"           6           5          48"});
-    ASSERT_GE(plot.size(), 8u);
-    EXPECT_EQ(plot[6], " $CUBE MESH=regular $END");
-    EXPECT_EQ(plot[7], " $ELDENS IEDEN=1 ICORBS(1)=   6,   5 $END");
+    EXPECT_EQ(plot.at(6), " $CUBE MESH=regular $END");
+    EXPECT_EQ(plot.at(7), " $ELDENS IEDEN=1 ICORBS(1)=   6,   5 $END");
     TestSession none;
     EXPECT_EQ(raman(none, false, "").size(), 13u);
     EXPECT_TRUE(box_says(none, "The sequence Opt, IR/Hessian, Raman\rNo HESSIAN matrix available\rmust be used"));
@@ -254,25 +251,9 @@ TEST(FireflyMode, CutListingsKeepTheMolecule) {
     }
 }
 
-// A Z-matrix deck made by the installed MOPAC for a molecule of two atoms
-// (a triplet whose RHF is kept); the converter leaves no files behind.
-TEST(FireflyZmatrixRun, TwoAtomsWithTheRealMopac) {
-    if (on_path("mopac").empty()) GTEST_SKIP() << "no mopac on PATH";
-    TestSession o;
-    o.s.engines.values["mopac6"] = "";
-    o.s.engines.values["mopac2016"] = "mopac";
-    run_on_molecule(o, "mopac/oxygen.xyz", "menu 40015\nmenu 40023\ndialog 116 ok 1037=1\nmsgbox no\nmenu 40001\n");
-    const auto two = lines_of(o.scratch() + "/oxygen.inp");
-    ASSERT_EQ(two.size(), 12u) << read_file(o.scratch() + "/oxygen.inp");
-    EXPECT_EQ(two[0], " $CONTRL SCFTYP=RHF MAXIT=500");
-    EXPECT_EQ(two[1], " RUNTYP=ENERGY ICHARG=0 MULT=3 COORD=ZMT NZVAR=0 $END");
-    EXPECT_EQ(two[10], "O    1    1.210");
-    EXPECT_FALSE(file_present(o.scratch() + "/OUTPUT"));
-}
-
-// A rotation profile in Z-matrix form: the first half holds the frozen
-// dihedral, the second the Z-matrix of each step; the sweep runs the
-// engine once a step and draws the profile.
+// A rotation profile in Z-matrix form, made by the installed MOPAC: the
+// first half holds the frozen dihedral, the second the Z-matrix of each
+// step; the sweep runs the engine once a step and draws the profile.
 TEST(FireflyZmatrixRun, RotationProfileHalvesAndFrozenDihedral) {
     if (on_path("mopac").empty()) GTEST_SKIP() << "no mopac on PATH";
     TestSession t;
@@ -298,6 +279,7 @@ TEST(FireflyZmatrixRun, RotationProfileHalvesAndFrozenDihedral) {
     whole.insert(whole.end(), tail.begin(), tail.end());
     EXPECT_EQ(lines_of("butane.inp"), whole);
     EXPECT_NE(read_file("butane.geo").find("Dihedral frozen is "), std::string::npos);
+    EXPECT_FALSE(file_present("OUTPUT"));   // the converter's listing
     t.tk.load_script("msgbox no\n");
     run_firefly(t.s);
     EXPECT_EQ(lines_of("runs.seen").size(), 19u);

@@ -11,12 +11,10 @@ namespace {
 Store water() {
     Store st;
     st.natoms = st.natoms_file = 3;
-    st.atom_label[1] = make_label("O");
-    st.atom_label[2] = make_label("H1");
-    st.atom_label[3] = make_label("H2");
-    st.atom_rec[1] = {0, 0, 0.119262f, 0, 0, 0};
-    st.atom_rec[2] = {0, 0.763239f, -0.477047f, 0, 0, 0};
-    st.atom_rec[3] = {0, -0.763239f, -0.477047f, 0, 0, 0};
+    const char* labels[] = {"O", "H1", "H2"};
+    const float y[] = {0, 0.763239f, -0.763239f}, z[] = {0.119262f, -0.477047f, -0.477047f};
+    for (int i = 1; i <= 3; ++i)
+        st.atom_label[i] = make_label(labels[i - 1]), st.atom_rec[i] = {0, y[i - 1], z[i - 1], 0, 0, 0};
     return st;
 }
 
