@@ -33,9 +33,7 @@ TEST(FireflyDeck, ContrlRunTypeAndBasisRecords) {
     o.method = 7;
     o.nd = o.np = 1;
     EXPECT_EQ(firefly_header(o, "j", 3)[2], " $BASIS GBASIS=N31  NGAUSS=6 NDFUNC=1 NPFUNC=1 diffsp=.f. diffs=.f. $END");
-    o.dft = true;
-    EXPECT_EQ(firefly_header(o, "j", 3)[0], " $CONTRL DFTTYP=B3LYP SCFTYP=RHF MAXIT=500");
-    o.disp = o.wfn = true;
+    o.dft = o.disp = o.wfn = true;
     o.scf_type = 2;
     o.maxit = 60;
     EXPECT_EQ(firefly_header(o, "j", 3)[0], " $CONTRL DFTTYP=B97D SCFTYP=UHF MAXIT=60 AIMPAC=1");
