@@ -45,7 +45,6 @@ TEST(FireflyDeck, ContrlRunTypeAndBasisRecords) {
     o.run_type = 2;
     o.charge = -1;
     o.multiplicity = 2;
-    EXPECT_EQ(firefly_header(o, "j", 5)[1], " RUNTYP=OPTIMIZE ICHARG=-1 MULT=2 $END");
     o.zmat = true;
     EXPECT_EQ(firefly_header(o, "j", 2)[1], " RUNTYP=OPTIMIZE ICHARG=-1 MULT=2 COORD=ZMT NZVAR=0 $END");
     EXPECT_EQ(firefly_header(o, "j", 9)[1], " RUNTYP=OPTIMIZE ICHARG=-1 MULT=2 COORD=ZMT NZVAR=21 $END");

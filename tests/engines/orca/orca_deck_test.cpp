@@ -41,13 +41,12 @@ const std::string kAtoms = " * xyz            0           1\n"
 
 }  // namespace
 
-TEST(OrcaDeck, FormAForAnOptimisationWithTheDialogsDefaults) {
-    const Deck d = deck_for(OrcaInput{});
-    EXPECT_EQ(d.text, kHead + " # water\n ! RHF wB97X-D3 6-31G**\n ! OPT TightSCF Pmodel AIM\n %maxcore 1024\n" + kAtoms);
-    EXPECT_TRUE(d.opt_requested);
-}
+TEST(OrcaDeck, FormAWithTheDialogsDefaultsAndWithIrRamanCoresAndAnOpenShell) {
+    const Deck defaults = deck_for(OrcaInput{});
+    EXPECT_EQ(defaults.text,
+              kHead + " # water\n ! RHF wB97X-D3 6-31G**\n ! OPT TightSCF Pmodel AIM\n %maxcore 1024\n" + kAtoms);
+    EXPECT_TRUE(defaults.opt_requested);
 
-TEST(OrcaDeck, FormAWithIrRamanCoresAndAnOpenShell) {
     OrcaInput in;
     in.run_type = 1;
     in.method = 4;

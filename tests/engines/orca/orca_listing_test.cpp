@@ -39,8 +39,9 @@ std::vector<std::string> outline(const std::optional<StickLines>& f, std::size_t
 
 }  // namespace
 
-// The session tests read the 5.0 table of a linear molecule and the 6.0 one.
-TEST(OrcaListing, IrTablesOfBothLayoutsGiveKmPerMolAndTheModeNumber) {
+// IR in km/mol with the mode number, in both layouts (the session tests read
+// the 5.0 table of a linear molecule and the 6.0 one), Raman, and UV.
+TEST(OrcaListing, StickTablesOfEveryLayout) {
     struct Case {
         const char *file, *first, *last;
         bool version5;
@@ -59,9 +60,8 @@ TEST(OrcaListing, IrTablesOfBothLayoutsGiveKmPerMolAndTheModeNumber) {
         EXPECT_EQ(outline(s.ir, 3),
                   (std::vector<std::string>{"", "  IR Spectrum", "  freq.cm**-1  Int.", c.first, c.last, "  END"}));
     }
-}
 
-TEST(OrcaListing, RamanAndUvTablesOfEveryLayout) {
+    // Raman: one layout in every version.
     OrcaFlags flags;
     OrcaScan s = scan("orca4.0_dvb_raman.out", 0, flags);
     EXPECT_TRUE(s.raman_seen);
@@ -122,7 +122,7 @@ TEST(OrcaListing, CutListingsKeepWhatTheyHold) {
     EXPECT_EQ(s.ir->size(), 3u + 10u);
 }
 
-TEST(OrcaListing, GeometriesFromThePropertyFileAndTheEnginesXyz) {
+TEST(OrcaListing, GeometryFilesAndTheDeckOfAnOlderEngine) {
     const auto h2 = property_geometry(listing("orca5.0_h2_property.txt"), 2);
     ASSERT_TRUE(h2 && h2->size() == 2);
     EXPECT_DOUBLE_EQ((*h2)[1].xyz[1], 2.78016);
@@ -132,10 +132,9 @@ TEST(OrcaListing, GeometriesFromThePropertyFileAndTheEnginesXyz) {
     EXPECT_TRUE(property_geometry(listing("orca5.0_h2_property.txt"), 3)->empty());
     EXPECT_FALSE(property_geometry(text::TextLines::from_lines({"$end"}), 2).has_value());
     EXPECT_FALSE(orca_xyz_geometry(listing("orca6.0_dihedral_final.xyz"), 7).has_value());
-}
 
-// The session tests see an ORCA 5 and 6 deck get the new coordinates back.
-TEST(OrcaListing, AnOlderEnginesDeckGetsNoCoordinates) {
+    // The session tests see an ORCA 5 and 6 deck get the new coordinates back;
+    // an older engine's deck gets none.
     const std::vector<std::string> old{" # cl2", " ! RHF B3LYP 6-31G**", " * xyz            0           1",
                                        "Cl1   -2.9714   2.4777   0.0000", "Cl2   -0.8875   2.6088   0.0000", " *"};
     const std::vector<OrcaAtom> atoms{{"Cl", {-2.914677, 2.481221, 0}}, {"Cl", {-0.944263, 2.605249, 0}}};
