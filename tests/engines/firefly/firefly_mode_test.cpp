@@ -21,22 +21,17 @@ using namespace zentol::testing;
 
 namespace {
 
-std::string tool(const std::string& name) { return std::string(ZENTOL_TEST_DATA) + "/../engines/firefly/" + name; }
-
-// The recorded files the fake engine hands out, for one test.
+// The recorded listing (under tests/data/firefly) and punch file the fake
+// engine hands out, for one test.
 struct FakeFirefly {
     FakeFirefly(TestSession& t, const std::string& listing, const std::string& punch = "") {
-        t.s.engines.values["firefly"] = tool("fake_firefly.sh");
-        set("FAKE_FIREFLY_LST", listing.empty() ? "" : test_data("firefly/" + listing));
-        set("FAKE_FIREFLY_PUN", punch);
+        t.s.engines.values["firefly"] = std::string(ZENTOL_TEST_DATA) + "/../engines/firefly/fake_firefly.sh";
+        setenv("FAKE_FIREFLY_LST", test_data("firefly/" + listing).c_str(), 1);
+        if (!punch.empty()) setenv("FAKE_FIREFLY_PUN", punch.c_str(), 1);
     }
     ~FakeFirefly() {
         unsetenv("FAKE_FIREFLY_LST");
         unsetenv("FAKE_FIREFLY_PUN");
-    }
-    static void set(const char* name, const std::string& value) {
-        if (value.empty()) unsetenv(name);
-        else setenv(name, value.c_str(), 1);
     }
 };
 
