@@ -1,10 +1,8 @@
 #!/bin/sh
-# A stand-in for Firefly that replays a recorded run.
-#   fake_firefly.sh -i job.inp -o job.lst [-np N]
-# The listing comes from FAKE_FIREFLY_LST and the punch file, written as
-# PUNCH, from FAKE_FIREFLY_PUN; either may be unset. The deck it was given
-# is kept as deck.seen and its words as args.seen; every run adds a line
-# to runs.seen.
+# A stand-in for Firefly: "fake_firefly.sh -i job.inp -o job.lst [-np N]"
+# copies FAKE_FIREFLY_LST to the listing and FAKE_FIREFLY_PUN to PUNCH
+# (either may be unset), keeps the deck as deck.seen and its words as
+# args.seen, and adds a line to runs.seen.
 echo "$*" > args.seen
 echo run >> runs.seen
 in=""

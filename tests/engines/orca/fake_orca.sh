@@ -1,10 +1,8 @@
 #!/bin/sh
-# A stand-in for ORCA that replays a recorded run: "orca job.ino" prints
-# the listing FAKE_ORCA_LST on standard output and leaves the files the
-# engine writes beside the deck, named for the job:
-#   FAKE_ORCA_XYZ       job.xyz, the final geometry in the engine's format
-#   FAKE_ORCA_PROPERTY  job_property.txt
-# Either may be unset. The deck it was given is kept as deck.seen.
+# A stand-in for ORCA: "orca job.ino" prints the listing FAKE_ORCA_LST and
+# leaves FAKE_ORCA_XYZ as job.xyz (the final geometry) and FAKE_ORCA_PROPERTY
+# as job_property.txt beside the deck (either may be unset); the deck it was
+# given is kept as deck.seen.
 job=${1%.*}
 cp "$1" deck.seen
 [ -n "$FAKE_ORCA_XYZ" ] && cp "$FAKE_ORCA_XYZ" "$job.xyz"
