@@ -47,7 +47,6 @@ TEST(MopacDeck, HeaderLineOneForEachCase) {
     flags6.geo_ok = flags6.mm_ok = geo.geo_ok = true;
     uhf.scf = 2;
     const Case cases[] = {
-        {options(3, -1, 2, 2), kMopac6, " MNDO  CHARGE= -1 DOUBLET GRAPH DENSITY ESR VECTORS XYZ"},
         // The spin words stop at triplets.
         {options(5, -10, 4, 2), kMopac6, " PM3  CHARGE=-10 GRAPH DENSITY ESR VECTORS XYZ"},
         {flags6, kMopac6, " AM1  CHARGE=  0 SINGLET GRAPH DENSITY GEO-OK MMOK VECTORS XYZ"},
@@ -59,7 +58,6 @@ TEST(MopacDeck, HeaderLineOneForEachCase) {
         {uhf, kMopac2016, " PM7  CHARGE=  0 DOUBLET GRAPHF DENSITY ESR VECTORS XYZ DISP UHF"},
         {options(7, 0, 3, 1), kMopac2016, " PM7  CHARGE=  0 TRIPLET GRAPHF DENSITY ESR VECTORS XYZ DISP OPEN(2,2) 1SCF"},
         // Quartets and above say their multiplicity and run UHF, RHF chosen or not.
-        {options(7, 0, 4, 1), kMopac2016, " PM7  CHARGE=  0 QUARTET GRAPHF DENSITY ESR VECTORS XYZ DISP UHF 1SCF"},
         {options(7, 0, 9, 2), kMopac2016, " PM7  CHARGE=  0 NONET GRAPHF DENSITY ESR VECTORS XYZ DISP UHF"},
         // Force constants come from a second job on the optimised geometry.
         {options(7, 0, 1, 3), kMopac2016, " PM7  CHARGE=  0 SINGLET GRAPHF DENSITY VECTORS XYZ DISP"},

@@ -1,9 +1,11 @@
 // The MOPAC listing and graph-file readers on real listings of MOPAC 2012,
-// 2016, 21 and of the open-source MOPAC 22, and on Mopac 6 style listings
-// built here. The UpDate tests of the mode read the MOPAC 2012 structure and
-// the MOPAC 21 heat of formation through the session.
+// 2016, 21 and of the open-source MOPAC 22, and on Mopac 6 style listings.
+// The mode's UpDate test reads the MOPAC 2012 structure and the MOPAC 21
+// heat of formation through the session.
 #include "engines/mopac/mopac_listing.h"
 #include "engines/mopac/mopac_mgf.h"
+
+#include <algorithm>
 
 #include <gtest/gtest.h>
 
@@ -37,13 +39,10 @@ Lines without(Lines lines, const std::string& key) {
 }
 
 // The listing up to (not including) the first line holding `key`.
-Lines up_to(const Lines& lines, const std::string& key) {
-    Lines out;
-    for (const auto& l : lines) {
-        if (l.find(key) != std::string::npos) break;
-        out.push_back(l);
-    }
-    return out;
+Lines up_to(Lines lines, const std::string& key) {
+    lines.erase(std::ranges::find_if(lines, [&](const std::string& l) { return l.find(key) != std::string::npos; }),
+                lines.end());
+    return lines;
 }
 
 // A listing of n orbitals in the open-source MOPAC's blocks of eight
@@ -83,16 +82,6 @@ TEST(MopacListing, EnergyFromTheTotalLineOrItsParts) {
     EXPECT_NEAR(summed.energy, -322.67879, 1e-9);
     EXPECT_EQ(summed.status_text, water.status_text);
     EXPECT_TRUE(summed.complete());
-}
-
-// MOPAC 2012 has no 29-blank key: its final structure is the ten-blank
-// block after the charges, x in columns 31-40 (UpDateReadsListingsOfOther-
-// Versions reads it), not the orientation block further down (x in columns
-// 21-30), which is not taken for it when the final block is missing.
-TEST(MopacListing, TheMopac2012OrientationBlockIsNotTheStructure) {
-    Lines cut = data("m2012_benzene_polar.out");
-    cut.erase(cut.begin() + 182, cut.begin() + 200);
-    EXPECT_FALSE(read_listing(cut, 1, 1, 12).coordinates_found);
 }
 
 TEST(MopacListing, HomoIndexAndOrbitalEnergiesOfRealListings) {
@@ -171,6 +160,14 @@ TEST(MopacListing, FinalStructureTurnedTwoDegrees) {
     EXPECT_FLOAT_EQ(ch3.coordinates[1][0], 1.056744256f);
     EXPECT_NEAR(ch3.coordinates[2][1], 0.915123730 * 0.99939084, 1e-6);
     EXPECT_NEAR(ch3.coordinates[2][2], 0.915123730 * 0.0348995, 1e-6);
+
+    // MOPAC 2012 has no 29-blank key: its final structure is the ten-blank
+    // block after the charges, x in columns 31-40 (read in the mode's UpDate
+    // test); without it the orientation block further down (x in columns
+    // 21-30) is not taken for it.
+    Lines cut = data("m2012_benzene_polar.out");
+    cut.erase(cut.begin() + 182, cut.begin() + 200);
+    EXPECT_FALSE(read_listing(cut, 1, 1, 12).coordinates_found);
 
     // Mopac 6 columns (the rest of that listing is read in the mode tests).
     const MopacListing six = read_listing(data("m6_water_style.lst"), 0, 1, 3);

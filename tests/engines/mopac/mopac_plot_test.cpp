@@ -259,24 +259,15 @@ TEST(MopacMode, UpDateReadsListingsOfOtherVersions) {
 }
 
 #ifdef ZENTOL_ORBGRID_PROGRAM
-namespace {
-
-// The map programs are the real ones (their cube is the map tests'
-// business); orbview stays the stand-in.
-void use_real_map_programs(TestSession& t) {
-    for (const char* name : {"orbgrid", "orbgrids"}) {
-        const std::string link = t.dir / name;
-        std::filesystem::remove(link);
-        std::filesystem::create_symlink(ZENTOL_ORBGRID_PROGRAM, link);
-    }
-}
-
-}  // namespace
-
+// The real map program (its cubes are the map tests' business) on a graph
+// file it cannot map.
 TEST(MopacPlot, AMapThatCannotBeMadeIsSaidAndTheModeGoesOn) {
     TestSession t;
     use_fakes(t, true, true, true);
-    use_real_map_programs(t);
+    for (const char* name : {"orbgrid", "orbgrids"}) {
+        std::filesystem::remove(t.dir / name);
+        std::filesystem::create_symlink(ZENTOL_ORBGRID_PROGRAM, t.dir / name);
+    }
     const FakeRun run = mopac6_run(t);
     run_on_water(t, kMopac6DensityPlot);
     ASSERT_EQ(t.tk.message_boxes().size(), 1u);
