@@ -105,19 +105,6 @@ TEST(MopacDeck, InternalCoordinatesForShortMoleculesUnderMopac6) {
     EXPECT_EQ(mopac_atom_table(st, optimise, kMopac2016, none)[1], "H        0.00000  1     0.75720  1    -0.46920  1");
 }
 
-TEST(MopacDeck, BondRotationHoldsTheDihedralAtoms) {
-    Store st;
-    water(st);
-    st.natoms = 5;
-    for (int i = 4; i <= 5; ++i) st.atom_label[i] = make_label("H");
-    MopacOptions o = options(7, 0, 1, 1);
-    o.bond_rotation = true;
-    const int dihedral[4] = {1, 2, 3, 4};
-    const auto lines = mopac_atom_table(st, o, kMopac6, dihedral);
-    for (int i = 0; i < 4; ++i) EXPECT_EQ(lines[static_cast<std::size_t>(i)].substr(lines[0].size() - 3), "  0");
-    EXPECT_EQ(lines[4].substr(lines[4].size() - 3), "  1");
-}
-
 // The control file is checked whole where the map program reads it (MopacPlot).
 TEST(MopacPlotFiles, AtomsAndViewerFiles) {
     Store st;
@@ -154,8 +141,4 @@ TEST(MopacPlotFiles, GraphFileFromTheMgfHead) {
                                                "   1    0.740000    0.000000    0.000000",
                                                " ORBITAL    1  2   -20.50000", "    0.70710678    0.70710678",
                                                " ORBITAL    2  0     4.25000", "    0.70710678   -0.70710678"}));
-    // The orbitals keep the listing's numbers, the H.O.M.O's in the head line.
-    const auto numbered = graph_file_from_mgf(read_mop2016_vectors(head, 12));
-    EXPECT_EQ(numbered[0], "     2     0     2    12");
-    EXPECT_EQ(numbered[3], " ORBITAL   12  2   -20.50000");
 }

@@ -1,7 +1,7 @@
 // The MOPAC listing and graph-file readers on real listings of MOPAC 2012,
 // 2016, 21 and of the open-source MOPAC 22, and on Mopac 6 style listings.
-// The mode's UpDate test reads the MOPAC 2012 structure and the MOPAC 21
-// heat of formation through the session.
+// The mode's UpDate test reads the MOPAC 21 heat of formation through the
+// session.
 #include "engines/mopac/mopac_listing.h"
 #include "engines/mopac/mopac_mgf.h"
 
@@ -162,12 +162,18 @@ TEST(MopacListing, FinalStructureTurnedTwoDegrees) {
     EXPECT_NEAR(ch3.coordinates[2][2], 0.915123730 * 0.0348995, 1e-6);
 
     // MOPAC 2012 has no 29-blank key: its final structure is the ten-blank
-    // block after the charges, x in columns 31-40 (read in the mode's UpDate
-    // test); without it the orientation block further down (x in columns
-    // 21-30) is not taken for it.
-    Lines cut = data("m2012_benzene_polar.out");
-    cut.erase(cut.begin() + 182, cut.begin() + 200);
-    EXPECT_FALSE(read_listing(cut, 1, 1, 12).coordinates_found);
+    // block after the charges, x in columns 31-40, not the orientation block
+    // further down (x in columns 21-30), which is not taken for it either
+    // when the final block is missing.
+    //     12         H                 -3.4029   -2.5164    0.0000
+    Lines m2012 = data("m2012_benzene_polar.out");
+    const MopacListing benzene = read_listing(m2012, 1, 1, 12);
+    ASSERT_EQ(benzene.coordinates.size(), 12u);
+    EXPECT_FLOAT_EQ(benzene.coordinates[11][0], -3.4029f);
+    EXPECT_NEAR(benzene.coordinates[11][1], -2.5164 * 0.99939084, 1e-6);
+    EXPECT_NEAR(benzene.coordinates[11][2], -2.5164 * 0.0348995, 1e-6);
+    m2012.erase(m2012.begin() + 182, m2012.begin() + 200);
+    EXPECT_FALSE(read_listing(m2012, 1, 1, 12).coordinates_found);
 
     // Mopac 6 columns (the rest of that listing is read in the mode tests).
     const MopacListing six = read_listing(data("m6_water_style.lst"), 0, 1, 3);
