@@ -71,11 +71,3 @@ TEST(Runner, CommandFilesMeetOtherSpellings) {
     EXPECT_EQ(read_file("Zentol.Log"), "fresh\n");
     EXPECT_FALSE(file_present("ZENTOL.BAT") || file_present("ZENTOL.LOG") || file_present("stale.txt"));
 }
-
-TEST(Runner, EngineLookup) {
-    TestSession t;
-    t.s.engines.values = {{"shell", "sh"}, {"gone", "/no/such/orca"}, {"odd", "no-such-engine-zentol"}};
-    std::string sh = engine_command(t.s, "shell");
-    EXPECT_TRUE(sh.size() > 3 && sh.substr(sh.size() - 3) == "/sh" && access(sh.c_str(), X_OK) == 0) << sh;
-    for (const char* key : {"gone", "odd", "unset"}) EXPECT_FALSE(engine_available(t.s, key)) << key;
-}

@@ -10,7 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "support/test_support.h"
-#include "text/fixed_format.h"
+#include "text/text_lines.h"
 #include "toolkit/files.h"
 
 using namespace zentol;
@@ -43,22 +43,6 @@ Lines up_to(Lines lines, const std::string& key) {
     lines.erase(std::ranges::find_if(lines, [&](const std::string& l) { return l.find(key) != std::string::npos; }),
                 lines.end());
     return lines;
-}
-
-// A listing of n orbitals in the open-source MOPAC's blocks of eight
-// ("   Root No.", F10.3 behind 12 columns on the fourth line).
-Lines many_orbitals(int n) {
-    Lines l{"     SCF FIELD WAS ACHIEVED", "          TOTAL ENERGY            =       -348.12345 EV",
-            "          NO. OF FILLED LEVELS    =          2", "                EIGENVECTORS"};
-    for (int first = 1; first <= n; first += 8) {
-        std::string roots = "   Root No.", values = text::blanks(12);
-        for (int k = first; k <= std::min(n, first + 7); ++k) {
-            roots += text::format_i(k, 10);
-            values += text::format_f(-60.0 + 0.125 * k, 10, 3);
-        }
-        l.insert(l.end(), {roots, "", "                 1 A", "", values, ""});
-    }
-    return l;
 }
 
 }  // namespace
@@ -115,13 +99,16 @@ TEST(MopacListing, HomoIndexAndOrbitalEnergiesOfRealListings) {
     EXPECT_EQ(read_listing(data("m22_ethanol_E.out"), 1, 1, 9).first_orbital, 2);
 }
 
-// 501 orbitals: the last value overwrites entry 500.
+// A root number beyond the table of 500 orbitals (a damaged listing) lands
+// on its last entry instead of growing the table.
 TEST(MopacListing, TheOrbitalTableLimit) {
-    const MopacListing r = read_listing(many_orbitals(501), 1, 1, 2);
+    Lines damaged = data("m22_water_E_DISP.out");
+    ASSERT_TRUE(damaged[146].ends_with("         6"));
+    damaged[146].replace(damaged[146].size() - 10, 10, "    999999");
+    const MopacListing r = read_listing(damaged, 1, 1, 3);
     ASSERT_EQ(r.mo_energy.size(), 500u);
-    EXPECT_FLOAT_EQ(r.mo_energy[0], -59.875f);
-    EXPECT_FLOAT_EQ(r.mo_energy[498], -60.0f + 0.125f * 499);
-    EXPECT_FLOAT_EQ(r.mo_energy[499], -60.0f + 0.125f * 501);
+    EXPECT_FLOAT_EQ(r.mo_energy[4], 4.044f);
+    EXPECT_FLOAT_EQ(r.mo_energy[499], 6.306f);
 }
 
 TEST(MopacListing, ChargesAndSpinDensities) {
