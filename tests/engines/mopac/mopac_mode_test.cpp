@@ -45,7 +45,6 @@ std::string message_on_leaving(const TestSession& t) {
     return on_leaving;
 }
 
-
 // The orbital number on the last line of a .GEO log that ends in `mark`.
 int marked_orbital(const std::string& geo, const std::string& mark) {
     int number = 0;
@@ -196,8 +195,6 @@ TEST(MopacMode, ABondRotationProfileWithTheRealEngine) {
     pm7_energy_run(t, "butane", true);
     const std::string geo = read_file(t.scratch() + "/butane.geo");
     EXPECT_NE(geo.find(" Mopac Bond Rotation Profile for butane"), std::string::npos) << geo;
-    EXPECT_NE(geo.find("Dihedral     Rel.kJ/mol  Total Energy EV"), std::string::npos);
-    EXPECT_NE(geo.find(" Minimum at "), std::string::npos);
     // 0 to 360 degrees in steps of 20: 19 points, shown as a chart.
     ASSERT_TRUE(t.tk.last_chart().has_value());
     EXPECT_EQ(t.tk.last_chart()->points.size(), 19u);
