@@ -1,6 +1,5 @@
-// The MOPAC deck and the plot files: header line 1 for the combinations the
-// two engine generations tell apart, the atom tables, and the files the map
-// programs and orbview read.
+// The MOPAC deck (header line 1 for each combination the two engine
+// generations tell apart, the atom tables) and the plot files.
 #include "engines/mopac/mopac_input.h"
 
 #include <gtest/gtest.h>
@@ -14,12 +13,7 @@ using namespace zentol;
 namespace {
 
 MopacOptions options(int method, int charge, int multiplicity, int run_type) {
-    MopacOptions o;
-    o.method = method;
-    o.charge = charge;
-    o.multiplicity = multiplicity;
-    o.run_type = run_type;
-    return o;
+    return {.method = method, .charge = charge, .multiplicity = multiplicity, .run_type = run_type};
 }
 
 void water(Store& st) {
@@ -92,8 +86,7 @@ TEST(MopacDeck, InternalCoordinatesForShortMoleculesUnderMopac6) {
     water(st);
     const int none[4] = {0, 0, 0, 0};
     MopacOptions energy = options(4, 0, 1, 1), optimise = options(4, 0, 1, 2);
-    // Three atoms: distances 1-2 and 2-3, the angle 1-2-3; the flag is the
-    // run type less 1.
+    // Distances 1-2 and 2-3, the angle 1-2-3; the flag is the run type less 1.
     EXPECT_EQ(mopac_atom_table(st, optimise, kMopac6, none),
               (std::vector<std::string>{"O1  ", "H2       0.95778  1", "H3       1.51440  1    37.76008  1"}));
     EXPECT_EQ(mopac_atom_table(st, energy, kMopac6, none)[1], "H2       0.95778  0");

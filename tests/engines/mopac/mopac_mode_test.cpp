@@ -34,8 +34,7 @@ std::vector<double> logged_energies(const std::string& geo) {
     return e;
 }
 
-// What the message field showed when Mopac mode was left (the Display menu
-// loaded again).
+// What the message field showed when Mopac mode was left (menu 30001 loaded).
 std::string message_on_leaving(const TestSession& t) {
     std::string shown, on_leaving;
     for (const std::string& line : t.tk.transcript()) {
@@ -85,9 +84,8 @@ TEST(MopacMode, EnergyThenOptimize) {
     if (on_path("mopac").empty()) GTEST_SKIP() << "no mopac on PATH";
     TestSession t;
     use_real_mopac(t);
-    // The last method chosen comes back in the dialog: the optimisation runs
-    // PM7 without choosing it again. A key and a redraw after the run leave
-    // the result on screen.
+    // The optimisation runs PM7 without choosing it again; a key and a redraw
+    // after the run leave the result on screen.
     run_on_molecule(t, "mopac/ammonium.xyz",
                     "menu 40014\nmenu 40023\ndialog 107 button:3 1077=1 1054=1\n"
                     "menu 40023\ndialog 107 button:3 1055=1\nkey 258\nexpose\nmenu 40001\n");
@@ -112,10 +110,9 @@ TEST(MopacMode, EnergyThenOptimize) {
     EXPECT_FALSE(file_present(job + "_spn.log"));
 }
 
-// Open shells with the real engine: the H.O.M.O mark stands on the highest
-// occupied level (the doubly and singly occupied levels for RHF with open
-// levels, the alpha electrons for UHF) and the L.U.M.O on the next one up.
-// Quartets and above run UHF as the multiplicity asked.
+// Open shells: the H.O.M.O mark stands on the highest occupied level (RHF:
+// doubly and singly occupied levels; UHF: the alpha electrons). Quartets and
+// above run UHF as the multiplicity asked.
 TEST(MopacMode, OrbitalMarksAndSpinStatesOfOpenShells) {
     if (on_path("mopac").empty()) GTEST_SKIP() << "no mopac on PATH";
     struct Case {
@@ -149,10 +146,9 @@ TEST(MopacMode, OrbitalMarksAndSpinStatesOfOpenShells) {
     }
 }
 
-// Without ALLVEC MOPAC writes only HOMO-8 to HOMO+7 to the graph file of a
-// molecule with more than 16 orbitals, and its listing prints the same
-// ones: graph.dat and the plot carry the listing's numbers, so the map
-// program is handed the H.O.M.O it asks for.
+// Without ALLVEC MOPAC writes only HOMO-8 to HOMO+7 to the graph file (and
+// the listing) of a molecule with more than 16 orbitals: graph.dat keeps the
+// listing's numbers, so the map program is handed the H.O.M.O it asks for.
 TEST(MopacMode, GraphFileOrbitalsKeepTheListingsNumbers) {
     if (on_path("mopac").empty()) GTEST_SKIP() << "no mopac on PATH";
     TestSession t;

@@ -74,9 +74,7 @@ TEST(MopacPlot, NeedsAnEnergyRunAndSaysWhichProgramIsMissing) {
     // steps the dialog refuses: the map program is not installed.
     run_on_water(t, std::string("menu 40014\nmenu 40023\ndialog 107 button:3 1077=1 1055=1\nmenu 40010\n") +
                         "menu 40023\ndialog 107 button:3 1077=1 1054=1\nmenu 40010\ndialog 110 ok 1102=20\nmenu 40001\n");
-    bool asked_for_energy = false;
-    for (const auto& [field, text] : t.tk.status_writes()) asked_for_energy |= text == "Run an Energy Calculation";
-    EXPECT_TRUE(asked_for_energy);
+    EXPECT_TRUE(transcript_has(t, "status 9: Run an Energy Calculation"));
     EXPECT_TRUE(transcript_has(t, "dialog 110 field 1102 refused"));
     ASSERT_EQ(t.tk.message_boxes().size(), 1u);
     EXPECT_NE(t.tk.message_boxes()[0].find("The orbital map program is not installed"), std::string::npos);
@@ -103,9 +101,8 @@ TEST(MopacPlot, TheMapIsMadeAndOrbviewTakesOver) {
         EXPECT_TRUE(file_present(dir + "/" + name)) << name;
     EXPECT_NE(read_file(dir + "/water.geo").find(" Mopac 2016"), std::string::npos);
 
-    // orbview starts us again with MOPA 05: straight into Mopac mode, the
-    // log continued, and the next plot needs no new run. Now orbview is
-    // gone: the map is made and the mode goes on.
+    // orbview starts us again with MOPA 05: into Mopac mode, the log continued,
+    // the next plot without a new run; without orbview the mode goes on.
     TestSession back;
     use_fakes(back, false, true, false);
     std::filesystem::copy(dir, back.scratch(), std::filesystem::copy_options::overwrite_existing |
@@ -138,9 +135,8 @@ TEST(MopacMode, ListingsAndGraphFilesCutShort) {
     EXPECT_NEAR(t.s.store.atom_rec[2][kY] - t.s.store.atom_rec[1][kY], 0.763239f, 1e-5);
 }
 
-// Dialog 107's rules with only a Mopac 6 installed: no stored dihedral for a
-// profile, methods Mopac 6 does not know, the Mopac2016 box without its
-// engine, and an IR-Hessian run replacing an older IR list.
+// Dialog 107 with only a Mopac 6 installed: each refusal says why, and an
+// IR-Hessian run replaces an older IR list.
 TEST(MopacNewInput, TheDialogsRulesUnderMopac6) {
     TestSession t;
     use_fakes(t, true, false, false);
@@ -151,8 +147,7 @@ TEST(MopacNewInput, TheDialogsRulesUnderMopac6) {
     int shown = 0;
     for (int id : t.tk.dialogs_shown()) shown += id == 107;
     EXPECT_EQ(shown, 3);
-    // Each refusal says why: the profile, then PM7 with the box checked but
-    // no MOPAC 2016 installed.
+    // No dihedral stored for a profile; PM7 with the Mopac2016 box but no engine.
     ASSERT_EQ(t.tk.message_boxes().size(), 2u);
     EXPECT_NE(t.tk.message_boxes()[0].find("No Dihedral Stored"), std::string::npos);
     EXPECT_EQ(t.tk.message_boxes()[1],
@@ -196,8 +191,7 @@ TEST(MopacMode, UpDateReadsAListingWithOnlyTheHeatOfFormation) {
     EXPECT_TRUE(transcript_has(t, "status 9: PM7  HoF -23.07796 kcal/mol  -96.56 kJ/mol  structure updated"));
     EXPECT_NE(read_file(job + ".geo").find(" Heat of Formation =       -23.07796 kcal/mol      -96.55818 kJ/mol"),
               std::string::npos);
-    // The listing's structure, turned 2 degrees about x (as the store holds
-    // it, centred: compare the vector from the first atom to the last).
+    // The structure turned 2 degrees about x; the store centres it.
     const auto& first = t.s.store.atom_rec[1];
     const auto& last = t.s.store.atom_rec[t.s.store.natoms];
     const float dx = -3.962897209f + 2.479386294f, dy = 0.460650646f - 1.948915792f, dz = 0.698689570f - 0.111908676f;
