@@ -65,8 +65,8 @@ TEST(MopacDeck, HeaderLineOneForEachCase) {
     }
     MopacOptions pm7 = options(7, 0, 1, 2);
     EXPECT_EQ(mopac_header(pm7, kMopac2016, "ptest"),
-              (std::vector<std::string>{" PM7  CHARGE=  0 SINGLET GRAPHF DENSITY VECTORS XYZ DISP", " Mopac run for ptest",
-                                        " *********************"}));
+              (std::vector<std::string>{" PM7  CHARGE=  0 SINGLET GRAPHF DENSITY VECTORS XYZ DISP",
+                                        " Mopac run for ptest", " *********************"}));
     EXPECT_EQ(mopac_force_job(options(7, 0, 5, 2), "PM7")[1], " PM7  CHARGE=  0 QUINTET UHF OLDGEO FORCE XYZ");
 }
 

@@ -119,15 +119,13 @@ TEST(MopacPlot, TheMapIsMadeAndOrbviewTakesOver) {
 
 // Where the reading stops is the listing tests' business; here the session
 // says so and keeps the molecule.
-TEST(MopacMode, ListingsAndGraphFilesCutShort) {
+TEST(MopacMode, AListingCutShort) {
     const auto lines = test_data_lines("mopac/m22_water_E_DISP.out");
-    const auto mgf = test_data_lines("mopac/m22_water_E.mgf");
     TestSession t;
     use_fakes(t, false, false, false);
-    const std::string out = t.dir / "cut.out", cut_mgf = t.dir / "cut.mgf";
-    files::write_lines(out, std::vector<std::string>(lines.begin(), lines.begin() + 150));   // in the eigenvectors
-    files::write_lines(cut_mgf, std::vector<std::string>(mgf.begin(), mgf.begin() + 9));
-    FakeRun run(out, cut_mgf);
+    // Cut in the eigenvectors.
+    files::write_lines(t.dir / "cut.out", std::vector<std::string>(lines.begin(), lines.begin() + 150));
+    FakeRun run(t.dir / "cut.out", "");
     run_on_water(t, "menu 40014\nmenu 40023\ndialog 107 button:3 1077=1 1055=1\nmenu 40001\n");
     ASSERT_EQ(t.tk.message_boxes().size(), 1u);
     EXPECT_NE(t.tk.message_boxes()[0].find("Convergence Fault or NO parameters/file"), std::string::npos);
