@@ -1,13 +1,14 @@
 // The MOPAC listing and graph-file readers on real listings of MOPAC 2012,
-// 2016, 21 and of the open-source MOPAC 22, and on Mopac 6 style listings
-// built here.
+// 2016, 21 and of the open-source MOPAC 22, and on a Mopac 6 style listing.
 #include "engines/mopac/mopac_listing.h"
 #include "engines/mopac/mopac_mgf.h"
+
+#include <algorithm>
 
 #include <gtest/gtest.h>
 
 #include "support/test_support.h"
-#include "text/fixed_format.h"
+#include "text/text_lines.h"
 #include "toolkit/files.h"
 
 using namespace zentol;
@@ -19,15 +20,12 @@ using Lines = std::vector<std::string>;
 
 Lines data(const std::string& name) { return test_data_lines("mopac/" + name); }
 
-// The readers take line views, as files::read_text_lines gives them.
 MopacListing read_listing(const Lines& lines, int version, int multiplicity, int natoms) {
-    const text::TextLines text = text::TextLines::from_lines(lines);
-    return read_mopac_listing(text.views(), version, multiplicity, natoms);
+    return read_mopac_listing(text::TextLines::from_lines(lines).views(), version, multiplicity, natoms);
 }
 
 Mop2016Vectors read_mgf(const Lines& lines, int listing_homo = 0) {
-    const text::TextLines text = text::TextLines::from_lines(lines);
-    return read_mop2016_vectors(text.views(), listing_homo);
+    return read_mop2016_vectors(text::TextLines::from_lines(lines).views(), listing_homo);
 }
 
 Lines without(Lines lines, const std::string& key) {
@@ -36,50 +34,19 @@ Lines without(Lines lines, const std::string& key) {
 }
 
 // The listing up to (not including) the first line holding `key`.
-Lines up_to(const Lines& lines, const std::string& key) {
-    Lines out;
-    for (const auto& l : lines) {
-        if (l.find(key) != std::string::npos) break;
-        out.push_back(l);
-    }
-    return out;
-}
-
-// A listing with eigenvalue blocks in either layout: Mopac 6 ("    ROOT NO.",
-// F12.5 behind 8 columns on the third line) or the open-source MOPAC
-// ("   Root No.", F10.3 behind 12 columns on the fourth line); then charges
-// and the Mopac 6 geometry (3F10.4 behind 30 columns).
-Lines listing_with_blocks(const std::vector<double>& e, bool mopac6, std::size_t per_block) {
-    Lines l{"     SCF FIELD WAS ACHIEVED", "          TOTAL ENERGY            =       -348.12345 EV",
-            "          NO. OF FILLED LEVELS    =          2", "                EIGENVECTORS"};
-    for (std::size_t first = 0; first < e.size(); first += per_block) {
-        std::string roots = mopac6 ? "    ROOT NO." : "   Root No.", values = text::blanks(mopac6 ? 8 : 12);
-        for (std::size_t k = first; k < std::min(e.size(), first + per_block); ++k) {
-            roots += text::format_i(static_cast<long long>(k + 1), 10);
-            values += mopac6 ? text::format_f(e[k], 12, 5) : text::format_f(e[k], 10, 3);
-        }
-        l.insert(l.end(), {roots, "", "                 1 A"});
-        if (!mopac6) l.push_back("");
-        l.insert(l.end(), {values, "  S   O    1    0.8516", ""});
-    }
-    l.insert(l.end(), {"              NET ATOMIC CHARGES AND DIPOLE CONTRIBUTIONS", "",
-                       "  ATOM NO.   TYPE          CHARGE        ATOM  ELECTRON DENSITY",
-                       "    1          O          -0.6130         6.6130",
-                       "    2          H           0.3065         0.6935", "", "          CARTESIAN COORDINATES", "",
-                       "    NO.       ATOM         X         Y         Z", "",
-                       "     1         O                  0.0000    0.0000    0.1173",
-                       "     2         H                  0.0000    0.7572   -0.4692"});
-    return l;
+Lines up_to(Lines lines, const std::string& key) {
+    lines.erase(std::ranges::find_if(lines, [&](const std::string& l) { return l.find(key) != std::string::npos; }),
+                lines.end());
+    return lines;
 }
 
 }  // namespace
 
-TEST(MopacListing, EnergyFromTheTotalLineItsPartsOrTheHeatOfFormation) {
+TEST(MopacListing, EnergyFromTheTotalLineOrItsParts) {
     const MopacListing benzene = read_listing(data("m2016_benzene.out"), 1, 1, 12);
     EXPECT_EQ(benzene.energy_kind, MopacEnergy::total);
     EXPECT_DOUBLE_EQ(benzene.energy, -817.56195);
     EXPECT_EQ(benzene.status_text, "      -817.56195 EV ");
-    EXPECT_EQ(benzene.method, "PM7");
 
     // With DISP the open-source MOPAC prints a kcal/mol total first.
     const Lines disp = data("m22_water_E_DISP.out");
@@ -88,79 +55,34 @@ TEST(MopacListing, EnergyFromTheTotalLineItsPartsOrTheHeatOfFormation) {
     EXPECT_EQ(water.status_text, "      -322.67879 EV ");
     EXPECT_EQ(mopac_result_text(water, "AM1"), "PM7  -322.67879 eV  -31133.50 kJ/mol");
 
-    // Without a total the parts add up to it, and the status reads the same,
-    // whichever engine generation the job was set to.
-    for (int version : {0, 1}) {
-        const MopacListing summed = read_listing(without(disp, "TOTAL ENERGY"), version, 1, 3);
-        EXPECT_EQ(summed.energy_kind, MopacEnergy::summed);
-        EXPECT_NEAR(summed.energy, -322.67879, 1e-9);
-        EXPECT_EQ(summed.status_text, water.status_text);
-    }
-    EXPECT_TRUE(read_listing(without(disp, "TOTAL ENERGY"), 1, 1, 3).complete());
-
-    // Neither (the open-source MOPAC without DISP): the heat of formation,
-    // in kcal/mol and kJ/mol, saying so.
-    //           FINAL HEAT OF FORMATION =        -57.79007 KCAL/MOL =    -241.79367 KJ/MOL
-    const MopacListing plain = read_listing(data("m22_water_E.out"), 1, 1, 3);
-    EXPECT_EQ(plain.energy_kind, MopacEnergy::heat_of_formation);
-    EXPECT_DOUBLE_EQ(plain.heat_of_formation, -57.79007);
-    EXPECT_TRUE(plain.complete());
-    EXPECT_EQ(mopac_geo_lines(plain, true).back(), " Heat of Formation =       -57.79007 kcal/mol     -241.79365 kJ/mol");
-    EXPECT_EQ(mopac_result_text(plain, ""), "PM7  HoF -57.79007 kcal/mol  -241.79 kJ/mol");
-
-    // A MOPAC 21 listing of several jobs: the first job printed only its
-    // heat of formation, and the rest of that job is read as usual ("HOMO
-    // LUMO ENERGIES (EV) = -11.388 4.304", 10 filled levels).
-    const MopacListing propane = read_listing(data("m21_propane_vectors.out"), 1, 1, 11);
-    EXPECT_TRUE(propane.complete());
-    EXPECT_DOUBLE_EQ(propane.heat_of_formation, -23.07796);
-    EXPECT_EQ(propane.homo_index, 10);
-    EXPECT_FLOAT_EQ(propane.mo_energy[9], -11.38812f);
-    EXPECT_FLOAT_EQ(propane.mo_energy[10], 4.30394f);
-}
-
-// MOPAC 2012 has no 29-blank key: its final structure is the ten-blank
-// block after the charges, x in columns 31-40, not the input above the SCF
-// line nor the orientation below (x in columns 21-30).
-TEST(MopacListing, TheMopac2012LayoutOfTheFinalStructure) {
-    const MopacListing r = read_listing(data("m2012_benzene_polar.out"), 1, 1, 12);
-    EXPECT_TRUE(r.complete());
-    EXPECT_DOUBLE_EQ(r.energy, -817.56195);
-    EXPECT_EQ(r.homo_index, 15);
-    EXPECT_FLOAT_EQ(r.mo_energy[14], -9.82365f);
-    EXPECT_FLOAT_EQ(r.charges[11], 0.148083f);
-    ASSERT_EQ(r.coordinates.size(), 12u);
-    //     12         H                 -3.4029   -2.5164    0.0000
-    EXPECT_FLOAT_EQ(r.coordinates[11][0], -3.4029f);
-    EXPECT_NEAR(r.coordinates[11][1], -2.5164 * 0.99939084, 1e-6);
-    EXPECT_NEAR(r.coordinates[11][2], -2.5164 * 0.0348995, 1e-6);
-    // Without its final block the listing has no structure to give: the
-    // orientation block further down is not taken for it.
-    Lines cut = data("m2012_benzene_polar.out");
-    cut.erase(cut.begin() + 182, cut.begin() + 200);
-    EXPECT_FALSE(read_listing(cut, 1, 1, 12).coordinates_found);
+    // Without a total the parts add up to it, and the status reads the same.
+    const MopacListing summed = read_listing(without(disp, "TOTAL ENERGY"), 1, 1, 3);
+    EXPECT_EQ(summed.energy_kind, MopacEnergy::summed);
+    EXPECT_NEAR(summed.energy, -322.67879, 1e-9);
+    EXPECT_EQ(summed.status_text, water.status_text);
 }
 
 TEST(MopacListing, HomoIndexAndOrbitalEnergiesOfRealListings) {
     struct Case {
         const char* file;
-        int version, multiplicity, natoms, homo;
+        int multiplicity, natoms, homo;
         std::size_t orbitals;
         float homo_energy, lumo_energy;   // as the listing's own HOMO/LUMO line gives them
     };
     const Case cases[] = {
-        {"m22_water_E_DISP.out", 1, 1, 3, 4, 6, -12.095f, 4.044f},
-        {"m22_water_optF.out", 1, 1, 3, 4, 6, -12.115f, 4.049f},   // the force job's roots stay out
-        {"m22_ch3_RHF.out", 1, 2, 4, 4, 7, -4.713f, 6.265f},       // the SOMO: 3 filled + 1 open level
-        {"m22_ch3_UHF.out", 1, 2, 4, 4, 7, -9.966f, 6.172f},       // 4 alpha electrons, the alpha set
-        {"m22_o2_OPEN.out", 1, 3, 2, 7, 8, -5.029f, 3.243f},       // 5 filled + 2 open levels
-        {"m22_ethanol_E.out", 1, 1, 9, 10, 17, -10.878f, 3.500f},  // orbitals 2..17 printed
-        {"m2016_benzene.out", 1, 1, 12, 15, 30, -9.82366f, 0.23578f},  // the upper of a pair
-        {"m2016_o2_trip.out", 1, 3, 2, 7, 8, -10.66781f, 2.45143f},    // 7 alpha electrons
+        {"m22_water_E_DISP.out", 1, 3, 4, 6, -12.095f, 4.044f},
+        {"m22_water_optF.out", 1, 3, 4, 6, -12.115f, 4.049f},      // the force job's roots stay out
+        {"m22_ch3_RHF.out", 2, 4, 4, 7, -4.713f, 6.265f},          // the SOMO: 3 filled + 1 open level
+        {"m22_ch3_UHF.out", 2, 4, 4, 7, -9.966f, 6.172f},          // 4 alpha electrons, the alpha set
+        {"m22_ethanol_E.out", 1, 9, 10, 17, -10.878f, 3.500f},     // orbitals 2..17 printed
+        {"m2016_o2_trip.out", 3, 2, 7, 8, -10.66781f, 2.45143f},   // ALPHA EIGENVALUES, 7 alpha electrons
+        {"m2012_benzene_polar.out", 1, 12, 15, 30, -9.82365f, 0.23578f},   // EIGENVALUES, the upper of a pair
+        // Several jobs: the first printed only its heat of formation.
+        {"m21_propane_vectors.out", 1, 11, 10, 20, -11.38812f, 4.30394f},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.file);
-        const MopacListing r = read_listing(data(c.file), c.version, c.multiplicity, c.natoms);
+        const MopacListing r = read_listing(data(c.file), 1, c.multiplicity, c.natoms);
         ASSERT_TRUE(r.vectors_found);
         EXPECT_EQ(r.homo_index, c.homo);
         ASSERT_EQ(r.mo_energy.size(), c.orbitals);
@@ -171,30 +93,21 @@ TEST(MopacListing, HomoIndexAndOrbitalEnergiesOfRealListings) {
     EXPECT_EQ(read_listing(data("m22_ethanol_E.out"), 1, 1, 9).first_orbital, 2);
 }
 
-TEST(MopacListing, Mopac6BlocksAndTheTableLimit) {
-    const MopacListing six =
-        read_listing(listing_with_blocks({-40.5, -20.25, -5.125, 3.0, 4.5, 6.75}, true, 4), 0, 1, 2);
-    EXPECT_TRUE(six.complete());
-    EXPECT_EQ(six.homo_index, 2);
-    EXPECT_EQ(six.mo_energy, (std::vector<float>{-40.5f, -20.25f, -5.125f, 3.0f, 4.5f, 6.75f}));
-    EXPECT_EQ(six.charges, (std::vector<float>{-0.6130f, 0.3065f}));
-
-    // 501 orbitals: the last value overwrites entry 500, in either block form.
-    std::vector<double> many;
-    for (int k = 1; k <= 501; ++k) many.push_back(-60.0 + 0.125 * k);
-    for (const Lines& listing : {listing_with_blocks(many, true, 10), listing_with_blocks(many, false, 8)}) {
-        const MopacListing r = read_listing(listing, 0, 1, 2);
-        ASSERT_EQ(r.mo_energy.size(), 500u);
-        EXPECT_FLOAT_EQ(r.mo_energy[0], -59.875f);
-        EXPECT_FLOAT_EQ(r.mo_energy[498], -60.0f + 0.125f * 499);
-        EXPECT_FLOAT_EQ(r.mo_energy[499], -60.0f + 0.125f * 501);
-    }
+// A root number beyond the table of 500 orbitals (a damaged listing) lands
+// on its last entry instead of growing the table.
+TEST(MopacListing, TheOrbitalTableLimit) {
+    Lines damaged = data("m22_water_E_DISP.out");
+    ASSERT_TRUE(damaged[146].ends_with("         6"));
+    damaged[146].replace(damaged[146].size() - 10, 10, "    999999");
+    const MopacListing r = read_listing(damaged, 1, 1, 3);
+    ASSERT_EQ(r.mo_energy.size(), 500u);
+    EXPECT_FLOAT_EQ(r.mo_energy[4], 4.044f);
+    EXPECT_FLOAT_EQ(r.mo_energy[499], 6.306f);
 }
 
 TEST(MopacListing, ChargesAndSpinDensities) {
     const MopacListing water = read_listing(data("m22_water_E_DISP.out"), 1, 1, 3);
     EXPECT_EQ(water.charges, (std::vector<float>{-0.645360f, 0.322680f, 0.322680f}));
-    EXPECT_EQ(mopac_spin_log(water, {"O", "H", "H"}), Lines{});
 
     // From 251 atoms on the charges are not kept and no side log is written.
     const MopacListing big = read_listing(data("m22_water_E_DISP.out"), 1, 1, 251);
@@ -210,11 +123,6 @@ TEST(MopacListing, ChargesAndSpinDensities) {
     const MopacListing uhf = read_listing(data("m22_ch3_UHF.out"), 1, 2, 4);
     EXPECT_TRUE(uhf.complete());
     EXPECT_EQ(uhf.spin_density, (std::vector<float>{1.0910f, -0.0303f, -0.0303f, -0.0303f}));
-    for (const char* triplet : {"m2016_o2_trip.out", "m22_o2_OPEN.out"}) {
-        const MopacListing o2 = read_listing(data(triplet), 1, 3, 2);
-        EXPECT_TRUE(o2.complete()) << triplet;
-        EXPECT_EQ(o2.spin_density, (std::vector<float>{1.0f, 1.0f})) << triplet;
-    }
 
     EXPECT_EQ(mopac_charge_log(rhf, {"C1", "H1", "H2", "H3"}),
               (Lines{"#MOP atom charges", "C1           -0.4070", "H1            0.1357", "H2            0.1357",
@@ -233,11 +141,24 @@ TEST(MopacListing, FinalStructureTurnedTwoDegrees) {
     EXPECT_NEAR(ch3.coordinates[2][1], 0.915123730 * 0.99939084, 1e-6);
     EXPECT_NEAR(ch3.coordinates[2][2], 0.915123730 * 0.0348995, 1e-6);
 
-    // Mopac 6 columns.
-    const MopacListing six = read_listing(listing_with_blocks({-40.0, 4.0}, true, 4), 0, 1, 2);
-    ASSERT_EQ(six.coordinates.size(), 2u);
-    EXPECT_NEAR(six.coordinates[1][1], 0.7572 * 0.99939084 + 0.4692 * 0.0348995, 1e-6);
-    EXPECT_NEAR(six.coordinates[1][2], 0.7572 * 0.0348995 - 0.4692 * 0.99939084, 1e-6);
+    // MOPAC 2012 has no 29-blank key: its final structure is the ten-blank
+    // block after the charges, x in columns 31-40; the orientation block
+    // further down (x in columns 21-30) is never taken for it.
+    Lines m2012 = data("m2012_benzene_polar.out");
+    const MopacListing benzene = read_listing(m2012, 1, 1, 12);
+    ASSERT_EQ(benzene.coordinates.size(), 12u);
+    EXPECT_FLOAT_EQ(benzene.coordinates[11][0], -3.4029f);
+    EXPECT_NEAR(benzene.coordinates[11][1], -2.5164 * 0.99939084, 1e-6);
+    EXPECT_NEAR(benzene.coordinates[11][2], -2.5164 * 0.0348995, 1e-6);
+    m2012.erase(m2012.begin() + 182, m2012.begin() + 200);
+    EXPECT_FALSE(read_listing(m2012, 1, 1, 12).coordinates_found);
+
+    // Mopac 6 columns (the rest of that listing is read in the mode tests).
+    const MopacListing six = read_listing(data("m6_water_style.lst"), 0, 1, 3);
+    EXPECT_TRUE(six.complete());
+    ASSERT_EQ(six.coordinates.size(), 3u);
+    EXPECT_NEAR(six.coordinates[1][1], 0.76 * 0.99939084 + 0.47 * 0.0348995, 1e-6);
+    EXPECT_NEAR(six.coordinates[1][2], 0.76 * 0.0348995 - 0.47 * 0.99939084, 1e-6);
 }
 
 TEST(MopacListing, MissingKeysStopTheReading) {
@@ -245,15 +166,13 @@ TEST(MopacListing, MissingKeysStopTheReading) {
     const Lines no_energy = without(data("m22_water_E.out"), "FINAL HEAT OF FORMATION");
     const MopacListing plain = read_listing(no_energy, 1, 1, 3);
     EXPECT_TRUE(plain.scf_found);
-    EXPECT_FALSE(plain.energy_found);
-    EXPECT_FALSE(plain.levels_found || plain.coordinates_found || plain.complete());
+    EXPECT_FALSE(plain.energy_found || plain.levels_found || plain.coordinates_found || plain.complete());
     EXPECT_EQ(mopac_geo_lines(plain, true), Lines{});
     EXPECT_EQ(mopac_result_text(plain, "PM7"), "PM7  no energy in the listing");
 
     const Lines disp = data("m22_water_E_DISP.out");
     const MopacListing failed = read_listing(without(disp, "SCF FIELD WAS ACHIEVED"), 1, 1, 3);
-    EXPECT_FALSE(failed.scf_found);
-    EXPECT_FALSE(failed.energy_found);
+    EXPECT_FALSE(failed.scf_found || failed.energy_found);
 
     // A listing that ends in the charge table keeps what it read, and the
     // reading ends there, though the structure stands further up.
@@ -266,10 +185,6 @@ TEST(MopacListing, MissingKeysStopTheReading) {
     const MopacListing no_spin = read_listing(disp, 1, 2, 3);
     EXPECT_TRUE(no_spin.charges_found);
     EXPECT_FALSE(no_spin.spin_found || no_spin.coordinates_found || no_spin.complete());
-
-    // Mopac 6 looks for its own geometry key.
-    const Lines no_geometry = without(listing_with_blocks({-40.0}, true, 4), "CARTESIAN");
-    EXPECT_FALSE(read_listing(no_geometry, 0, 1, 2).coordinates_found);
 }
 
 TEST(MopacListing, GeoLogLines) {
@@ -281,9 +196,7 @@ TEST(MopacListing, GeoLogLines) {
                      " Total Energy =      -322.67879 eV       -31133.50333 kJ/mol"}));
 
     const Lines ethanol = mopac_geo_lines(read_listing(data("m22_ethanol_E.out"), 1, 1, 9), false);
-    ASSERT_EQ(ethanol.size(), 2u + 1u + 16u + 1u);
-    EXPECT_EQ(ethanol[1], " Mopac Optimize calculation");
-    EXPECT_EQ(ethanol[3], "      17     5.21500");
+    ASSERT_EQ(ethanol.size(), 2u + 1u + 16u + 1u);   // from orbital 17 down to 2
     EXPECT_EQ(ethanol[18], "       2   -31.56000");
 
     // As far as the reader got: the title alone when the orbitals are missing.
@@ -294,16 +207,9 @@ TEST(MopacListing, GeoLogLines) {
 }
 
 TEST(MopacGraphFile, AtomsOrbitalsAndTheHomo) {
+    // Atoms and coefficients are checked by the maps made from them.
     const Mop2016Vectors water = read_mgf(data("m22_water_E.mgf"));
-    EXPECT_EQ(water.natoms, 3);
-    EXPECT_EQ(water.nbasis, 6);
-    ASSERT_EQ(water.atoms.size(), 3u);
-    EXPECT_EQ(water.atoms[0].atomic_number, 8);
-    EXPECT_DOUBLE_EQ(water.atoms[2].charge, 0.3227);
-    ASSERT_EQ(water.orbitals.size(), 6u);
-    EXPECT_EQ(water.orbitals[3].symmetry, "1a\"");
-    ASSERT_EQ(water.orbitals[5].coefficients.size(), 6u);
-    EXPECT_DOUBLE_EQ(water.orbitals[5].coefficients[5], 0.58137111);
+    EXPECT_EQ(water.atoms.size(), 3u);
     EXPECT_EQ(water.geo_lines, (Lines{" Mopac 2016", "     M.O.    Energy(eV)", "       6     6.30580",
                                       "       5     4.04370", "       4   -12.09510 H.O.M.O.",
                                       "       3   -14.25150", "       2   -17.76080", "       1   -29.59570"}));
@@ -321,15 +227,12 @@ TEST(MopacGraphFile, AtomsOrbitalsAndTheHomo) {
     const Mop2016Vectors shifted = read_mgf(data("m22_water_E.mgf"), 12);
     EXPECT_EQ(shifted.first_orbital, 9);
     EXPECT_EQ(shifted.homo, 12);
-    EXPECT_EQ(shifted.geo_lines[2], "      14     6.30580");
     EXPECT_EQ(shifted.geo_lines[4], "      12   -12.09510 H.O.M.O.");
-    EXPECT_EQ(shifted.geo_lines.back(), "       9   -29.59570");
     EXPECT_EQ(read_mgf(data("m22_water_E.mgf"), 3).first_orbital, 1);   // no room below: as it stands
 
     EXPECT_EQ(read_mgf({}).geo_lines, Lines{" Mopac 2016"});
 
-    // A damaged atom row (its atomic number run together with the next
-    // number) ends the atoms instead of overflowing.
+    // An atom row whose atomic number runs into the next number ends the atoms.
     Lines damaged = data("m22_water_E.mgf");
     damaged[3] = "   322753285718D+01    0.0000000  -0.7572000  -0.4692000   0.322753285718D+00";
     EXPECT_EQ(read_mgf(damaged).atoms.size(), 2u);
