@@ -52,7 +52,6 @@ TEST(OrcaReplay, RowsNameTheEnginesTrajectoryFiles) {
     EXPECT_EQ(replay_mode(rows, 2), 7);
     EXPECT_EQ(replay_mode({}, 1), 6);
     EXPECT_EQ(trajectory_file("dfe", 6), "dfe.hess.v006.xyz");
-    EXPECT_EQ(trajectory_file("dfe", 123), "dfe.hess.v123.xyz");
 }
 
 TEST(OrcaReplay, TrajectoriesHoldTwentyFramesAndACutOneIsIncomplete) {

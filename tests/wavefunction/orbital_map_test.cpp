@@ -94,12 +94,6 @@ TEST(OrbitalMaps, OrbitalsAreNormalisedAndOrthogonalOnAFineGrid) {
         for (std::size_t i = 0; i + 1 < maps.size(); ++i)
             EXPECT_NEAR(integral(maps[i], &maps.back()), 0.0, 0.01) << c.file << " orbital " << c.orbitals[i];
     }
-    EXPECT_EQ(wavefunction("water.mgf").homo, 4);
-    EXPECT_EQ(wavefunction("so2.mgf").slater[0].functions, 9);
-    const MapWavefunction dvb = wavefunction(kDvb);
-    EXPECT_EQ(dvb.atoms.size(), 20u);
-    EXPECT_EQ(dvb.orbitals.size(), 35u);
-    EXPECT_EQ(dvb.homo, 35);
 }
 
 TEST(MopacMaps, DensityHoldsTheValenceElectronsAndSpinTheUnpairedOne) {
@@ -123,12 +117,6 @@ TEST(MopacMaps, WhatCannotBeMappedIsSaid) {
     r.kind = MapKind::Spin;
     EXPECT_FALSE(make_map(water, r, error));
     EXPECT_EQ(error, "a closed shell has no spin density");
-    // Without ALLVEC a larger molecule's file starts above orbital 1.
-    MapWavefunction cut = water;
-    cut.complete = false;
-    r.kind = MapKind::Density;
-    EXPECT_FALSE(make_map(cut, r, error));
-    EXPECT_NE(error.find("ALLVEC"), std::string::npos);
     // A file without exponents or with a matrix of another size.
     auto lines = files::read_text_lines(testing::test_data("orbitals/water.mgf"));
     Mop2016Vectors v = read_mop2016_vectors(lines->views());
