@@ -28,9 +28,6 @@ TEST(Colours, MapFileAndFixedChargeScaleAreListed) {
     EXPECT_EQ(lines[47], "  48 1.000 0.000 0.000");
     EXPECT_EQ(lines[48].substr(0, 18), "-0.938-0.875-0.812");
 
-    t.s.opt.palette_choice = 2;
-    load_colour_map(t.s);
-    EXPECT_FLOAT_EQ(t.s.palette.r[1], 0.0f);
     files::remove(t.s.inst.cfgset + "/RASMAP3.DEF");
     t.s.opt.palette_choice = 3;
     load_colour_map(t.s);   // missing: grey entries and a word in the status bar

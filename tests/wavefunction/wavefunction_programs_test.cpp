@@ -1,15 +1,18 @@
-// The Multiwfn actions: their answer files as Multiwfn takes them, and the
-// actions run by a fake Multiwfn that replays recorded runs (CH4, Li2+,
-// Ni(CO)4 from Multiwfn 3.8).
+// The outside wavefunction programs: the Multiwfn actions run by a fake
+// Multiwfn that replays recorded runs (CH4, Li2+, Ni(CO)4 from Multiwfn
+// 3.8), and the DGrid batch and deck with DGrid and the converters as fake
+// programs.
 #include <cstdlib>
 #include <filesystem>
 
 #include <gtest/gtest.h>
 
+#include "session/openers.h"
 #include "session/session.h"
 #include "session/startup.h"
 #include "support/test_support.h"
 #include "toolkit/files.h"
+#include "wavefunction/dgrid.h"
 #include "wavefunction/multiwfn.h"
 #include "wavefunction/multiwfn_answers.h"
 
@@ -54,6 +57,14 @@ struct MultiwfnJob {
     }
     TestSession t;
 };
+
+// An executable script in the test's directory.
+std::string program(TestSession& t, const std::string& name, const std::string& body) {
+    const std::string path = t.dir / name;
+    write_file(path, "#!/bin/sh\n" + body);
+    std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+    return path;
+}
 
 bool said(const TestSession& t, const std::string& part) {
     for (const auto& line : t.tk.transcript())
@@ -181,9 +192,7 @@ TEST(MultiwfnActions, AMoldenFileWithCorePotentialsIsMadeReadable) {
 TEST(MultiwfnActions, WithoutTheProgramOrTheMoldenFileNothingRuns) {
     MultiwfnJob j;
     // A program of 100 bytes or less is no Multiwfn.
-    write_file(j.t.dir / "Multiwfn", "#!/bin/sh\nexit 0\n");
-    std::filesystem::permissions(j.t.dir / "Multiwfn", std::filesystem::perms::owner_all);
-    j.t.s.engines.values["multiwfn"] = j.t.dir / "Multiwfn";
+    j.t.s.engines.values["multiwfn"] = program(j.t, "Multiwfn", "exit 0\n");
     multiwfn_command(j.t.s);
     EXPECT_TRUE(j.t.tk.dialogs_shown().empty());
     EXPECT_NE(j.t.tk.status(9).find("\"multiwfn\""), std::string::npos);
@@ -221,4 +230,32 @@ TEST(MultiwfnActions, TheToolBarCommandInASession) {
               (Lines{"#Orca hirshfeld charges", "C     -0.109250", "H      0.027310", "H      0.027314", "H      0.027314",
                      "H      0.027312"}));
     EXPECT_TRUE(said(t, "dialog 114 shown"));
+}
+
+TEST(Dgrid, TheNewestVersionGetsTheBatchAndTheConvertersRunAlways) {
+    if (on_path("dos2unix").empty()) GTEST_SKIP() << "no dos2unix";
+    struct Case {
+        bool v50, v51;
+    };
+    for (const Case c : {Case{true, false}, Case{true, true}, Case{false, false}}) {
+        SCOPED_TRACE(std::to_string(c.v50) + std::to_string(c.v51));
+        TestSession t;
+        // elf_input_gen writes run_<job> with CRLF ends; dos2unix (Debian's) makes them LF.
+        t.s.engines.values["elf_input_gen"] = program(t, "elf_input_gen", "printf 'dgrid %s\\r\\n' \"$1\" > run_$1\n");
+        t.s.engines.values["dos2unix"] = "dos2unix";
+        t.s.engines.values["dgrid50"] = c.v50 ? program(t, "dgrid-5.0", "exit 0\n") : "";
+        t.s.engines.values["dgrid51"] = c.v51 ? program(t, "dgrid-5.1", "exit 0\n") : "";
+        // Without the wavefunction nothing at all happens.
+        EXPECT_FALSE(dgrid_prepare(t.s, "water"));
+        EXPECT_FALSE(file_present(t.scratch() + "/run_water"));
+        write_file(t.scratch() + "/water.wfn", "wavefunction\n");
+        EXPECT_TRUE(dgrid_prepare(t.s, "water"));
+        const std::string batch = read_file(t.scratch() + "/water_D.bat");
+        if (c.v51) EXPECT_EQ(batch, "'" + (t.dir / "dgrid-5.1") + "' 'water.wfn'\n");
+        else if (c.v50) EXPECT_NE(batch.find("dgrid-5.0' 'water.wfn'"), std::string::npos);
+        EXPECT_EQ(file_present(t.scratch() + "/water_D.inp"), c.v50 || c.v51);
+        if (c.v50) EXPECT_EQ(read_file(t.scratch() + "/water_D.inp").substr(0, 8), "::water\n");
+        EXPECT_EQ(t.tk.message_boxes().size(), c.v50 || c.v51 ? 0u : 1u);
+        EXPECT_EQ(read_file(t.scratch() + "/run_water"), "dgrid water\n");
+    }
 }
