@@ -6,7 +6,6 @@
 
 #include "display/view.h"
 #include "session/session.h"
-#include "toolkit/plot.h"
 #include "support/test_support.h"
 
 using namespace zentol;
@@ -16,14 +15,11 @@ namespace {
 
 std::string text_of(const SceneLabel& l) { return std::string(l.text, static_cast<std::size_t>(l.length)); }
 
+// Three atoms straight in the display copy, C-O-H, both bonds in the xy
+// plane (dz = 0). The picture they make: the GL view tests.
 class SceneTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        s.palette.r[1] = 0.25f;
-        s.palette.g[1] = 0.5f;
-        s.palette.b[1] = 0.75f;
-        // Three atoms straight in the display copy, C-O-H, both bonds in the
-        // xy plane (dz = 0).
         Store& st = s.store;
         const char* labels[] = {"C1  ", "O2  ", "H23A"};
         const float x[] = {0, 1, 1}, y[] = {0, 0, 1}, w[] = {0.77f, 0.73f, 0.37f}, colour[] = {3, 5.6f, 4};
@@ -49,25 +45,26 @@ protected:
 
 }  // namespace
 
-TEST_F(SceneTest, AtomsAreZoomedShadedSpheresInTheirPaletteColours) {
+TEST_F(SceneTest, AtomsAreZoomedSpheresAndBondsTwoHalvesInTheirAtomsColours) {
     s.flags.zoom = 2.0f;
     s.store.disp_scale = 0.5f;
     s.opt.atom_size = 0.4f;
+    s.opt.bond_width = 0.5f;
     Scene scene = build();
     ASSERT_EQ(scene.spheres.size(), 3u);
     const SceneSphere& o = scene.spheres[1];
     EXPECT_FLOAT_EQ(o.x, 2.0f);   // positions times zoom; disp_scale is already in them
     EXPECT_FLOAT_EQ(o.radius, 0.73f * 1.4f * 0.5f * 0.4f * 2.0f);
     EXPECT_EQ(o.colour, 6);   // 5.6 rounds
-    EXPECT_EQ(scene.background, (std::array<float, 3>{0.25f, 0.5f, 0.75f}));
-
-    // Picked atoms take the highlight entry, but only within pick_count.
-    s.view.pick_list[1] = 3;
-    s.view.pick_list[2] = 1;
-    s.view.pick_count = 1;
-    scene = build();
-    EXPECT_EQ(scene.spheres[2].colour, kHighlightEntry);
-    EXPECT_EQ(scene.spheres[0].colour, 3);   // picked, but beyond pick_count
+    EXPECT_FLOAT_EQ(scene.stick_radius, 0.5f * 0.3f * 0.5f * 2.0f);
+    ASSERT_EQ(scene.sticks.size(), 4u);   // both bonds lie flat (dz = 0) and are drawn
+    EXPECT_FLOAT_EQ(scene.sticks[0].x1, 1.0f);   // the middle, zoomed
+    EXPECT_FLOAT_EQ(scene.sticks[1].x0, 1.0f);
+    EXPECT_FLOAT_EQ(scene.sticks[1].x1, 2.0f);
+    EXPECT_EQ(scene.sticks[0].colour, 3);
+    EXPECT_EQ(scene.sticks[1].colour, 6);
+    s.opt.hide_bonds = true;
+    EXPECT_TRUE(build().sticks.empty());
 }
 
 TEST_F(SceneTest, DummyAndHiddenAtomsAreLeftOutButTheirBondsAreDrawn) {
@@ -91,26 +88,15 @@ TEST_F(SceneTest, DummyAndHiddenAtomsAreLeftOutButTheirBondsAreDrawn) {
     EXPECT_EQ(scene.sticks.size(), 4u);
 }
 
-TEST_F(SceneTest, BondsAreTwoHalvesColouredAfterTheirAtoms) {
-    s.flags.zoom = 2.0f;
-    s.opt.bond_width = 0.5f;
-    s.store.disp_scale = 0.8f;
+TEST_F(SceneTest, PickedAtomsAndPickedAndStoredBondsTakeTheirEntries) {
+    // Picked atoms take the highlight entry, but only within pick_count.
+    s.view.pick_list[1] = 3;
+    s.view.pick_list[2] = 1;
+    s.view.pick_count = 1;
     Scene scene = build();
-    EXPECT_FLOAT_EQ(scene.stick_radius, 0.5f * 0.3f * 0.8f * 2.0f);
-    ASSERT_EQ(scene.sticks.size(), 4u);   // both bonds lie flat (dz = 0) and are drawn
-    const SceneStick& first = scene.sticks[0];
-    const SceneStick& second = scene.sticks[1];
-    EXPECT_FLOAT_EQ(first.x1, 1.0f);   // the middle, zoomed
-    EXPECT_FLOAT_EQ(second.x0, 1.0f);
-    EXPECT_FLOAT_EQ(second.x1, 2.0f);
-    EXPECT_EQ(first.colour, 3);
-    EXPECT_EQ(second.colour, 6);
+    EXPECT_EQ(scene.spheres[2].colour, kHighlightEntry);
+    EXPECT_EQ(scene.spheres[0].colour, 3);
 
-    s.opt.hide_bonds = true;
-    EXPECT_TRUE(build().sticks.empty());
-}
-
-TEST_F(SceneTest, PickedAndStoredBondsTakeTheirEntries) {
     s.view.pick_list[1] = 1;
     s.view.pick_list[2] = 2;
     s.view.pick_count = 2;
@@ -118,18 +104,15 @@ TEST_F(SceneTest, PickedAndStoredBondsTakeTheirEntries) {
     EXPECT_EQ(build().sticks[0].colour, 3);
     BondMarks marks;
     marks.count = 1;
-    Scene scene = build(marks);
+    scene = build(marks);
     EXPECT_EQ(scene.sticks[0].colour, kHighlightEntry);
     EXPECT_EQ(scene.sticks[1].colour, kHighlightEntry);
     EXPECT_EQ(scene.sticks[2].colour, 6);   // O-H: H is not picked
-
     // The stored bond shown wins over the pick highlight.
     marks.kind = 1;
     marks.first_low = 1;
     marks.first_high = 2;
-    scene = build(marks);
-    EXPECT_EQ(scene.sticks[0].colour, kStoredBondEntry);
-    EXPECT_EQ(scene.sticks[1].colour, kStoredBondEntry);
+    EXPECT_EQ(build(marks).sticks[1].colour, kStoredBondEntry);
     marks.kind = 2;   // now the second stored bond is the one shown
     marks.second_low = 2;
     marks.second_high = 3;
@@ -142,41 +125,37 @@ TEST_F(SceneTest, EmphasisShrinksAndFadesTheOtherAtomsAndTheirBonds) {
     s.opt.deemphasis_alpha = 0.25f;
     s.opt.atom_size = 0.5f;
     s.store.atom_emph[1] = 1.0f;
-    Scene scene = build();
-    EXPECT_FLOAT_EQ(scene.spheres[1].alpha, 1.0f);   // no emphasis in force: atom_emph is not read
+    EXPECT_FLOAT_EQ(build().spheres[1].alpha, 1.0f);   // no emphasis in force: atom_emph is not read
     s.store.emphasis_count = 1;
-    scene = build();
+    Scene scene = build();
     EXPECT_FLOAT_EQ(scene.spheres[0].radius, 0.77f * 1.4f * 0.5f);
     EXPECT_FLOAT_EQ(scene.spheres[1].alpha, 0.25f);
     EXPECT_FLOAT_EQ(scene.spheres[1].radius, 0.73f * 1.4f * 0.1f);
     EXPECT_FLOAT_EQ(scene.sticks[1].alpha, 1.0f);    // C-O: one end emphasised
     EXPECT_FLOAT_EQ(scene.sticks[2].alpha, 0.25f);   // O-H: neither
-}
 
-TEST_F(SceneTest, FastDrawingAndDraggingShowLessAndThinner) {
-    s.store.emphasis_count = 1;   // nothing emphasised: fast bonds are opaque all the same
-    s.opt.deemphasis_alpha = 0.5f;
+    // Fast drawing: one whole stick a bond in the bond colour, opaque.
     s.flags.sphere_slices = s.flags.sphere_stacks = kFastSlices;
-    Scene scene = build();
+    scene = build();
     EXPECT_EQ(scene.slices, 8);
-    EXPECT_EQ(scene.spheres.size(), 3u);
-    ASSERT_EQ(scene.sticks.size(), 2u);   // one whole stick a bond in the bond colour
+    ASSERT_EQ(scene.sticks.size(), 2u);
     EXPECT_EQ(scene.sticks[1].colour, kFastBondEntry);
     EXPECT_FLOAT_EQ(scene.sticks[1].y1, 1.0f);
     EXPECT_FLOAT_EQ(scene.sticks[1].alpha, 1.0f);
+}
 
-    // A large molecule drops to thin sticks while the mouse turns it.
-    const float radius = scene.stick_radius;
+TEST_F(SceneTest, ALargeMoleculeTurnedByTheMouseDropsToThinSticks) {
+    s.flags.sphere_slices = s.flags.sphere_stacks = kFastSlices;
+    const float radius = build().stick_radius;
     s.flags.mouse_rotating = true;
     s.opt.labels_on = true;
     s.store.disp_natoms = kFullPictureWhileTurning + 1;
-    scene = build();
+    Scene scene = build();
     s.store.disp_natoms = 3;
     EXPECT_TRUE(scene.spheres.empty());
     EXPECT_TRUE(scene.labels.empty());
     EXPECT_EQ(scene.sticks.size(), 2u);
     EXPECT_FLOAT_EQ(scene.stick_radius, radius * 0.3f);
-
     // Without bonds a drag keeps the atoms on the screen.
     s.store.nbonds = 0;
     scene = build();
@@ -186,17 +165,15 @@ TEST_F(SceneTest, FastDrawingAndDraggingShowLessAndThinner) {
 
 TEST_F(SceneTest, LabelsAreCutAtTrailingBlanksAndChargesHaveThreeDecimals) {
     EXPECT_EQ(label_length(make_label("    ")), 1);
-
     s.opt.labels_on = true;
     Scene scene = build();
     ASSERT_EQ(scene.labels.size(), 3u);
     EXPECT_EQ(text_of(scene.labels[0]), "C1");
     EXPECT_EQ(text_of(scene.labels[2]), "H23A");
-    EXPECT_EQ(scene.label_colour, (std::array<float, 3>{0, 0, 0}));   // black on map 1
     s.opt.palette_choice = 2;
-    EXPECT_EQ(build().label_colour, (std::array<float, 3>{1, 1, 1}));
+    EXPECT_EQ(build().label_colour, (std::array<float, 3>{1, 1, 1}));   // white on map 2
 
-    // Charges with three decimals, stars when too wide for the field.
+    // Stars when too wide for the field.
     s.opt.charge_labels = true;
     s.store.atom_charge[1] = -0.123f;
     s.store.atom_charge[2] = 12.5f;

@@ -77,7 +77,7 @@ TEST(Orbview, WaterHomoShowsTwoLobesOfOppositeColour) {
     EXPECT_LT(std::abs((front.red > front.blue ? front.red_x : front.blue_x) - centre), 0.1 * img->width);
 }
 
-TEST(Orbview, BadCubeOrWordsAreRefusedWithAMessage) {
+TEST(Orbview, ABadCubeIsRefusedWithAMessage) {
     if (!have_display()) GTEST_SKIP() << "no display";
     testing::TempDir dir;
     files::change_dir(dir.path());
@@ -87,7 +87,6 @@ TEST(Orbview, BadCubeOrWordsAreRefusedWithAMessage) {
     // Help from a shell without a display.
     EXPECT_EQ(run("env -u DISPLAY -u WAYLAND_DISPLAY " + std::string(ZENTOL_ORBVIEW_PROGRAM) + " --help > help.txt"), 0);
     EXPECT_EQ(read_file("help.txt").substr(0, 20), "usage: orbview FILE.");
-    EXPECT_NE(run(std::string(ZENTOL_ORBVIEW_PROGRAM) + " water 1 MOPAC 2> err.txt"), 0);
 }
 
 // Zentol's words find the map the map program named, and give the words
@@ -114,8 +113,7 @@ TEST(Orbview, LeavingStartsZentolInMopacModeOnTheSameJob) {
     if (!have_display()) GTEST_SKIP() << "no display";
     testing::TempDir dir;
     files::change_dir(dir.path());
-    const std::string job = dir.path() + "/job";
-    const std::string root = dir.path() + "/root";
+    const std::string job = dir.path() + "/job", root = dir.path() + "/root";
     ASSERT_EQ(run("mkdir -p '" + job + "' '" + root + "/cfgset'"), 0);
     files::copy(test_data("water.xyz"), job + "/water.xyz");
     files::copy(test_data("orbitals/water.mgf"), job + "/water.mgf");
