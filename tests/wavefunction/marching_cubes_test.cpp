@@ -80,10 +80,8 @@ TEST(MarchingCubes, SphereHasTheRightAreaVolumeAndOutwardNormals) {
     }
 }
 
-TEST(MarchingCubes, NothingToDrawGivesNoTriangles) {
-    const CubeGrid g = field(8, 0.5, [](double, double, double) { return 0.0; });
-    EXPECT_EQ(isosurface(g, 0.05f).triangles(), 0u);
-    CubeGrid broken = g;
+TEST(MarchingCubes, ABrokenGridGivesNoTriangles) {
+    CubeGrid broken = field(8, 0.5, [](double x, double, double) { return x; });
     broken.values.pop_back();
     EXPECT_EQ(isosurface(broken, 0.05f).triangles(), 0u);
 }
