@@ -88,18 +88,11 @@ TEST(MultiwfnAnswers, OrbitalListsAndBasinLists) {
     EXPECT_EQ(topmod_second_answers(BasinLists{}).lines().size(), 11u);
 }
 
-TEST(MultiwfnAnswers, HirshfeldChargeLogAndTheValenceSectionForCorePotentials) {
+TEST(MultiwfnAnswers, HirshfeldChargeLogAndTheValenceSection) {
     // The CH4 log whole: the tool-bar session below.
     EXPECT_EQ(hirshfeld_charge_log(data("nico4/job.chg"), 9)->at(1), "Ni    -0.115588");
     EXPECT_FALSE(hirshfeld_charge_log(text::TextLines::from_lines({"C  cut"}), 1).has_value());
-    // orca_2mkl's file of a Y atom with the def2 core of 28 electrons; once
-    // there, or without cores, nothing is added.
-    const text::TextLines y = data("y_ecp/job.molden.input");
-    EXPECT_EQ(valence_section(y, 0), (Lines{"[Nval]", "Y 11"}));
-    const Lines edited = with_valence_section(y, {"[Nval]", "Y 11"});
-    ASSERT_EQ(edited.size(), y.size() + 2);
-    EXPECT_EQ(edited[8], "[GTO]");
-    EXPECT_EQ(valence_section(text::TextLines::from_lines(edited), 0), Lines{});
+    // Without core potentials the Molden file needs no valence section.
     EXPECT_EQ(valence_section(data("ch4/job.molden.input"), 0), Lines{});
 }
 
@@ -175,12 +168,16 @@ TEST(MultiwfnActions, AnOpenShellLobaRunSwitchesTheCompositionOff) {
     EXPECT_NE(read_file("loba.lst").find("The sum of oxidation states:     1"), std::string::npos);
 }
 
+// orca_2mkl's file of a Y atom with the def2 core of 28 electrons.
 TEST(MultiwfnActions, AMoldenFileWithCorePotentialsIsMadeReadable) {
     MultiwfnJob j("y_ecp");
     j.t.s.store.natoms = 1;
     j.act(6);
-    EXPECT_EQ(files::read_lines("job.molden.input")->at(6), "[Nval]");
+    const Lines edited = files::read_lines("job.molden.input").value();
+    EXPECT_EQ(Lines(edited.begin() + 6, edited.begin() + 9), (Lines{"[Nval]", "Y 11", "[GTO]"}));
     EXPECT_EQ(files::read_lines("job_chg.log")->at(1), "Y      0.000000");
+    j.act(6);   // once there, nothing is added
+    EXPECT_EQ(files::read_lines("job.molden.input"), edited);
     // A charge that does not fit: said, and nothing runs.
     MultiwfnJob k("y_ecp");
     k.t.s.flags.total_charge = 2;
