@@ -54,8 +54,9 @@ TEST(OcclusionGrid, ASphereInFrontHidesOnlyWhatIsWhollyBehindIt) {
     EXPECT_TRUE(grid.stick_hidden(a, b, 0.02f));
     EXPECT_FALSE(grid.stick_hidden(a, out, 0.02f));
     // Outside the picture is hidden; partly inside or reaching the eye is not.
-    const float far_left[3] = {-5, 0, -16}, edge[3] = {-1.6f, 0, -16}, at_eye[3] = {0, 0, -0.05f};
+    const float far_left[3] = {-5, 0, -16}, above[3] = {0, 4, -16}, edge[3] = {-1.6f, 0, -16}, at_eye[3] = {0, 0, -0.05f};
     EXPECT_TRUE(grid.sphere_hidden(far_left, 0.2f));
+    EXPECT_TRUE(grid.sphere_hidden(above, 0.2f));
     EXPECT_FALSE(grid.sphere_hidden(edge, 0.2f));
     EXPECT_FALSE(grid.sphere_hidden(at_eye, 0.1f));
     // A sphere the near plane cuts open hides nothing.

@@ -76,7 +76,7 @@ TEST(ChartSpectrum, SticksLandOnTheNearestGridPointAndTheLaterOverwritesTheEarli
     s = spread_sticks(stick_file({"   500.00        1.00000", "  -120.00        3.00000", "   900.00        1.00000"}), 1.0f, 1);
     EXPECT_TRUE(s.abandoned);
     EXPECT_EQ(s.geo_lines.size(), 5u);
-    // An empty list, or a file cut before its rows, is flat.
+    // A file cut before its rows is flat.
     s = spread_sticks(text::TextLines::from_lines({"", "  IR Spectrum"}), 1.0f, 1);
     EXPECT_FALSE(s.abandoned);
     EXPECT_EQ(s.strongest, 1);

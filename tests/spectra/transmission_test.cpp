@@ -44,6 +44,7 @@ TEST(Transmission, SticksLandOnTheGridSpreadAndGiveTheHeights) {
     EXPECT_NEAR(h[500 - 100], 1.0 - 0.8 * std::exp(-2.303 * 0.7), 1e-12);
     EXPECT_NEAR(h[1500 - 100], 1.0 - 0.8 * std::exp(-2.303 * 0.7 / 3.0), 1e-12);
     EXPECT_DOUBLE_EQ(h[0], 0.2);
+    EXPECT_DOUBLE_EQ(transmission_heights(transmission_bands({}, 1.0))[900], 0.2);   // no band: flat, not NaN
     EXPECT_NEAR(transmission_x(1401), 0.30, 5e-4);   // 3000 cm-1 stands under its caption
 }
 
