@@ -103,9 +103,6 @@ TEST(ViewerStart, WordsFindTheMapAndTheWayBack) {
     v = read_viewer_words({"pppmap", "FIREFLY"});
     EXPECT_EQ(v.cube, "water_MO112.cube");
     EXPECT_FALSE(returns_to_zentol(v));
-    v = read_viewer_words({"any.cube"});
-    EXPECT_EQ(v.cube, "any.cube");
-    EXPECT_EQ(v.job, "");
     EXPECT_NE(read_viewer_words({"water", "1", "MOPAC"}).error, "");
 }
 
