@@ -1,3 +1,4 @@
+// The picture files: the hard copy in its formats and sizes, and PNG.
 #include "display/hard_copy.h"
 
 #include <gtest/gtest.h>
@@ -15,15 +16,6 @@ int le16(const std::string& s, std::size_t at) {
 }
 
 }  // namespace
-
-TEST(HardCopy, NamesSizesAndTheRunningNumber) {
-    EXPECT_EQ(hard_copy_stem("benz", 1), "benz_01");
-    EXPECT_EQ(hard_copy_stem("benz", 100), "benz_99");
-    EXPECT_EQ(resolution_factor(1), 1);
-    EXPECT_EQ(resolution_factor(2), 2);
-    EXPECT_EQ(resolution_factor(4), 6);   // 3840 by 2880, whatever the button says
-    EXPECT_EQ(resolution_factor(5), 8);
-}
 
 TEST(HardCopy, WritesThePictureOfTheChosenFormatAndSize) {
     TestSession t;
@@ -54,4 +46,17 @@ TEST(HardCopy, WritesThePictureOfTheChosenFormatAndSize) {
     t.tk.load_script("dialog 112 cancel\n");
     hard_copy(t.s);   // cancelled: nothing written, no complaint
     EXPECT_TRUE(t.tk.message_boxes().empty());
+    EXPECT_EQ(resolution_factor(4), 6);   // 3840 by 2880, whatever the button says
+}
+
+TEST(Png, PicturesReadBackPixelForPixel) {
+    Image image;
+    image.width = 7, image.height = 3;
+    for (int i = 0; i < 7 * 3 * 3; ++i) image.rgb.push_back(static_cast<std::uint8_t>(i * 37));
+    auto png = encode_png(image);
+    ASSERT_EQ(png.compare(0, 8, std::string("\x89PNG\r\n\x1a\n", 8)), 0);
+    auto back = decode_png(png);
+    ASSERT_TRUE(back);
+    EXPECT_EQ(back->width, 7);
+    EXPECT_EQ(back->rgb, image.rgb);
 }

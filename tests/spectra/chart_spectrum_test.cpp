@@ -45,99 +45,67 @@ int py(const Chart& c, double y) { return static_cast<int>(std::lround((kChartUn
 
 }  // namespace
 
-TEST(ChartSpectrum, AScaledStickLandsOnTheNearestGridPointAndSpreads) {
-    const StickSpectrum s = spread_sticks(stick_file({"  1000.70       12.00000    7"}), 0.97f, 1);
-    ASSERT_FALSE(s.abandoned);
+TEST(ChartSpectrum, SticksLandOnTheNearestGridPointAndTheLaterOverwritesTheEarlierTail) {
+    // Scaled 970.68: grid point 970, tails to six points either side.
+    StickSpectrum s = spread_sticks(stick_file({"  1000.70       12.00000    7"}), 0.97f, 1);
     const int i = nearest_ir_point(1000.7 * 0.97f);
     EXPECT_DOUBLE_EQ(ir_grid_wave(i), 970.0);
-    EXPECT_EQ(s.strongest, i);
     EXPECT_DOUBLE_EQ(s.band[i], 12.0);
-    const double fractions[] = {0.9, 0.5, 0.3, 0.15, 0.1, 0.05};
-    for (int k = 1; k <= 6; ++k) {
-        EXPECT_DOUBLE_EQ(s.band[i - k], fractions[k - 1] * 12.0);
-        EXPECT_DOUBLE_EQ(s.band[i + k], fractions[k - 1] * 12.0);
-    }
+    EXPECT_DOUBLE_EQ(s.band[i - 1], 0.9 * 12.0);
+    EXPECT_DOUBLE_EQ(s.band[i + 6], 0.05 * 12.0);
     EXPECT_DOUBLE_EQ(s.band[i + 7], 0.0);
-    // What the GEO log receives.
-    ASSERT_EQ(s.geo_lines.size(), 6u);
-    EXPECT_EQ(s.geo_lines[1], " IR Spectrum");
-    EXPECT_EQ(s.geo_lines[2].rfind(" frequency scale factor", 0), 0u);
-    EXPECT_NEAR(text::read_f(s.geo_lines[2].substr(23)).value_or(0), 0.97, 1e-6);
-    EXPECT_EQ(s.geo_lines[3], " freq.cm**-1  Int.");
-    EXPECT_EQ(s.geo_lines[4], "   970.68  12.00000");
-    EXPECT_EQ(s.geo_lines[5], "");
-}
 
-TEST(ChartSpectrum, ALaterStickOverwritesTheTailOfAnEarlierOne) {
-    // 4 cm-1 apart: two grid points.
-    const StickSpectrum s = spread_sticks(stick_file({"  1000.00       10.00000", "  1004.00        2.00000"}), 1.0f, 1);
+    // 4 cm-1 apart, two grid points: the second adds to the first's tail (0.5
+    // of 10) and its own tail then overwrites the first's centre with 0.5 of the sum.
+    s = spread_sticks(stick_file({"  1000.00       10.00000", "  1004.00        2.00000"}), 1.0f, 1);
     const int first = nearest_ir_point(1000.0), second = nearest_ir_point(1004.0);
     ASSERT_EQ(second - first, 2);
-    // The second adds to the first's tail (0.5 of 10) and its own table
-    // then overwrites the first's centre with 0.5 of the sum.
     EXPECT_DOUBLE_EQ(s.band[second], 5.0 + 2.0);
     EXPECT_DOUBLE_EQ(s.band[first], 0.5 * 7.0);
     EXPECT_DOUBLE_EQ(s.band[first - 1], 0.3 * 7.0);
-    // The first stick was the strongest and keeps the scale.
-    EXPECT_EQ(s.strongest, first);
+    EXPECT_EQ(s.strongest, first);   // the first stick keeps the scale
 
     // Sticks near the low end have no tails; one above 4000 lands on the last point.
-    const StickSpectrum low = spread_sticks(stick_file({"   205.00        3.00000", "  4400.00        1.00000"}), 1.0f, 2);
-    EXPECT_DOUBLE_EQ(low.band[2], 3.0);
-    EXPECT_DOUBLE_EQ(low.band[1], 0.0);
-    EXPECT_DOUBLE_EQ(low.band[3], 0.0);
-    EXPECT_DOUBLE_EQ(low.band[kIrGridPoints], 1.0);
-    EXPECT_EQ(low.geo_lines[1], " Raman Spectrum");
-}
+    s = spread_sticks(stick_file({"   205.00        3.00000", "  4400.00        1.00000"}), 1.0f, 2);
+    EXPECT_DOUBLE_EQ(s.band[2], 3.0);
+    EXPECT_DOUBLE_EQ(s.band[1], 0.0);
+    EXPECT_DOUBLE_EQ(s.band[3], 0.0);
+    EXPECT_DOUBLE_EQ(s.band[kIrGridPoints], 1.0);
 
-TEST(ChartSpectrum, ANegativeFrequencyAbandonsThePlotAndAnEmptyListIsFlat) {
-    const StickSpectrum s =
-        spread_sticks(stick_file({"   500.00        1.00000", "  -120.00        3.00000", "   900.00        1.00000"}), 1.0f, 1);
+    // An imaginary mode after the first abandons the plot; the log keeps the first.
+    s = spread_sticks(stick_file({"   500.00        1.00000", "  -120.00        3.00000", "   900.00        1.00000"}), 1.0f, 1);
     EXPECT_TRUE(s.abandoned);
-    EXPECT_EQ(s.geo_lines.size(), 5u);   // the heading and the stick before it
-
-    const StickSpectrum empty = spread_sticks(stick_file({}), 1.0f, 1);
-    EXPECT_FALSE(empty.abandoned);
-    EXPECT_EQ(empty.strongest, 1);
-    for (double v : empty.band) EXPECT_EQ(v, 0.0);
-    // A file cut before its rows is an empty list too.
-    EXPECT_FALSE(spread_sticks(text::TextLines::from_lines({"", "  IR Spectrum"}), 1.0f, 1).abandoned);
+    EXPECT_EQ(s.geo_lines.size(), 5u);
+    // A file cut before its rows is flat.
+    s = spread_sticks(text::TextLines::from_lines({"", "  IR Spectrum"}), 1.0f, 1);
+    EXPECT_FALSE(s.abandoned);
+    EXPECT_EQ(s.strongest, 1);
+    for (double v : s.band) EXPECT_EQ(v, 0.0);
 }
 
 TEST(ChartSpectrum, UvTransitionsAccumulateAGaussianBand) {
-    const auto& w = uv_band_shape();
-    EXPECT_DOUBLE_EQ(w[20], 1.0);
-    EXPECT_DOUBLE_EQ(w[1], std::exp(-0.005 * 38 * 38));
-    EXPECT_DOUBLE_EQ(w[40], std::exp(-0.005 * 40 * 40));
-
     const UvSpectrum s = spread_transitions(
         text::TextLines::from_lines({"  300.0        0.50000", "  300.0        0.50000", "  101.0        2.00000", "  END"}));
     const int k = nearest_uv_point(300.0);
     EXPECT_DOUBLE_EQ(uv_grid_wave(k), 300.0);
     EXPECT_DOUBLE_EQ(s.absorbance[k], 1.0);
-    EXPECT_DOUBLE_EQ(s.absorbance[k - 1], w[19]);
+    EXPECT_DOUBLE_EQ(s.absorbance[k - 1], std::exp(-0.005 * 2 * 2));   // a Gaussian of the distance in nm
     // At 101 nm the band starts at point 1; its lower half falls off the grid.
     EXPECT_EQ(nearest_uv_point(101.0), 1);
-    EXPECT_DOUBLE_EQ(s.absorbance[1], 2.0 * w[20]);
+    EXPECT_DOUBLE_EQ(s.absorbance[1], 2.0);
     EXPECT_EQ(s.strongest, 1);
 
     const auto table = absorbance_table(s);
     ASSERT_EQ(table.size(), 350u);
     EXPECT_EQ(table[0], "   102.  2.0000");
-    EXPECT_EQ(table[k - 1], "   300.  1.0000");
     EXPECT_EQ(table[349], "   800.  0.0000");
 }
 
-TEST(ChartSpectrum, TheChartRunsFrom4000DownwardsWithBandsHangingFromTheTop) {
+TEST(ChartSpectrum, TheChartRunsFrom4000Downwards) {
     const StickSpectrum s = spread_sticks(stick_file({"  1600.00       40.00000", "  3000.00       10.00000"}), 1.0f, 1);
     const Chart c = stick_chart(s, "water", 1, 0.97f);
-    EXPECT_EQ(c.title, "water IR spectrum");
     EXPECT_EQ(c.caption, "Scale factor 0.97");
-    EXPECT_EQ(c.x_title, "Wavenumber 1/cm");
-    EXPECT_EQ(c.y_title, "Intensity");
     EXPECT_TRUE(c.x_reversed && c.y_reversed);
-    EXPECT_FALSE(c.markers);
-    EXPECT_EQ(c.points.size(), 1900u);
     EXPECT_DOUBLE_EQ(c.x_min, 202);
     EXPECT_DOUBLE_EQ(c.x_max, 4000);
     EXPECT_DOUBLE_EQ(c.y_max, 40.0);
@@ -147,15 +115,6 @@ TEST(ChartSpectrum, TheChartRunsFrom4000DownwardsWithBandsHangingFromTheTop) {
     ASSERT_EQ(table.size(), 1900u);
     EXPECT_EQ(table[0], "    202.  0.00000000");
     EXPECT_EQ(table[nearest_ir_point(1600) - 1], "   1600. 40.00000000");
-
-    // The picture: the strong band reaches the bottom of the graph, the
-    // baseline elsewhere runs along the top.
-    const Image image = chart_picture(c);
-    ASSERT_EQ(image.width, kChartPictureWidth);
-    EXPECT_TRUE(trace_in_column(image, px(c, 1600), py(c, 40.0) - 3, py(c, 40.0) + 3));
-    EXPECT_TRUE(trace_in_column(image, px(c, 2500), py(c, 0.0) - 3, py(c, 0.0) + 3));
-    EXPECT_FALSE(trace_in_column(image, px(c, 2500), py(c, 20.0), py(c, 40.0)));
-    EXPECT_LT(px(c, 3000), px(c, 1600));
 }
 
 // The commands in a session: files, GEO log, the chart on the screen.
@@ -172,7 +131,10 @@ TEST(ChartSpectrum, PlotsWriteTheirPicturesTablesAndLogLines) {
     auto png = decode_png(read_file(t.scratch() + "/dvb_ir.png"));
     ASSERT_TRUE(png.has_value());
     const Chart& c = *t.tk.last_chart();
+    // The strong band reaches the bottom of the graph, the baseline elsewhere runs along the top.
     EXPECT_TRUE(trace_in_column(*png, px(c, 2778.45 * 0.97), py(c, c.y_max) - 3, py(c, c.y_max) + 3));
+    EXPECT_TRUE(trace_in_column(*png, px(c, 2000), py(c, 0.0) - 3, py(c, 0.0) + 3));
+    EXPECT_FALSE(trace_in_column(*png, px(c, 2000), py(c, c.y_max / 2), py(c, c.y_max)));
     const std::string geo = read_file(t.scratch() + "/dvb.geo");
     EXPECT_NE(geo.find(" IR Spectrum\n frequency scale factor"), std::string::npos);
     // Fixed fields: a wide intensity runs into the frequency.

@@ -45,30 +45,27 @@ TEST(OrcaReplay, RowsNameTheEnginesTrajectoryFiles) {
         {"", "  IR Spectrum", "  freq.cm**-1  Int.", "   950.60       37.06000   10", "  2778.45     2425.16000", "  END",
          "   999.00        1.00000   12"}));
     ASSERT_EQ(rows.size(), 2u);
-    EXPECT_EQ(rows[0].mode, 10);
     EXPECT_EQ(vibration_row_text(rows[0], 1), "   950.60       37.06000    1");
     // The mode the listing printed, or the row plus 5 for a file without one.
     EXPECT_EQ(replay_mode(rows, 1), 10);
     EXPECT_EQ(replay_mode(rows, 2), 7);
     EXPECT_EQ(replay_mode({}, 1), 6);
     EXPECT_EQ(trajectory_file("dfe", 6), "dfe.hess.v006.xyz");
-    EXPECT_EQ(trajectory_file("dfe", 123), "dfe.hess.v123.xyz");
 }
 
-TEST(OrcaReplay, TrajectoriesHoldTwentyFramesAndACutOneIsIncomplete) {
+TEST(OrcaReplay, TrajectoriesHoldTwentyFramesAndADamagedOneIsIncomplete) {
     bool complete = false;
     auto frames = read_trajectory(trajectory(), 8, complete);
     EXPECT_TRUE(complete);
     ASSERT_EQ(frames.size(), 20u);
     EXPECT_FLOAT_EQ(frames[0][0][0], -1.332224f);
     EXPECT_FLOAT_EQ(frames[1][7][2], 1.010528f);
+    // A damaged line ends the frames read (a cut file: the replay tests below).
     const auto all = trajectory();
     std::vector<std::string> cut(all.begin(), all.begin() + 105);
-    frames = read_trajectory(text::TextLines::from_lines(cut), 8, complete);
-    EXPECT_FALSE(complete);
-    EXPECT_EQ(frames.size(), 10u);
     cut[12] = "C not-a-number";
     frames = read_trajectory(text::TextLines::from_lines(cut), 8, complete);
+    EXPECT_FALSE(complete);
     EXPECT_EQ(frames.size(), 1u);
 }
 
@@ -84,8 +81,7 @@ TEST(OrcaReplay, IrPlaysTwiceRamanThriceAndTheMoleculeComesBack) {
     EXPECT_LE(j.t.renderer.frames - drawn, 43);
     EXPECT_EQ(j.t.tk.dialogs_shown(), (std::vector<int>{117, 117}));
     EXPECT_TRUE(j.t.tk.message_boxes().empty());
-    for (std::size_t i = 0; i < before.size(); ++i)
-        for (int c = 0; c < 3; ++c) EXPECT_FLOAT_EQ(j.coordinates()[i][c], before[i][c]);
+    EXPECT_EQ(j.coordinates(), before);
 
     // Raman shows frames 5 to 16 of three plays, and plays a cut file.
     j.trajectory_for_mode(6, 155);
@@ -95,7 +91,7 @@ TEST(OrcaReplay, IrPlaysTwiceRamanThriceAndTheMoleculeComesBack) {
     EXPECT_GE(j.t.renderer.frames - drawn, 3 * 11);
     EXPECT_LE(j.t.renderer.frames - drawn, 3 * 11 + 3);
     EXPECT_TRUE(j.t.tk.message_boxes().empty());
-    EXPECT_FLOAT_EQ(j.coordinates()[0][0], before[0][0]);
+    EXPECT_EQ(j.coordinates(), before);
 }
 
 TEST(OrcaReplay, AMissingOrCutIrTrajectoryIsReportedAndChangesNothing) {

@@ -1,6 +1,7 @@
 // The drawn spectrum: sticks on the grid, transmission heights, the
 // picture and its HP-GL copy (its PNG file: vibration_session_test); the
-// stick list; the movie's steps and the frame alignment of the displacements.
+// stick list; the movie's list of modes and the frame alignment of the
+// displacements.
 #include "spectra/transmission.h"
 
 #include <cmath>
@@ -16,7 +17,7 @@
 
 using namespace zentol;
 
-TEST(Transmission, SticksLandOnTheGridAndSpread) {
+TEST(Transmission, SticksLandOnTheGridSpreadAndGiveTheHeights) {
     // 1000.7 cm-1 scaled by 0.97 is 970.68: point 485 of the 2 cm-1 grid.
     auto y = transmission_bands({{1000.7, 2.0}}, 0.97);
     EXPECT_DOUBLE_EQ(y[485], 2.0);
@@ -37,19 +38,13 @@ TEST(Transmission, SticksLandOnTheGridAndSpread) {
     double sum = 0;
     for (double v : y) sum += v;
     EXPECT_NEAR(sum, 1.0 + 0.9 + 0.5 + 0.9 + 0.5 + 0.3 + 0.15 + 0.1 + 0.05, 1e-12);
-}
 
-TEST(Transmission, HeightsAndPositions) {
-    const auto flat = transmission_heights(transmission_bands({}, 1.0));
-    ASSERT_EQ(flat.size(), static_cast<std::size_t>(kTransmissionPoints));
-    for (double h : flat) EXPECT_DOUBLE_EQ(h, 0.2);
     // The strongest band reaches 1 - 0.8 exp(-2.303 * 0.7); point n is 2(n + 99) cm-1.
     const auto h = transmission_heights(transmission_bands({{1000, 3.0}, {3000, 1.0}}, 1.0));
     EXPECT_NEAR(h[500 - 100], 1.0 - 0.8 * std::exp(-2.303 * 0.7), 1e-12);
     EXPECT_NEAR(h[1500 - 100], 1.0 - 0.8 * std::exp(-2.303 * 0.7 / 3.0), 1e-12);
     EXPECT_DOUBLE_EQ(h[0], 0.2);
-    EXPECT_NEAR(transmission_x(1), 0.8596, 1e-12);
-    EXPECT_NEAR(transmission_x(1900), 0.10, 1e-12);
+    EXPECT_DOUBLE_EQ(transmission_heights(transmission_bands({}, 1.0))[900], 0.2);   // no band: flat, not NaN
     EXPECT_NEAR(transmission_x(1401), 0.30, 5e-4);   // 3000 cm-1 stands under its caption
 }
 
@@ -59,29 +54,20 @@ TEST(Transmission, PictureAndItsCopies) {
     const auto heights = transmission_heights(transmission_bands({{1600, 1.0}, {3700, 0.5}}, 0.97));
     draw_transmission(tk, heights, "water", 0.97);
     const Plot& p = tk.plot();
-    int lines = 0;
     std::vector<std::string> texts;
-    for (const PlotItem& it : p.items) {
-        if (it.kind == PlotItem::Line) ++lines;
+    for (const PlotItem& it : p.items)
         if (it.kind == PlotItem::Text) texts.push_back(it.text);
-    }
-    EXPECT_EQ(lines, 22 + kTransmissionPoints);
     EXPECT_EQ(texts, (std::vector<std::string>{"4000", "3000", "2000", "1000", "200", "cm", "-1", "water",
                                                "Scale factor 0.97"}));
-    // The curve starts at (0.86, 0.9) and ends at 4000 cm-1 on the left.
-    const PlotItem& first = p.items[22 + 9];
-    EXPECT_DOUBLE_EQ(first.x1, 0.86);
-    EXPECT_DOUBLE_EQ(first.y1, 0.9);
-    EXPECT_DOUBLE_EQ(p.items.back().x2, 0.1);
+    EXPECT_DOUBLE_EQ(p.items.back().x2, 0.1);   // the curve ends at 4000 cm-1 on the left
 
-    // The picture: white paper, black rules, the blue band of 1552 cm-1.
+    // The picture: black rules, the blue band of 1552 cm-1 (1600 * 0.97: grid point 776).
     const Image img = render_plot(p, 1200, 900);
     auto at = [&](double x, double y) {
         return pixel(img, static_cast<int>(std::lround(x * 1199)), static_cast<int>(std::lround((1 - y) * 899)));
     };
-    EXPECT_EQ(at(0.95, 0.5), (std::array<std::uint8_t, 3>{255, 255, 255}));
     EXPECT_EQ(at(0.5, 0.15), (std::array<std::uint8_t, 3>{0, 0, 0}));
-    const int n = 776 - 99;   // 1600 * 0.97 = 1552 cm-1, grid point 776
+    const int n = 776 - 99;
     EXPECT_EQ(at(transmission_x(n), heights[static_cast<std::size_t>(n - 1)]), (std::array<std::uint8_t, 3>{0, 0, 255}));
 
     // HP-GL: pen moves in plotter units, labels closed by character 3.
@@ -91,12 +77,6 @@ TEST(Transmission, PictureAndItsCopies) {
     EXPECT_NE(hpgl.find("PU3000,750;\nLB3000\x03\n"), std::string::npos);
     EXPECT_NE(hpgl.find("PU8600,6750;\nPD8596,1500;\nSP4;\nPD"), std::string::npos);
     EXPECT_EQ(hpgl.substr(hpgl.size() - 9), "PU;\nSP0;\n");
-    // One pen-down a line of the curve: it is drawn without lifting the pen.
-    std::size_t pd = 0, pu = 0;
-    for (std::size_t at_ = hpgl.find("PD"); at_ != std::string::npos; at_ = hpgl.find("PD", at_ + 2)) ++pd;
-    for (std::size_t at_ = hpgl.find("PU"); at_ != std::string::npos; at_ = hpgl.find("PU", at_ + 2)) ++pu;
-    EXPECT_EQ(pd, static_cast<std::size_t>(lines));
-    EXPECT_EQ(pu, 22u + 9u + 1u + 1u);
 }
 
 TEST(StickList, WrittenAndReadBack) {
@@ -106,12 +86,8 @@ TEST(StickList, WrittenAndReadBack) {
     const auto lines = stick_file(modes, false);
     EXPECT_EQ(lines, (std::vector<std::string>{"", " IR Spectrum", "  freq.cm**-1  Int.  No.",
                                                "    38.65   0.00004    1", "  -825.18  21.64357    2", "  END"}));
-    EXPECT_EQ(stick_file(modes, true)[1], " Raman Spectrum");
-    auto sticks = read_stick_file(text::TextLines::from_lines(lines));
-    ASSERT_TRUE(sticks);
-    ASSERT_EQ(sticks->size(), 2u);
-    EXPECT_DOUBLE_EQ((*sticks)[1].frequency, -825.18);
-    // Without "  END" the file's end closes the list; without "  freq" it is none.
+    // Read back whole by the plots (vibration_session_test); without "  END"
+    // the file's end closes the list, without "  freq" it is none.
     auto cut = read_stick_file(text::TextLines::from_lines({"", " IR Spectrum", "  freq.cm**-1  Int.  No.",
                                                             "   100.00   1.00000    1", "   200.0"}));
     ASSERT_TRUE(cut);
@@ -119,24 +95,7 @@ TEST(StickList, WrittenAndReadBack) {
     EXPECT_FALSE(read_stick_file(text::TextLines::from_lines({"garbage", "   100.00   1.00000    1"})));
 }
 
-TEST(VibrationMovie, StepsRowsAndNames) {
-    EXPECT_EQ(movie_divisor(5), 115);
-    EXPECT_EQ(movie_divisor(10), 75);
-    EXPECT_EQ(movie_divisor(1), 147);
-    const auto steps = cycle_steps();
-    ASSERT_EQ(steps.size(), static_cast<std::size_t>(kMovieFrames));
-    int sum = 0, lowest = 0, running = 0;
-    for (int k : steps) {
-        sum += k;
-        running += k;
-        lowest = std::min(lowest, running);
-    }
-    EXPECT_EQ(sum, 0);          // a cycle comes back where it began
-    EXPECT_EQ(lowest, -55);     // and swings as far to the other side
-    EXPECT_EQ(steps[10], -1);
-    EXPECT_EQ(steps[39], 10);
-    EXPECT_EQ(movie_frame_name(1), "MV01.INS");
-    EXPECT_EQ(movie_frame_name(40), "MV40.INS");
+TEST(VibrationMovie, TheDialogListIsBounded) {
     std::vector<VibrationMode> many(120);
     many[0].frequency = 1595.5, many[0].intensity = 1.25;
     const auto rows = movie_rows(many);

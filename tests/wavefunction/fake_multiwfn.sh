@@ -1,16 +1,8 @@
 #!/bin/sh
-# A stand-in for Multiwfn that replays recorded runs. "multiwfn
-# job.molden.input < answers" keeps the answers it was given as
-# answers.N (N counting the runs in this folder) and acts on the first
-# answer as Multiwfn's main menu does, from the recorded outputs in
-# FAKE_MWFN_DATA (004.lst ..., orb_comp1.lst, topmod.lst, loba.lst,
-# loba_fix.lst, job.chg):
-#   200  cube files orbNNNNNN.cub of the listed orbitals (small markers)
-#   8    orbital compositions: NNN.lst for one orbital, else orb_comp1.lst
-#   17   ELF basins: topmod.lst for the first run, then the two cube files
-#   19   LOBA oxidation states (loba_fix.lst for the run with "-9")
-#   12   vtx.pdb; 7  job.chg (named after the input up to its first dot);
-#   5    spindensity.cub
+# A stand-in for Multiwfn that replays recorded runs from FAKE_MWFN_DATA.
+# "multiwfn job.molden.input < answers" keeps its answers as answers.N (N
+# counting the runs in this folder) and acts on the first answer as
+# Multiwfn's main menu does; cube files are small markers.
 n=1
 while [ -e "answers.$n" ]; do n=$((n + 1)); done
 cat > "answers.$n"

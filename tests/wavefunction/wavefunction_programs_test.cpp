@@ -1,15 +1,18 @@
-// The Multiwfn actions: their answer files as Multiwfn takes them, and the
-// actions run by a fake Multiwfn that replays recorded runs (CH4, Li2+,
-// Ni(CO)4 from Multiwfn 3.8).
+// The outside wavefunction programs: the Multiwfn actions run by a fake
+// Multiwfn that replays recorded runs (CH4, Li2+, Ni(CO)4 from Multiwfn
+// 3.8), and the DGrid batch and deck with DGrid and the converters as fake
+// programs.
 #include <cstdlib>
 #include <filesystem>
 
 #include <gtest/gtest.h>
 
+#include "session/openers.h"
 #include "session/session.h"
 #include "session/startup.h"
 #include "support/test_support.h"
 #include "toolkit/files.h"
+#include "wavefunction/dgrid.h"
 #include "wavefunction/multiwfn.h"
 #include "wavefunction/multiwfn_answers.h"
 
@@ -55,6 +58,14 @@ struct MultiwfnJob {
     TestSession t;
 };
 
+// An executable script in the test's directory.
+std::string program(TestSession& t, const std::string& name, const std::string& body) {
+    const std::string path = t.dir / name;
+    write_file(path, "#!/bin/sh\n" + body);
+    std::filesystem::permissions(path, std::filesystem::perms::owner_all);
+    return path;
+}
+
 bool said(const TestSession& t, const std::string& part) {
     for (const auto& line : t.tk.transcript())
         if (line.find(part) != std::string::npos) return true;
@@ -63,62 +74,26 @@ bool said(const TestSession& t, const std::string& part) {
 
 }  // namespace
 
-// The answer files the actions' runs below do not show whole; the others
-// are checked as the fake Multiwfn received them.
-TEST(MultiwfnAnswers, TheAnswerFilesAsMultiwfnTakesThem) {
-    EXPECT_EQ(orbital_stem(123), "123");
-    EXPECT_EQ(topmod_first_answers().lines(), (Lines{"17", "1", "9", "2", "12", "-10", "q"}));
-    EXPECT_EQ(loba_answers(50.0, false).lines(), (Lines{"19", "1", "8", "100", "50.000", "m", "0", "-10", "q"}));
-    EXPECT_EQ(loba_answers(10.0, true).lines(),
-              (Lines{"19", "-9", "0", "1", "8", "100", "10.000", "m", "0", "-10", "q"}));
-    EXPECT_EQ(hirshfeld_answers().lines(), (Lines{"7", "1", "1", "y", "0", "q"}));
-    EXPECT_EQ(spin_density_answers().lines(), (Lines{"5", "5", "3", "2", "0", "q"}));
-
-    EXPECT_EQ(parse_orbital_list("4,5,6"), (std::vector<int>{4, 5, 6}));
+// The answer files are checked as the fake Multiwfn received them, in the
+// actions' tests below.
+TEST(MultiwfnAnswers, OrbitalListsAndBasinLists) {
     EXPECT_EQ(parse_orbital_list(" 41, 43-45 "), (std::vector<int>{41, 43, 44, 45}));
     EXPECT_FALSE(parse_orbital_list("HOMO").has_value());
     EXPECT_FALSE(parse_orbital_list("6-4").has_value());
     EXPECT_FALSE(parse_orbital_list(",").has_value());
-}
-
-TEST(MultiwfnAnswers, BasinListsPickTheSecondRunsRecords) {
-    // CH4: a core and 2-synaptic basins only.
-    BasinLists ch4 = read_basin_lists(data("ch4/topmod.lst"));
-    EXPECT_EQ(ch4.core, "4");
-    EXPECT_FALSE(ch4.one_found);
-    // Ni(CO)4: both kinds.
-    const BasinLists nico4 = read_basin_lists(data("nico4/topmod.lst"));
-    EXPECT_EQ(topmod_second_answers(nico4).lines(),
+    // Ni(CO)4 has both kinds of basin; CH4 (the ELF action below) 2-synaptic ones only.
+    EXPECT_EQ(topmod_second_answers(read_basin_lists(data("nico4/topmod.lst"))).lines(),
               (Lines{"17", "1", "9", "2", "12", "-5", "b", "1,4,7,8,15,16,21,22", "2,3,5,6,9,10,13,14"}));
-    BasinLists only_one{"6-12", "1-5,13", "", true, false};
-    EXPECT_EQ(topmod_second_answers(only_one).lines().back(), "1-5,13");
+    EXPECT_EQ(topmod_second_answers(BasinLists{"6-12", "1-5,13", "", true, false}).lines().back(), "1-5,13");
     EXPECT_EQ(topmod_second_answers(BasinLists{}).lines().size(), 11u);
 }
 
-TEST(MultiwfnAnswers, HirshfeldChargesAndUnrestrictedFiles) {
-    EXPECT_EQ(*hirshfeld_charge_log(data("ch4/job.chg"), 5),
-              (Lines{"#Orca hirshfeld charges", "C     -0.109250", "H      0.027310", "H      0.027314", "H      0.027314",
-                     "H      0.027312"}));
+TEST(MultiwfnAnswers, HirshfeldChargeLogAndTheValenceSection) {
+    // The CH4 log whole: the tool-bar session below.
     EXPECT_EQ(hirshfeld_charge_log(data("nico4/job.chg"), 9)->at(1), "Ni    -0.115588");
     EXPECT_FALSE(hirshfeld_charge_log(text::TextLines::from_lines({"C  cut"}), 1).has_value());
-    EXPECT_FALSE(molden_unrestricted(data("ch4/job.molden.input")));
-    EXPECT_TRUE(molden_unrestricted(data("li2cation/job.molden.input")));
-}
-
-TEST(MultiwfnAnswers, CorePotentialsGetTheValenceSection) {
-    // orca_2mkl's file of a Y atom with the def2 core of 28 electrons.
-    const text::TextLines y = data("y_ecp/job.molden.input");
-    EXPECT_EQ(valence_section(y, 0), (Lines{"[Nval]", "Y 11"}));
-    const Lines edited = with_valence_section(y, {"[Nval]", "Y 11"});
-    ASSERT_EQ(edited.size(), y.size() + 2);
-    EXPECT_EQ(edited[5], "Y    1  39          0.0000000000         0.0000000000         0.0000000000 ");
-    EXPECT_EQ(edited[6], "[Nval]");
-    EXPECT_EQ(edited[8], "[GTO]");
-    // Once there, or without cores, nothing is added; a charge that does
-    // not fit the cores leaves their size unknown.
-    EXPECT_EQ(valence_section(text::TextLines::from_lines(edited), 0), Lines{});
+    // Without core potentials the Molden file needs no valence section.
     EXPECT_EQ(valence_section(data("ch4/job.molden.input"), 0), Lines{});
-    EXPECT_FALSE(valence_section(y, -3).has_value());
 }
 
 TEST(MultiwfnActions, CubesCompositionsAndTheDOrbitalKey) {
@@ -132,7 +107,7 @@ TEST(MultiwfnActions, CubesCompositionsAndTheDOrbitalKey) {
     for (const char* f : {"cubes.txt", "dorb.txt", "orb_comp1.lst"}) EXPECT_FALSE(files::exists(f)) << f;
     const Lines comp = files::read_lines("orb_comp.lst").value();
     EXPECT_EQ(Lines(comp.begin(), comp.begin() + 6), d_orbital_key());
-    EXPECT_NE(read_file(j.t.scratch() + "/orb_comp.lst").find(" Orbital:     6"), std::string::npos);
+    EXPECT_NE(read_file("orb_comp.lst").find(" Orbital:     6"), std::string::npos);
     EXPECT_TRUE(said(j.t, "editor: " + j.t.scratch() + "/orb_comp.lst"));
     EXPECT_EQ(j.t.tk.dialogs_shown(), std::vector<int>{114});
 
@@ -148,14 +123,13 @@ TEST(MultiwfnActions, CubesCompositionsAndTheDOrbitalKey) {
     EXPECT_EQ(k.runs(), 2);
 }
 
-TEST(MultiwfnActions, ElfLobaPotentialHirshfeldAndSpin) {
+TEST(MultiwfnActions, ElfLobaPotentialAndSpin) {
     MultiwfnJob j;
     std::filesystem::create_directories(j.t.scratch() + "/job-folder");
     std::filesystem::rename(j.t.scratch() + "/job.molden.input", j.t.scratch() + "/job-folder/job.molden.input");
     std::filesystem::current_path(j.t.scratch() + "/job-folder");
     j.act(3);
     EXPECT_EQ(j.answers(2), (Lines{"17", "1", "9", "2", "12", "-5", "b", "4", "1-3,5"}));
-    EXPECT_FALSE(files::exists("topmod.txt"));
     // Away from the scratch folder the viewer's files are copied there.
     for (const char* f : {"basinsyn.cub", "basinfunc.cub", "basinsyn.vmd"})
         EXPECT_TRUE(file_present(j.t.scratch() + "/" + f)) << f;
@@ -173,19 +147,15 @@ TEST(MultiwfnActions, ElfLobaPotentialHirshfeldAndSpin) {
 
     write_file("job_orca.pdb", "CRYST1\n");
     j.act(5);
-    EXPECT_EQ(j.answers(4), (Lines{"12", "0", "6", "-1", "-1", "q"}));
     for (const char* f : {"mol1_orca1.pdb", "vtx1.pdb", "esp.vmd"})
         EXPECT_TRUE(file_present(j.t.scratch() + "/" + f)) << f;
 
-    j.act(6);
-    EXPECT_EQ(files::read_lines("job_chg.log")->at(1), "C     -0.109250");
-
     // A singlet has no spin density: nothing runs.
     j.act(7);
-    EXPECT_EQ(j.runs(), 5);
+    EXPECT_EQ(j.runs(), 4);
     j.t.s.flags.spin_multiplicity = 2;
     j.act(7);
-    EXPECT_EQ(j.runs(), 6);
+    EXPECT_EQ(j.runs(), 5);
     EXPECT_TRUE(files::exists("spindensity.cub"));
     EXPECT_FALSE(files::exists("spind.txt"));
     EXPECT_EQ(j.t.tk.message_boxes().back(), "Open job_orca.pdb and spindensity.cub usoing Chimera");
@@ -198,12 +168,16 @@ TEST(MultiwfnActions, AnOpenShellLobaRunSwitchesTheCompositionOff) {
     EXPECT_NE(read_file("loba.lst").find("The sum of oxidation states:     1"), std::string::npos);
 }
 
+// orca_2mkl's file of a Y atom with the def2 core of 28 electrons.
 TEST(MultiwfnActions, AMoldenFileWithCorePotentialsIsMadeReadable) {
     MultiwfnJob j("y_ecp");
     j.t.s.store.natoms = 1;
     j.act(6);
-    EXPECT_EQ(files::read_lines("job.molden.input")->at(6), "[Nval]");
+    const Lines edited = files::read_lines("job.molden.input").value();
+    EXPECT_EQ(Lines(edited.begin() + 6, edited.begin() + 9), (Lines{"[Nval]", "Y 11", "[GTO]"}));
     EXPECT_EQ(files::read_lines("job_chg.log")->at(1), "Y      0.000000");
+    j.act(6);   // once there, nothing is added
+    EXPECT_EQ(files::read_lines("job.molden.input"), edited);
     // A charge that does not fit: said, and nothing runs.
     MultiwfnJob k("y_ecp");
     k.t.s.flags.total_charge = 2;
@@ -215,9 +189,7 @@ TEST(MultiwfnActions, AMoldenFileWithCorePotentialsIsMadeReadable) {
 TEST(MultiwfnActions, WithoutTheProgramOrTheMoldenFileNothingRuns) {
     MultiwfnJob j;
     // A program of 100 bytes or less is no Multiwfn.
-    write_file(j.t.dir / "Multiwfn", "#!/bin/sh\nexit 0\n");
-    std::filesystem::permissions(j.t.dir / "Multiwfn", std::filesystem::perms::owner_all);
-    j.t.s.engines.values["multiwfn"] = j.t.dir / "Multiwfn";
+    j.t.s.engines.values["multiwfn"] = program(j.t, "Multiwfn", "exit 0\n");
     multiwfn_command(j.t.s);
     EXPECT_TRUE(j.t.tk.dialogs_shown().empty());
     EXPECT_NE(j.t.tk.status(9).find("\"multiwfn\""), std::string::npos);
@@ -251,6 +223,37 @@ TEST(MultiwfnActions, TheToolBarCommandInASession) {
     t.tk.load_script("menu 40084\ndialog 127 ok 1048=1\n");
     run_program(t.s, {"zentol", "ch4", "1"});
     unsetenv("FAKE_MWFN_DATA");
-    EXPECT_EQ(files::read_lines(t.scratch() + "/ch4_chg.log")->size(), 6u);
+    EXPECT_EQ(files::read_lines(t.scratch() + "/ch4_chg.log"),
+              (Lines{"#Orca hirshfeld charges", "C     -0.109250", "H      0.027310", "H      0.027314", "H      0.027314",
+                     "H      0.027312"}));
     EXPECT_TRUE(said(t, "dialog 114 shown"));
+}
+
+TEST(Dgrid, TheNewestVersionGetsTheBatchAndTheConvertersRunAlways) {
+    if (on_path("dos2unix").empty()) GTEST_SKIP() << "no dos2unix";
+    struct Case {
+        bool v50, v51;
+    };
+    for (const Case c : {Case{true, false}, Case{true, true}, Case{false, false}}) {
+        SCOPED_TRACE(std::to_string(c.v50) + std::to_string(c.v51));
+        TestSession t;
+        // elf_input_gen writes run_<job> with CRLF ends; dos2unix (Debian's) makes them LF.
+        t.s.engines.values["elf_input_gen"] = program(t, "elf_input_gen", "printf 'dgrid %s\\r\\n' \"$1\" > run_$1\n");
+        t.s.engines.values["dos2unix"] = "dos2unix";
+        t.s.engines.values["dgrid50"] = c.v50 ? program(t, "dgrid-5.0", "exit 0\n") : "";
+        t.s.engines.values["dgrid51"] = c.v51 ? program(t, "dgrid-5.1", "exit 0\n") : "";
+        // Without the wavefunction nothing at all happens.
+        EXPECT_FALSE(dgrid_prepare(t.s, "water"));
+        EXPECT_FALSE(file_present(t.scratch() + "/run_water"));
+        write_file(t.scratch() + "/water.wfn", "wavefunction\n");
+        EXPECT_TRUE(dgrid_prepare(t.s, "water"));
+        EXPECT_EQ(file_present(t.scratch() + "/water_D.inp"), c.v50);
+        if (c.v50) {
+            const std::string newest = t.dir / (c.v51 ? "dgrid-5.1" : "dgrid-5.0");
+            EXPECT_EQ(read_file(t.scratch() + "/water_D.bat"), "'" + newest + "' 'water.wfn'\n");
+            EXPECT_EQ(read_file(t.scratch() + "/water_D.inp").substr(0, 8), "::water\n");
+        }
+        EXPECT_EQ(t.tk.message_boxes().size(), c.v50 || c.v51 ? 0u : 1u);
+        EXPECT_EQ(read_file(t.scratch() + "/run_water"), "dgrid water\n");
+    }
 }
