@@ -22,20 +22,18 @@ namespace fs = std::filesystem;
 namespace {
 
 // Serves one canned HTTP answer on a loopback port.
-class OneShotServer {
-public:
-    explicit OneShotServer(std::string answer) {
-        fd_ = socket(AF_INET, SOCK_STREAM, 0);
+struct OneShotServer {
+    explicit OneShotServer(const std::string& answer) {
         sockaddr_in a{};
         a.sin_family = AF_INET;
         a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        bind(fd_, reinterpret_cast<sockaddr*>(&a), sizeof a);
         socklen_t len = sizeof a;
-        getsockname(fd_, reinterpret_cast<sockaddr*>(&a), &len);
-        port_ = ntohs(a.sin_port);
-        listen(fd_, 1);
-        thread_ = std::thread([this, answer] {
-            int c = accept(fd_, nullptr, nullptr);
+        bind(fd, reinterpret_cast<sockaddr*>(&a), len);
+        getsockname(fd, reinterpret_cast<sockaddr*>(&a), &len);
+        url = "http://127.0.0.1:" + std::to_string(ntohs(a.sin_port));
+        listen(fd, 1);
+        thread = std::thread([this, answer] {
+            int c = accept(fd, nullptr, nullptr);
             if (c < 0) return;
             char buf[2048];
             (void)recv(c, buf, sizeof buf, 0);
@@ -44,16 +42,13 @@ public:
         });
     }
     ~OneShotServer() {
-        shutdown(fd_, SHUT_RDWR);
-        close(fd_);
-        thread_.join();
+        shutdown(fd, SHUT_RDWR);
+        close(fd);
+        thread.join();
     }
-    std::string url() const { return "http://127.0.0.1:" + std::to_string(port_); }
-
-private:
-    int fd_ = -1;
-    int port_ = 0;
-    std::thread thread_;
+    int fd = socket(AF_INET, SOCK_STREAM, 0);
+    std::string url;
+    std::thread thread;
 };
 
 }  // namespace
@@ -150,7 +145,7 @@ TEST(JobCommands, UpdateCheck) {
         std::optional<OneShotServer> server;
         if (!c.answer.empty()) server.emplace(c.answer);
         TestSession u;
-        u.s.engines.values["update_url"] = server ? server->url() + c.tail : "http://127.0.0.1:9";
+        u.s.engines.values["update_url"] = server ? server->url + c.tail : "http://127.0.0.1:9";
         run_on_water(u, "menu 40032\n" + c.script);
         if (c.said.empty()) {
             EXPECT_TRUE(u.tk.message_boxes().empty()) << c.answer;

@@ -16,7 +16,6 @@ namespace fs = std::filesystem;
 TEST(StartupExit, FirstStartWithNoWordsOpensPtestInScratchAndLeavesNoFiles) {
     TestSession t;
     fs::current_path(t.dir.path());
-    write_file(t.scratch() + "/ptest.xyz", "stale\n");   // ptest.* is cleared at start
     run_words(t, {}, "menu 40039\n");
     const std::string cfg = t.s.inst.cfgset;
     EXPECT_EQ(read_file(cfg + "/zentol.def"), t.s.inst.default_library + "\n" + t.scratch() + "\n   1\n");

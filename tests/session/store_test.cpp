@@ -20,7 +20,6 @@ TEST(Store, ElementLookupModes) {
     EXPECT_FLOAT_EQ(element_lookup(st, nullptr, "D1", kLookupAtomicNumber), 93.0f);
     EXPECT_FLOAT_EQ(element_lookup(st, nullptr, "Xx", kLookupElectronegativity), 0.74f);
     EXPECT_FLOAT_EQ(element_lookup(st, nullptr, "Q1", kLookupRadius), 0.77f);
-    EXPECT_FLOAT_EQ(element_lookup(st, nullptr, "CEN1", kLookupRadius), 0.0f);
 }
 
 TEST(Store, UnconfirmedRadiusIsAskedOnceWithDialog103) {

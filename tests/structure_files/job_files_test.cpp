@@ -93,27 +93,21 @@ TEST(JobFiles, EmphasisLines) {
     EXPECT_EQ(apply_emphasis_lines(st, {"EMPHASISE THE FiRST\r\r\r\r\r222222222222222222*", "222", "CEN "}), 0);
 }
 
-TEST(JobFiles, TypeListAndValueLogs) {
+TEST(JobFiles, TypeListLayout) {
     Store st;
     methanol_like(st);
     st.conn_type(1) = 1;
     st.conn_type(2) = 6;
     EXPECT_EQ(format_type_list(st), "Atom type list\nC1           1\nO2           6\nCn3          0\n");
-    auto values = parse_value_log({"#Orca hirshfeld charges", "C1   -0.125", "O2 ,0.5", "Cn3  1.5D-1", "", "H4 9"});
-    EXPECT_EQ(values, (std::vector<double>{-0.125, 0.5, 0.15}));
-    EXPECT_EQ(parse_value_log({"#h", "C1  x"}).size(), 0u);
 }
 
-TEST(JobFiles, LogIsStartedOrContinued) {
+// Engine runs add to the log; a new one replaces the old.
+TEST(JobFiles, ANewLogReplacesTheOldAndLinesLoseTrailingBlanks) {
     TestSession t;
     t.s.job.name = "g";
+    write_file("g.geo", " an old run\n");
     open_job_log(t.s, false, " Zentol g");
     log_line(t.s, " Energy   -12.5   ");
-    open_job_log(t.s, true, " Zentol g");
-    log_line(t.s, " more");
     close_job_log(t.s);
-    log_line(t.s, " lost");
-    EXPECT_EQ(read_file("g.geo"), " Zentol g\n Energy   -12.5\n more\n");
-    open_job_log(t.s, false, " Opened g");
-    EXPECT_EQ(read_file("g.geo"), " Opened g\n");
+    EXPECT_EQ(read_file("g.geo"), " Zentol g\n Energy   -12.5\n");
 }
