@@ -71,20 +71,6 @@ TEST(DisplayLoop, AnAnswerStandsUntilTheNextCommand) {
     EXPECT_NE(seen[6], seen[1]);   // Step-1 is a command of its own
 }
 
-// One frame and one write of the job's files before the window waits.
-TEST(DisplayLoop, StartUpDrawsOnceBeforeGoingIdle) {
-    TestSession t;
-    int frames = -1, writes = 0;
-    t.tk.set_ask_hook([&](int asked) {
-        if (asked != 1) return;
-        frames = t.renderer.frames;
-        for (const auto& [field, text] : t.tk.status_writes()) writes += field == 4;   // the atom count
-    });
-    run_on_water(t, "close\n");
-    EXPECT_EQ(frames, 1);
-    EXPECT_EQ(writes, 1);
-}
-
 TEST(DisplayLoop, MissingSiblingIsToldAndTheSessionGoesOn) {
     TestSession t;
     run_on_water(t, "menu 40040\nmenu 40065\nmenu 40039\n");

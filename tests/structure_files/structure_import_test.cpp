@@ -78,7 +78,6 @@ TEST(StructureImport, EveryFormatRoundTripsAMetalComplexWithACharge) {
     auto reference = imported(test_data("structure_files/zn_propanoate.sdf"));
     ASSERT_EQ(reference->natoms, 15);
     EXPECT_EQ(bonds_of(*reference).size(), 14u);
-    EXPECT_EQ(label_text(reference->atom_label[7]).substr(0, 2), "Zn");
     for (const char* ext : kFormats) {
         SCOPED_TRACE(ext);
         ForeignMolecule first_read;
