@@ -18,7 +18,7 @@ TEST(Store, ElementLookupModes) {
     EXPECT_FLOAT_EQ(element_lookup(st, nullptr, "CL", kLookupRadius), 1.02f);   // second letter lowered
     EXPECT_FLOAT_EQ(element_lookup(st, nullptr, "C1", kLookupRadius), 0.76f);   // digit: one letter
     EXPECT_FLOAT_EQ(element_lookup(st, nullptr, "D1", kLookupAtomicNumber), 93.0f);
-    EXPECT_FLOAT_EQ(element_lookup(st, nullptr, "Xx", kLookupElectronegativity), 0.74f);
+    EXPECT_FLOAT_EQ(element_lookup(st, nullptr, "Xx", kLookupElectronegativity), 0.74f);   // the radius
     EXPECT_FLOAT_EQ(element_lookup(st, nullptr, "Q1", kLookupRadius), 0.77f);
 }
 
