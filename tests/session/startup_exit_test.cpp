@@ -148,7 +148,7 @@ TEST(StartupExit, DynamicsFilesFollowTheSetupBox) {
 
 // ptest is the scratch folder's throw-away job, cleared at start; a ptest
 // anywhere else is an ordinary job of the user's.
-TEST(StartupExit, PtestIsSpecialOnlyInScratch) {
+TEST(StartupExit, PtestOutsideScratchIsAnOrdinaryJob) {
     TestSession t;
     EXPECT_EQ(job_status(t.s, "ptest"), kStatusPtestInScratch);
     fs::create_directories(t.dir / "elsewhere");
