@@ -68,7 +68,8 @@ void expect_same_molecule(const Store& a, const Store& b, double within = 1e-4) 
     EXPECT_EQ(bonds_of(a), bonds_of(b));
 }
 
-const char* const kFormats[] = {"xyz", "pdb", "sdf", "mol", "mol2", "cml"};
+// One per layout Open Babel reads differently (.mol is .sdf's MDL layout).
+const char* const kFormats[] = {"xyz", "pdb", "sdf", "mol2", "cml"};
 
 }  // namespace
 
