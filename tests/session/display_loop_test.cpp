@@ -6,6 +6,7 @@
 #include <cmath>
 #include <unistd.h>
 
+#include "display/view.h"
 #include "session_helpers.h"
 #include "toolkit/files.h"
 
@@ -71,6 +72,20 @@ TEST(DisplayLoop, AnAnswerStandsUntilTheNextCommand) {
     EXPECT_NE(seen[6], seen[1]);   // Step-1 is a command of its own
 }
 
+// One frame and one write of the job's files before the window waits.
+TEST(DisplayLoop, StartUpDrawsOnceBeforeGoingIdle) {
+    TestSession t;
+    int frames = -1, writes = 0;
+    t.tk.set_ask_hook([&](int asked) {
+        if (asked != 1) return;
+        frames = t.renderer.frames;
+        for (const auto& [field, text] : t.tk.status_writes()) writes += field == 4;   // the atom count
+    });
+    run_on_water(t, "close\n");
+    EXPECT_EQ(frames, 1);
+    EXPECT_EQ(writes, 1);
+}
+
 TEST(DisplayLoop, MissingSiblingIsToldAndTheSessionGoesOn) {
     TestSession t;
     run_on_water(t, "menu 40040\nmenu 40065\nmenu 40039\n");
@@ -86,6 +101,45 @@ TEST(DisplayLoop, MissingSiblingIsToldAndTheSessionGoesOn) {
     for (int i = 0; i < 250 && read_file(u.scratch() + "/handed.txt").find('\n') == std::string::npos; ++i)
         usleep(20000);
     EXPECT_EQ(read_file(u.scratch() + "/handed.txt"), "water 1 MX\n");
+}
+
+TEST(View, PickingAndDragRules) {
+    TestSession t;
+    Store& st = t.s.store;
+    st.disp_natoms = 3;
+    st.screen_x[1] = 0.5f, st.screen_y[1] = 0.5f;
+    st.screen_x[2] = 0.5f, st.screen_y[2] = 0.5f;   // the same point: the lower number wins
+    st.screen_x[3] = 0.7f, st.screen_y[3] = 0.5f;
+    t.s.view.pick_tolerance = pick_tolerance_for(st.disp_natoms);
+    bool found = false;
+    EXPECT_EQ(nearest_atom(t.s, 0.51f, 0.5f, found), 1);
+    EXPECT_TRUE(found);
+    nearest_atom(t.s, 0.75f, 0.5f, found);   // exactly at the tolerance: not picked
+    EXPECT_FALSE(found);
+}
+
+// 5 or 50 move events of the same drag end at the same angle.
+TEST(View, ADragTurnsByTheDistanceNotByTheEvents) {
+    auto drag = [](int moves, float to_x, float to_y) {
+        auto t = std::make_unique<TestSession>();
+        Store& st = t->s.store;
+        st.disp_natoms = 1;
+        st.disp_x[1] = 1, st.disp_y[1] = 0, st.disp_z[1] = 0;
+        drag_rotation(t->s, Event{.x = 0.2f, .y = 0.5f, .command = kCommandPress});
+        for (int k = 1; k <= moves; ++k) {
+            float f = static_cast<float>(k) / moves;
+            drag_rotation(t->s, Event{.x = 0.2f + (to_x - 0.2f) * f, .y = 0.5f + (to_y - 0.5f) * f, .moved = true});
+        }
+        drag_rotation(t->s, Event{.x = to_x, .y = to_y, .command = kCommandRelease});
+        return std::array<float, 3>{st.disp_x[1], st.disp_y[1], st.disp_z[1]};
+    };
+    auto five = drag(5, 0.325f, 0.5f), fifty = drag(50, 0.325f, 0.5f);
+    for (int c = 0; c < 3; ++c) EXPECT_NEAR(five[c], fifty[c], 1e-5f);
+    EXPECT_NEAR(five[0], std::cos(22.5f / 57.29578f), 1e-5f);   // 0.125 of the view: 22.5 degrees
+    auto across = drag(20, 1.2f, 0.5f);
+    EXPECT_NEAR(across[0], -1.0f, 1e-4f);
+    auto up = drag(7, 0.2f, 0.6f);                                // upwards turns about x
+    EXPECT_NEAR(up[0], 1.0f, 1e-6f);
 }
 
 TEST(DisplayLoop, AClickPicksTheAtomUnderThePointer) {
