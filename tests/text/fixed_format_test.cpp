@@ -7,74 +7,52 @@ using namespace zentol::text;
 
 TEST(FixedFormat, RealFieldsAsGfortranWritesThem) {
     EXPECT_EQ(format_f(-0.123, 5, 3), "-.123");     // no room for the leading zero
-    EXPECT_EQ(format_f(0.123, 6, 3), " 0.123");
-    EXPECT_EQ(format_f(0.5, 4, 3), ".500");
     EXPECT_EQ(format_f(-0.0001, 6, 3), "-0.000");   // a negative value keeps its sign
-    EXPECT_EQ(format_f(0.0, 5, 3), "0.000");
-    EXPECT_EQ(format_f(-1.0, 9, 4), "  -1.0000");
-    EXPECT_EQ(format_f(1.5, 11, 6), "   1.500000");
     EXPECT_EQ(format_f(123.4, 3, 1), "***");
-    EXPECT_EQ(format_f(0.4, 1, 0), "*");
     EXPECT_EQ(format_f(99.96, 4, 1), "****");       // rounding makes it too wide
+    EXPECT_EQ(format_f(1.0 / 0.0, 4, 1), "****");
     // Ties go to even on the binary value, as gfortran rounds.
     EXPECT_EQ(format_f(0.125, 4, 2), "0.12");
     EXPECT_EQ(format_f(2.5, 3, 0), " 2.");
-    EXPECT_EQ(format_f(0.25, 4, 1), " 0.2");
     EXPECT_EQ(format_f(-0.05f, 5, 1), " -0.1");
-    EXPECT_EQ(format_f(1.0 / 0.0, 4, 1), "****");
     // ES, as Gaussian cube files carry their values.
     EXPECT_EQ(format_es(1.23456e-5, 13, 5), "  1.23456E-05");
-    EXPECT_EQ(format_es(-0.5, 13, 5), " -5.00000E-01");
     EXPECT_EQ(format_es(0.0, 13, 5), "  0.00000E+00");
     EXPECT_EQ(format_es(2.5e123, 13, 5), " 2.50000E+123");
     EXPECT_EQ(format_es(-2.5e-123, 12, 5), "************");
 }
 
 TEST(FixedFormat, WholeNumbersAndTextFields) {
-    EXPECT_EQ(format_i(42, 6), "    42");
     EXPECT_EQ(format_i(-10, 3), "-10");
     EXPECT_EQ(format_i(-10, 2), "**");
-    EXPECT_EQ(format_i(100, 2), "**");
     EXPECT_EQ(format_a("ab", 4), "  ab");           // Fortran pads text on the left
     EXPECT_EQ(format_a("abcdef", 4), "abcd");
-    EXPECT_EQ(pad_right("C1", 4), "C1  ");
-    EXPECT_EQ(pad_right("H123A", 4), "H123");
     EXPECT_EQ(column_field("abc", 2, 4), "bc  ");
     EXPECT_EQ(column_field("abc", 9, 2), "  ");
 }
 
 TEST(FixedFormat, FixedFieldInput) {
-    EXPECT_DOUBLE_EQ(*read_f("   1.500000"), 1.5);
     EXPECT_DOUBLE_EQ(*read_f("      "), 0.0);
     EXPECT_DOUBLE_EQ(*read_f(" 1.5D-3"), 1.5e-3);
-    EXPECT_DOUBLE_EQ(*read_f("1.5d+3"), 1500.0);
-    EXPECT_DOUBLE_EQ(*read_f("-2.5E1"), -25.0);
     EXPECT_DOUBLE_EQ(*read_f("1.5-3"), 1.5e-3);
     EXPECT_DOUBLE_EQ(*read_f("12345", 3), 12.345);  // implied decimals without a point
     EXPECT_DOUBLE_EQ(*read_f(" 1 2. 5"), 12.5);     // blanks count for nothing
-    EXPECT_FALSE(read_f("x.y"));
     EXPECT_FALSE(read_f("1.5e"));
     EXPECT_FALSE(read_f("--1"));
     EXPECT_FALSE(read_f("1e999"));
-    EXPECT_EQ(*read_i("    12"), 12);
     EXPECT_EQ(*read_i("  -7 "), -7);
-    EXPECT_EQ(*read_i("      "), 0);
     EXPECT_FALSE(read_i("1.5"));
-    EXPECT_FALSE(read_i("12a"));
     EXPECT_FALSE(read_i("99999999999999999999"));
 }
 
 TEST(FixedFormat, ListDirectedInput) {
-    EXPECT_EQ(*read_ints("  6   2   3", 9), (std::vector<long long>{6, 2, 3}));
     EXPECT_EQ(*read_ints("6,2 , 3", 9), (std::vector<long long>{6, 2, 3}));
     EXPECT_EQ(*read_ints("3*7 1", 9), (std::vector<long long>{7, 7, 7, 1}));
     EXPECT_EQ(*read_ints("1 2 / 3", 9), (std::vector<long long>{1, 2}));
     EXPECT_EQ(*read_ints("1 2 junk", 2), (std::vector<long long>{1, 2}));   // not needed, not read
     EXPECT_FALSE(read_ints("1 2.5", 2));
-    EXPECT_FALSE(read_ints("1 x", 2));
     EXPECT_EQ(*read_ints("1,,3", 3), (std::vector<long long>{1, 3}));       // a null value
     EXPECT_EQ(*read_reals(" -0.125D0\t2.5E-1", 5), (std::vector<double>{-0.125, 0.25}));
-    EXPECT_TRUE(read_reals("", 3)->empty());
 }
 
 // Repeat counts in damaged files: a count far beyond the values wanted is
@@ -87,22 +65,12 @@ TEST(FixedFormat, HugeRepeatCountsOfDamagedLinesReadAtOnce) {
 }
 
 TEST(FixedFormat, FreeRecordsAsGfortranListsThem) {
-    EXPECT_EQ((FreeRecord() << 1 << 2).str(), "           1           2");
-    EXPECT_EQ((FreeRecord() << "Zentol " << "ptest").str(), " Zentol ptest");
     EXPECT_EQ((FreeRecord() << "E=" << 1.5 << "x" << 3).str(), " E=   1.50000000     x           3");
-    EXPECT_EQ((FreeRecord() << 1 << "a").str(), "           1 a");
-    EXPECT_EQ((FreeRecord() << 0.001).str(), "   1.00000005E-03");
     EXPECT_EQ((FreeRecord() << 123456.7).str(), "   123456.703    ");
-    EXPECT_EQ((FreeRecord() << -2.25).str(), "  -2.25000000    ");
     EXPECT_EQ((FreeRecord() << 1.0e9).str(), "   1.00000000E+09");
 }
 
-TEST(FixedFormat, TextHelpers) {
-    EXPECT_EQ(trimmed_length("ab  "), 2u);
-    EXPECT_EQ(trim("  ab \r"), "ab");
+// Titles go into fixed columns: tabs and control bytes go, UTF-8 stays.
+TEST(FixedFormat, SanitisedText) {
     EXPECT_EQ(sanitise_text(std::string("a\tb\x01\xc3\xa9")), std::string("a b \xc3\xa9"));
-    EXPECT_EQ(upper_case("aZ1é"), "AZ1é");
-    EXPECT_EQ(lower_case("AbC"), "abc");
-    EXPECT_TRUE(starts_with_nocase("Parameters x", "PARAMETERS"));
-    EXPECT_TRUE(equals_nocase("ptest.XYZ", "PTEST.xyz"));
 }
