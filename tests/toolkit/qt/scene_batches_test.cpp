@@ -4,8 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numeric>
-#include <random>
 
 #include <gtest/gtest.h>
 
@@ -49,76 +47,41 @@ std::vector<float> sphere(const SceneBatches& b, int k) {
     return primitive(b.sphere_vertices(), k, kSphereFloats, kSphereCorners);
 }
 
-TEST(SceneBatches, TheHalvesOfABondAreOneStickColouredByHalves) {
+// The halves of a bond become one stick (what it looks like is the
+// painter's test); sticks that only touch do not: a bent chain in fast
+// drawing (one stick a bond, each ending where the next begins, which is
+// no midpoint), and two halves that would join but for their alpha.
+TEST(SceneBatches, TheHalvesOfABondAreOneStickButSticksThatOnlyTouchStaySeparate) {
     Scene scene = coloured_scene();
     add_bond(scene, {0.1f, 0.2f, 0.3f}, {0.7f, -0.3f, 0.35f}, 3, 5);
     add_bond(scene, {0.7f, -0.3f, 0.35f}, {0.9f, 0.4f, -0.2f}, 5, 7);
     SceneBatches b;
     b.build(scene, kLook);
-    ASSERT_EQ(b.stick_count(), 2);
-    // Both bonds, whichever is drawn first: from its first atom to its
-    // second, the first half's colour and alpha, then the second half's.
-    std::vector<std::vector<float>> got = {stick(b, 0), stick(b, 1)};
-    std::sort(got.begin(), got.end());
-    // No spheres: all of each stick shows.
-    EXPECT_EQ(got[0], (std::vector<float>{0.1f, 0.2f, 0.3f, 0.7f, -0.3f, 0.35f, 1, 0, 0, 1, 0, 0, 1, 0, 0}));
-    EXPECT_EQ(got[1], (std::vector<float>{0.7f, -0.3f, 0.35f, 0.9f, 0.4f, -0.2f, 0, 0, 1, 1, 0, 1, 0, 0, 0}));
-}
-
-TEST(SceneBatches, SticksThatOnlyTouchStaySeparate) {
-    Scene scene = coloured_scene();
-    // A bent chain in fast drawing: one stick a bond, each ending where the
-    // next begins, which is no midpoint.
-    scene.sticks.push_back({0, 0, 0, 1, 0, 0, 2, 1});
-    scene.sticks.push_back({1, 0, 0, 1, 1, 0, 2, 1});
-    // Two halves that would join but for their alpha.
-    scene.sticks.push_back({0, 0, 1, 0.5f, 0, 1, 3, 1});
-    scene.sticks.push_back({0.5f, 0, 1, 1, 0, 1, 3, 0.5f});
-    SceneBatches b;
+    EXPECT_EQ(b.stick_count(), 2);
+    scene.sticks = {{0, 0, 0, 1, 0, 0, 2, 1}, {1, 0, 0, 1, 1, 0, 2, 1},
+                    {0, 0, 1, 0.5f, 0, 1, 3, 1}, {0.5f, 0, 1, 1, 0, 1, 3, 0.5f}};
     b.build(scene, kLook);
     EXPECT_EQ(b.stick_count(), 4);
-    // A stick on its own has one colour throughout.
-    const std::vector<float> s = stick(b, 0);
-    EXPECT_EQ(std::vector<float>(s.begin() + 6, s.begin() + 9), std::vector<float>(s.begin() + 10, s.begin() + 13));
 }
 
-TEST(SceneBatches, OpaquePrimitivesGoNearestFirst) {
+// Opaque spheres go nearest first, by how near their front comes (the
+// culling needs the front ones first); with one translucent sphere the
+// scene's order stands, as its blending depends on what went before.
+TEST(SceneBatches, OpaqueSpheresGoNearestFirstTranslucentOnesInTheScenesOrder) {
     Scene scene = coloured_scene();
-    // The eye looks down -z: larger z is nearer. What counts is how near
-    // the sphere's front comes: the big one behind (index 3) reaches
-    // furthest forward; 1 and 2 come equally near, and keep their order.
-    scene.spheres.push_back({0, 0, 0.0f, 0.1f, 3, 1});    // front at 0.1
+    scene.spheres.push_back({0, 0, 0.0f, 0.1f, 3, 1});    // front at 0.1 (the eye looks down -z)
     scene.spheres.push_back({0, 0, 0.2f, 0.1f, 5, 1});    // front at 0.3
-    scene.spheres.push_back({0.3f, 0, 0.2f, 0.1f, 7, 1}); // front at 0.3
     scene.spheres.push_back({0, 0, -0.5f, 1.0f, 3, 1});   // front at 0.5
     SceneBatches b;
     b.build(scene, kLook);
-    ASSERT_EQ(b.sphere_count(), 4);
-    EXPECT_TRUE(b.spheres_opaque());
-    EXPECT_EQ(sphere(b, 0)[2], -0.5f);
+    ASSERT_EQ(b.sphere_count(), 3);
+    EXPECT_EQ(std::vector<float>({sphere(b, 0)[2], sphere(b, 1)[2], sphere(b, 2)[2]}),
+              std::vector<float>({-0.5f, 0.2f, 0}));
     EXPECT_EQ(sphere(b, 1), (std::vector<float>{0, 0, 0.2f, 0.1f, 0, 0, 1, 1}));
-    EXPECT_EQ(sphere(b, 2), (std::vector<float>{0.3f, 0, 0.2f, 0.1f, 0, 1, 0, 1}));
-    EXPECT_EQ(sphere(b, 3)[2], 0.0f);
-
-    // One translucent sphere: its blending depends on what was drawn
-    // before, so the scene's order stands.
-    scene.spheres[2].alpha = 0;
+    scene.spheres[1].alpha = 0;
     b.build(scene, kLook);
-    EXPECT_FALSE(b.spheres_opaque());
-    for (int k = 0; k < 4; ++k) {
-        EXPECT_EQ(sphere(b, k)[0], scene.spheres[static_cast<std::size_t>(k)].x) << k;
-        EXPECT_EQ(sphere(b, k)[2], scene.spheres[static_cast<std::size_t>(k)].z) << k;
-    }
-
-    // Sticks go by their nearer end.
-    scene = coloured_scene();
-    add_bond(scene, {0, 0, -1}, {0, 0, 0}, 3, 3);        // nearer end at 0
-    add_bond(scene, {1, 0, 0.5f}, {1, 1, -2}, 5, 5);     // at 0.5
-    add_bond(scene, {2, 0, -0.2f}, {2, 1, -0.3f}, 7, 7); // at -0.2
-    b.build(scene, kLook);
-    ASSERT_EQ(b.stick_count(), 3);
-    EXPECT_TRUE(b.sticks_opaque());
-    EXPECT_EQ(std::vector<float>({stick(b, 0)[0], stick(b, 1)[0], stick(b, 2)[0]}), std::vector<float>({1, 0, 2}));
+    EXPECT_EQ(std::vector<float>({sphere(b, 0)[2], sphere(b, 1)[2], sphere(b, 2)[2]}),
+              std::vector<float>({0, 0.2f, -0.5f}));
 }
 
 TEST(SceneBatches, SticksSkipWhatTheirAtomsSpheresHide) {
@@ -155,38 +118,6 @@ TEST(SceneBatches, SticksSkipWhatTheirAtomsSpheresHide) {
     EXPECT_EQ(hidden(3, 1, 0), std::pair(0.0f, 0.0f));
     EXPECT_NEAR(hidden(0.2f, 0, 0).first, std::sqrt(0.01f - r2) / 0.2f, 2e-3);
     EXPECT_EQ(hidden(0.2f, 0, 0).second, 0);
-}
-
-// The order after each frame is the one a full sort gives, whether the keys
-// barely moved, were turned upside down, or changed in number.
-TEST(SceneBatches, TheDepthOrderStaysRightFromFrameToFrame) {
-    std::mt19937 random(7);
-    std::uniform_real_distribution<float> uniform(-1, 1);
-    std::vector<float> keys(3000);
-    for (float& k : keys) k = uniform(random);
-    keys[10] = keys[20] = keys[30];   // ties go by index
-    auto expected = [&keys](int n) {
-        std::vector<std::uint32_t> o(static_cast<std::size_t>(n));
-        std::iota(o.begin(), o.end(), 0u);
-        std::stable_sort(o.begin(), o.end(), [&keys](std::uint32_t a, std::uint32_t b) { return keys[a] > keys[b]; });
-        return o;
-    };
-    auto got = [](const DepthOrder& d) {
-        return std::vector<std::uint32_t>(d.order().begin(), d.order().begin() + d.size());
-    };
-    DepthOrder order;
-    order.sort(keys, 2500);
-    EXPECT_EQ(got(order), expected(2500));
-    for (int frame = 0; frame < 3; ++frame) {   // small turns
-        for (float& k : keys) k += 0.01f * uniform(random);
-        order.sort(keys, 2500);
-        EXPECT_EQ(got(order), expected(2500)) << "frame " << frame;
-    }
-    for (float& k : keys) k = -k;   // everything the other way round
-    order.sort(keys, 2500);
-    EXPECT_EQ(got(order), expected(2500));
-    order.sort(keys, 3000);
-    EXPECT_EQ(got(order), expected(3000));
 }
 
 // A row of atoms one behind the other along the line of sight. Small, they

@@ -17,6 +17,7 @@
 #include "support/test_support.h"
 #include "toolkit/qt/main_window.h"
 #include "toolkit/qt/qt_renderer.h"
+#include "toolkit/qt/qt_test_support.h"
 #include "toolkit/qt/qt_toolkit.h"
 
 namespace zentol::qt_testing {

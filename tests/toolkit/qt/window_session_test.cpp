@@ -3,7 +3,6 @@
 // turn survives menus, dialogs, zoom and a hard copy; spheres are round at
 // every size; a drag turns by its length; the wheel zooms; a dropped local
 // file opens as a new job, as File > Open does.
-#include <QApplication>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QKeyEvent>
@@ -11,7 +10,6 @@
 #include <QMenuBar>
 #include <QMimeData>
 #include <QMouseEvent>
-#include <QTimer>
 #include <QUrl>
 #include <QWheelEvent>
 
@@ -23,7 +21,6 @@
 #include "display/image.h"
 #include "display/projection.h"
 #include "session/display_loop.h"
-#include "toolkit/qt/qt_test_support.h"
 #include "toolkit/qt/window_job.h"
 
 namespace zentol {
@@ -32,24 +29,18 @@ namespace {
 // One atom in the middle, for the roundness of a sphere.
 const char* const kOneAtom = "     1 one\n     1  S      0.000000    0.000000    0.000000    15\n";
 
-QMimeData* urls(const QList<QUrl>& list) {
-    auto* data = new QMimeData;
-    data->setUrls(list);
-    return data;
-}
-
-// A drop of the data at the middle of the view; whether the window took it.
-bool drop_on(QWidget* window, QMimeData* data) {
+// A drop of the URLs (or else the text) at the middle of the window;
+// whether the window took it.
+bool drop_on(QWidget* window, const QList<QUrl>& urls, const QString& text = {}) {
+    QMimeData data;
+    if (urls.isEmpty()) data.setText(text);
+    else data.setUrls(urls);
     const QPointF at(window->width() / 2.0, window->height() / 2.0);
-    QDragEnterEvent enter(at.toPoint(), Qt::CopyAction, data, Qt::LeftButton, Qt::NoModifier);
+    QDragEnterEvent enter(at.toPoint(), Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(window, &enter);
-    if (!enter.isAccepted()) {
-        delete data;
-        return false;
-    }
-    QDropEvent drop(at, Qt::CopyAction, data, Qt::LeftButton, Qt::NoModifier);
+    if (!enter.isAccepted()) return false;
+    QDropEvent drop(at, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
     QApplication::sendEvent(window, &drop);
-    delete data;
     return drop.isAccepted();
 }
 
@@ -119,11 +110,12 @@ TEST_F(WindowSession, ATurnSurvivesMenusADialogZoomAndAHardCopy) {
     const std::string benzene = testing::read_file(std::string(ZENTOL_TEST_DATA) + "/../../examples/benzene.xyz");
     open(benzene);
     if (IsSkipped() || HasFatalFailure()) return;
-    std::vector<float> turned, after_menus, after_dialog, after_zoom, after_copy;
+    std::vector<std::pair<const char*, std::vector<float>>> turns;   // after each stage
     std::vector<std::function<void()>> steps;
+    auto note = [&](const char* after) { steps.push_back([&, after] { turns.emplace_back(after, turn()); }); };
     for (int k = 0; k < 12; ++k) steps.push_back([this] { key(Qt::Key_Right); });
     steps.push_back([&] { key(Qt::Key_Up); });
-    steps.push_back([&] { turned = turn(); });
+    note("the turn");
     // Every menu of the bar opened and closed, as a user browsing them.
     for (QAction* top : tk.main_window()->menuBar()->actions()) {
         steps.push_back([this, top] {
@@ -133,14 +125,14 @@ TEST_F(WindowSession, ATurnSurvivesMenusADialogZoomAndAHardCopy) {
             if (QMenu* m = top->menu()) m->close();
         });
     }
-    steps.push_back([&] { after_menus = turn(); });
+    note("the menus");
     steps.push_back([&] {
         qt_testing::on_modal([](QDialog* d) { d->reject(); });   // Setup, cancelled
         command(40004);
     });
-    steps.push_back([&] { after_dialog = turn(); });
+    note("a dialog");
     steps.push_back([&] { command(40039); });
-    steps.push_back([&] { after_zoom = turn(); });
+    note("zoom");
     steps.push_back([&] {
         qt_testing::on_modal([](QDialog* d) {
             d->accept();   // PNG, the job's name
@@ -148,14 +140,11 @@ TEST_F(WindowSession, ATurnSurvivesMenusADialogZoomAndAHardCopy) {
         });
         command(40064);
     });
-    steps.push_back([&] { after_copy = turn(); });
+    note("a hard copy");
     run_loop(steps);
 
-    ASSERT_FALSE(turned.empty());
-    expect_same_turn(turned, after_menus, "the menus");
-    expect_same_turn(turned, after_dialog, "a dialog");
-    expect_same_turn(turned, after_zoom, "zoom");
-    expect_same_turn(turned, after_copy, "a hard copy");
+    ASSERT_EQ(turns.size(), 5u);
+    for (const auto& [after, xyz] : turns) expect_same_turn(turns[0].second, xyz, after);
     // The picture holds the turned molecule: each atom stands where the
     // turned display copy projects in a picture of its size.
     auto png = decode_png(testing::read_file(dir / "job/mol_01.png"));
@@ -228,38 +217,24 @@ TEST_F(WindowSession, ADragTurnsByItsLengthAndTheWheelZooms) {
     EXPECT_FLOAT_EQ(s.flags.zoom, zoom + 0.2f);
 }
 
-TEST(DropFile, OnlyLocalFilesAreTakenAndTheirPathArrives) {
-    QtToolkit tk;
-    tk.window_open(800, 600, "drop");
-    tk.wait_hundredths(5);
-    while (tk.pending_messages()) tk.next_message();
-    EXPECT_FALSE(drop_on(tk.main_window(), urls({QUrl("https://example.org/water.pdb")})));
-    auto* text = new QMimeData;
-    text->setText("water");
-    EXPECT_FALSE(drop_on(tk.main_window(), text));
-    EXPECT_TRUE(drop_on(tk.main_window(), urls({QUrl::fromLocalFile("/data/my molecules/water.pdb")})));
-    Message m;
-    while (tk.pending_messages() && m.type != MessageType::FileDropped) m = tk.next_message();
-    EXPECT_EQ(m.type, MessageType::FileDropped);
-    EXPECT_EQ(m.path, "/data/my molecules/water.pdb");
-    tk.close_all();
-}
-
-// The zinc complex dropped as an SDF file is the job, drawn.
-TEST_F(WindowSession, TheDisplayLoopOpensADroppedFile) {
+// Only a local file is taken; the zinc complex dropped as an SDF file is
+// the job, drawn, and the file itself is left alone.
+TEST_F(WindowSession, TheDisplayLoopOpensADroppedLocalFile) {
     open(testing::read_file(testing::test_data("water.xyz")), "water");
     if (IsSkipped() || HasFatalFailure()) return;
+    EXPECT_FALSE(drop_on(tk.main_window(), {QUrl("https://example.org/water.pdb")}));
+    EXPECT_FALSE(drop_on(tk.main_window(), {}, "water"));
     const std::string zn = testing::read_file(testing::test_data("structure_files/zn_propanoate.sdf"));
-    const std::string sdf = dir / "mine/zn_propanoate.sdf";
+    const std::string sdf = dir / "my molecules/zn_propanoate.sdf";
     testing::write_file(sdf, zn);
     QImage shot;
     auto idle = [] {};
-    run_loop({[&] { drop_on(tk.main_window(), urls({QUrl::fromLocalFile(QString::fromStdString(sdf))})); }, idle,
-              idle, idle, idle, [&] { shot = tk.main_window()->grab().toImage(); }});
+    run_loop({[&] { EXPECT_TRUE(drop_on(tk.main_window(), {QUrl::fromLocalFile(QString::fromStdString(sdf))})); },
+              idle, idle, idle, idle, [&] { shot = tk.main_window()->grab().toImage(); }});
     EXPECT_EQ(s.job.name, "zn_propanoate");
     EXPECT_EQ(s.store.natoms, 15);
     EXPECT_EQ(tk.status_field(2), "1:zn_propanoate");
-    EXPECT_EQ(testing::read_file(sdf), zn);   // the dropped file itself is left alone
+    EXPECT_EQ(testing::read_file(sdf), zn);
     qt_testing::keep_shot(shot, "dropped_file.png");
 }
 
