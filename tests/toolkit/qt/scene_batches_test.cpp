@@ -1,5 +1,5 @@
 // The vertex data the painter draws from: joined bond halves, the order
-// primitives go in, and four whole vertices a quad.
+// primitives go in, the stick ends their atoms hide, and what is culled.
 #include "toolkit/qt/scene_batches.h"
 
 #include <algorithm>
@@ -14,21 +14,17 @@ namespace {
 
 const Matrix4 kLook = look_at_matrix();
 
-// A scene with palette entry 3 red, 5 blue, 7 green.
-Scene coloured_scene() {
+Scene a_scene() {
     Scene scene;
-    scene.palette[3] = {1, 0, 0};
-    scene.palette[5] = {0, 0, 1};
-    scene.palette[7] = {0, 1, 0};
     scene.stick_radius = 0.05f;
     return scene;
 }
 
 // The two halves of the bond p-q as the scene makes them.
-void add_bond(Scene& scene, std::array<float, 3> p, std::array<float, 3> q, int ca, int cb, float alpha = 1) {
+void add_bond(Scene& scene, std::array<float, 3> p, std::array<float, 3> q, int ca, int cb) {
     const float mx = (p[0] + q[0]) / 2, my = (p[1] + q[1]) / 2, mz = (p[2] + q[2]) / 2;
-    scene.sticks.push_back({p[0], p[1], p[2], mx, my, mz, ca, alpha});
-    scene.sticks.push_back({mx, my, mz, q[0], q[1], q[2], cb, alpha});
+    scene.sticks.push_back({p[0], p[1], p[2], mx, my, mz, ca, 1});
+    scene.sticks.push_back({mx, my, mz, q[0], q[1], q[2], cb, 1});
 }
 
 // Primitive k's attributes, checking that its four vertices carry the same.
@@ -52,7 +48,7 @@ std::vector<float> sphere(const SceneBatches& b, int k) {
 // drawing (one stick a bond, each ending where the next begins, which is
 // no midpoint), and two halves that would join but for their alpha.
 TEST(SceneBatches, TheHalvesOfABondAreOneStickButSticksThatOnlyTouchStaySeparate) {
-    Scene scene = coloured_scene();
+    Scene scene = a_scene();
     add_bond(scene, {0.1f, 0.2f, 0.3f}, {0.7f, -0.3f, 0.35f}, 3, 5);
     add_bond(scene, {0.7f, -0.3f, 0.35f}, {0.9f, 0.4f, -0.2f}, 5, 7);
     SceneBatches b;
@@ -64,28 +60,24 @@ TEST(SceneBatches, TheHalvesOfABondAreOneStickButSticksThatOnlyTouchStaySeparate
     EXPECT_EQ(b.stick_count(), 4);
 }
 
-// Opaque spheres go nearest first, by how near their front comes (the
-// culling needs the front ones first); with one translucent sphere the
-// scene's order stands, as its blending depends on what went before.
-TEST(SceneBatches, OpaqueSpheresGoNearestFirstTranslucentOnesInTheScenesOrder) {
-    Scene scene = coloured_scene();
-    scene.spheres.push_back({0, 0, 0.0f, 0.1f, 3, 1});    // front at 0.1 (the eye looks down -z)
-    scene.spheres.push_back({0, 0, 0.2f, 0.1f, 5, 1});    // front at 0.3
-    scene.spheres.push_back({0, 0, -0.5f, 1.0f, 3, 1});   // front at 0.5
+// Opaque spheres go nearest first (the culling below needs that); with one
+// translucent sphere the scene's order stands, as its blending depends on
+// what went before.
+TEST(SceneBatches, TranslucentSpheresKeepTheScenesOrder) {
+    Scene scene = a_scene();
+    scene.spheres.push_back({0, 0, 0.0f, 0.1f, 3, 1});
+    scene.spheres.push_back({0, 0, 0.2f, 0.1f, 5, 0});
+    scene.spheres.push_back({0, 0, -0.5f, 0.1f, 3, 1});
     SceneBatches b;
     b.build(scene, kLook);
     ASSERT_EQ(b.sphere_count(), 3);
-    EXPECT_EQ(std::vector<float>({sphere(b, 0)[2], sphere(b, 1)[2], sphere(b, 2)[2]}),
-              std::vector<float>({-0.5f, 0.2f, 0}));
-    EXPECT_EQ(sphere(b, 1), (std::vector<float>{0, 0, 0.2f, 0.1f, 0, 0, 1, 1}));
-    scene.spheres[1].alpha = 0;
-    b.build(scene, kLook);
+    EXPECT_FALSE(b.spheres_opaque());
     EXPECT_EQ(std::vector<float>({sphere(b, 0)[2], sphere(b, 1)[2], sphere(b, 2)[2]}),
               std::vector<float>({0, 0.2f, -0.5f}));
 }
 
 TEST(SceneBatches, SticksSkipWhatTheirAtomsSpheresHide) {
-    Scene scene = coloured_scene();
+    Scene scene = a_scene();
     scene.stick_radius = 0.06f;
     scene.spheres.push_back({0, 0, 0, 0.1f, 3, 1});
     scene.spheres.push_back({1, 0, 0, 0.3f, 3, 1});
@@ -125,7 +117,7 @@ TEST(SceneBatches, SticksSkipWhatTheirAtomsSpheresHide) {
 // Setup's atom size does), the very next frame leaves the hidden ones out,
 // and keeps doing so.
 TEST(SceneBatches, AtomsGrownLargeHideWhatIsBehindThemAtOnce) {
-    Scene scene = coloured_scene();
+    Scene scene = a_scene();
     for (int k = 0; k < 20; ++k) scene.spheres.push_back({0, 0, 0.25f * float(k) - 2.5f, 0.02f, 3, 1});
     const Matrix4 p = perspective_matrix(800.0 / 600.0);
     ScreenCamera camera;
