@@ -11,7 +11,7 @@
 #include <QValueAxis>
 
 #include "spectra/transmission.h"
-#include "toolkit/qt/window_job.h"
+#include "toolkit/qt/qt_test_support.h"
 
 namespace zentol {
 namespace {

@@ -10,7 +10,7 @@
 #include "display/scene.h"
 #include "display/view.h"
 #include "toolkit/qt/gl_surface.h"
-#include "toolkit/qt/window_job.h"
+#include "toolkit/qt/qt_test_support.h"
 
 namespace zentol {
 namespace {

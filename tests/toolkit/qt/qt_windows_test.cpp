@@ -11,7 +11,7 @@
 
 #include "analysis/lewis_command.h"
 #include "display/renderer.h"
-#include "toolkit/qt/window_job.h"
+#include "toolkit/qt/qt_test_support.h"
 
 namespace zentol {
 namespace {

@@ -21,7 +21,7 @@
 #include "display/image.h"
 #include "display/projection.h"
 #include "session/display_loop.h"
-#include "toolkit/qt/window_job.h"
+#include "toolkit/qt/qt_test_support.h"
 
 namespace zentol {
 namespace {
