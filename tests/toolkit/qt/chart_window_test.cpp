@@ -18,6 +18,7 @@ namespace {
 
 using qt_testing::keep_shot;
 using qt_testing::on_modal;
+using QtCharts = qt_testing::WindowTest;
 
 QValueAxis* axis(QChart* chart, Qt::Orientation o) {
     const auto axes = chart->axes(o);
@@ -32,8 +33,7 @@ QLineSeries* only_series(QChart* chart) {
 // spectra build it (no markers, 4000 cm-1 on the left, the bands hanging
 // down from 0 at the top, x ticks on round numbers, the scale factor under
 // the title), then a flat profile, which still gets a y range to draw in.
-TEST(QtCharts, ChartsShowTheirRangesAndPointsAndGoToThePrinter) {
-    QtToolkit tk;
+TEST_F(QtCharts, ChartsShowTheirRangesAndPointsAndGoToThePrinter) {
     Chart c;
     c.title = "C1-C2-C3-C4 Dihedral";
     c.x_min = -180, c.x_max = 180, c.y_min = 0, c.y_max = 14.5;
@@ -114,8 +114,7 @@ TEST(QtCharts, ChartsShowTheirRangesAndPointsAndGoToThePrinter) {
 }
 
 // The drawn spectrum in the plot window, and its picture on the clipboard.
-TEST(QtSpectrum, PlotWindowShowsTheCurveAndTheClipboardHoldsThePicture) {
-    QtToolkit tk;
+TEST_F(QtCharts, PlotWindowShowsTheCurveAndTheClipboardHoldsThePicture) {
     tk.WindowOpenChild("water IR spectrum", 800, 600);
     const auto heights = transmission_heights(transmission_bands({{1595, 1.0}, {3700, 0.6}, {3800, 0.4}}, 1.0));
     draw_transmission(tk, heights, "water", 1.0);

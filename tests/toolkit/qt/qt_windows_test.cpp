@@ -18,14 +18,13 @@ namespace {
 
 using qt_testing::keep_shot;
 using qt_testing::on_modal;
+using QtWindows = qt_testing::WindowTest;
 
-TEST(QtWindows, TabDialogShowsEachPageOnItsTab) {
-    testing::TempDir ui;
-    testing::write_file(ui / "dialogs/50.dlg", "title Options\npage 51\npage 52\nfield 1 button OK\nfield 2 button Cancel\n");
-    testing::write_file(ui / "dialogs/51.dlg", "title Display\nfield 1014 real Size\n[Ranges]\n1014 1 9\n");
-    testing::write_file(ui / "dialogs/52.dlg", "title Tinker\nfield 1067 string Step\n");
-    QtToolkit tk;
-    tk.set_ui_dir(ui.path());
+TEST_F(QtWindows, TabDialogShowsEachPageOnItsTab) {
+    testing::write_file(dir / "dialogs/50.dlg", "title Options\npage 51\npage 52\nfield 1 button OK\nfield 2 button Cancel\n");
+    testing::write_file(dir / "dialogs/51.dlg", "title Display\nfield 1014 real Size\n[Ranges]\n1014 1 9\n");
+    testing::write_file(dir / "dialogs/52.dlg", "title Tinker\nfield 1067 string Step\n");
+    tk.set_ui_dir(dir.path());
     tk.WDialogLoad(50);
     tk.WDialogPutReal(1014, 2.5);
     tk.WDialogPutString(1067, "a");
@@ -44,11 +43,9 @@ TEST(QtWindows, TabDialogShowsEachPageOnItsTab) {
     EXPECT_DOUBLE_EQ(tk.WDialogGetReal(1014), 4.0);
 }
 
-TEST(QtWindows, EditorSavesWhatWasTyped) {
-    testing::TempDir dir;
+TEST_F(QtWindows, EditorSavesWhatWasTyped) {
     std::string path = dir / "job.geo";
     testing::write_file(path, " Zentol job\n");
-    QtToolkit tk;
     on_modal([](QDialog* d) {
         auto* text = d->findChild<QPlainTextEdit*>("text");
         text->appendPlainText(" my note");
@@ -60,8 +57,7 @@ TEST(QtWindows, EditorSavesWhatWasTyped) {
     EXPECT_EQ(testing::read_file(path), " Zentol job\n my note\n");
 }
 
-TEST(QtWindows, UpdateFetchReadsAnAnswerAndGivesUpOnSilence) {
-    QtToolkit tk;
+TEST_F(QtWindows, UpdateFetchReadsAnAnswerAndGivesUpOnSilence) {
     QTcpServer server;
     ASSERT_TRUE(server.listen(QHostAddress::LocalHost));
     QObject::connect(&server, &QTcpServer::newConnection, [&] {
@@ -82,8 +78,7 @@ TEST(QtWindows, UpdateFetchReadsAnAnswerAndGivesUpOnSilence) {
 
 // Orca Input's Run is button 3: as button 2 Qt would close the dialog as
 // Cancel.
-TEST(OrcaDialogs, OrcaInputRunsAsButtonThree) {
-    QtToolkit tk;
+TEST_F(QtWindows, OrcaInputRunsAsButtonThree) {
     tk.set_ui_dir(std::string(ZENTOL_DATA_DIR) + "/ui");
     ASSERT_TRUE(tk.WDialogLoad(125));
     tk.WDialogPutInteger(1102, 2);
@@ -101,9 +96,7 @@ TEST(OrcaDialogs, OrcaInputRunsAsButtonThree) {
 
 // The shipped Cr(CO)6 example shows its Covalent Bond Classification line in
 // the viewer, above the tables.
-TEST(LewisWindow, ChromiumCarbonylShowsItsClassificationInTheViewer) {
-    testing::TempDir dir;
-    QtToolkit tk;
+TEST_F(QtWindows, LewisViewerShowsTheChromiumCarbonylClassificationFirst) {
     NullRenderer renderer;
     Session s{tk, renderer};
     qt_testing::install(s, tk, dir);
@@ -117,7 +110,6 @@ TEST(LewisWindow, ChromiumCarbonylShowsItsClassificationInTheViewer) {
         d->reject();
     });
     lewis_command(s);
-    tk.close_all();
 
     const QStringList lines = shown.split('\n');
     ASSERT_GE(lines.size(), 3);
