@@ -21,6 +21,7 @@
 #include <QSlider>
 #include <QStatusBar>
 #include <QToolBar>
+#include <QWheelEvent>
 
 #include "toolkit/menu_desc.h"
 #include "toolkit/qt/qt_test_support.h"
@@ -176,7 +177,7 @@ TEST_F(QtToolkitTest, KeysArriveAsLogicCodes) {
     EXPECT_EQ(tk.pending_messages(), 0u);   // modifiers and F keys are not passed on
 }
 
-TEST_F(QtToolkitTest, MouseMessagesGiveButtonsAndFractions) {
+TEST_F(QtToolkitTest, MouseMessagesGiveButtonsFractionsAndWheelSteps) {
     drain();
     const double w = tk.view()->width(), h = tk.view()->height();
     mouse(QEvent::MouseButtonPress, Qt::LeftButton, {w / 4, h / 2});
@@ -196,6 +197,15 @@ TEST_F(QtToolkitTest, MouseMessagesGiveButtonsAndFractions) {
     tk.message_enable(MessageType::MouseMove, false);
     mouse(QEvent::MouseMove, Qt::NoButton, {w / 2, h / 2});
     EXPECT_EQ(tk.pending_messages(), 0u);
+
+    // The wheel in steps of 15 degrees; a fine wheel's eighths add up.
+    for (int eighths : {240, 60, 60}) {
+        QWheelEvent e({w / 2, h / 2}, tk.view()->mapToGlobal(QPointF(w / 2, h / 2)), {}, {0, eighths}, Qt::NoButton,
+                      Qt::NoModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(tk.view(), &e);
+    }
+    expect_message(next_input(), MessageType::Wheel, 2);
+    expect_message(next_input(), MessageType::Wheel, 1);
 }
 
 TEST_F(QtToolkitTest, RepaintsAreNotExposuresAndResizesAreCoalesced) {

@@ -1,17 +1,14 @@
 // The real window as a user drives it: the display loop runs while Qt
 // events arrive from timers, as from a mouse, keys and a file manager. A
 // turn survives menus, dialogs, zoom and a hard copy; spheres are round at
-// every size; a drag turns by its length; the wheel zooms; a dropped local
-// file reaches the logic.
+// every size; a dropped local file reaches the logic.
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QKeyEvent>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
-#include <QMouseEvent>
 #include <QUrl>
-#include <QWheelEvent>
 
 #include <array>
 #include <cmath>
@@ -66,12 +63,6 @@ protected:
     void key(int qt_key) {
         QKeyEvent press(QEvent::KeyPress, qt_key, Qt::NoModifier);
         QApplication::sendEvent(view(), &press);
-    }
-    void mouse(QEvent::Type type, QPointF at) {
-        Qt::MouseButton b = Qt::LeftButton;
-        QMouseEvent e(type, at, view()->mapToGlobal(at), b, type == QEvent::MouseButtonRelease ? Qt::NoButton : b,
-                      Qt::NoModifier);
-        QApplication::sendEvent(view(), &e);
     }
     void command(int id) {
         if (QAction* a = tk.main_window()->menu_action(id)) a->trigger();
@@ -176,45 +167,6 @@ TEST_F(WindowSession, ASphereIsRoundAtEverySizeAndInAHardCopy) {
     QImage picture(copy->rgb.data(), copy->width, copy->height, copy->width * 3, QImage::Format_RGB888);
     auto [w, h] = disc_size(picture);
     EXPECT_LE(std::abs(w - h), 2) << "hard copy: " << w << " x " << h;
-}
-
-TEST_F(WindowSession, ADragTurnsByItsLengthAndTheWheelZooms) {
-    const std::string benzene = testing::read_file(std::string(ZENTOL_TEST_DATA) + "/../../examples/benzene.xyz");
-    open(benzene);
-    if (IsSkipped() || HasFatalFailure()) return;
-    auto drag = [&](int moves) {
-        std::vector<std::function<void()>> steps;
-        const QPointF from(200, 250);
-        steps.push_back([&, from] { mouse(QEvent::MouseButtonPress, from); });
-        // Each move a step of its own, so the loop takes them one by one.
-        for (int k = 1; k <= moves; ++k)
-            steps.push_back([&, from, k, moves] { mouse(QEvent::MouseMove, from + QPointF(100.0 * k / moves, 0)); });
-        steps.push_back([&, from] { mouse(QEvent::MouseButtonRelease, from + QPointF(100, 0)); });
-        std::vector<float> before = turn();
-        run_loop(steps);
-        return std::make_pair(before, turn());
-    };
-    auto [start5, end5] = drag(5);
-    // The same drag again on the molecule as it was, in fifty events.
-    testing::write_file(dir / "job/mol.xyz", benzene);
-    int status = 0;
-    read_job_xyz(s, status);
-    prepare_display(s);
-    auto [start50, end50] = drag(50);
-    expect_same_turn(start5, start50, "the start of both drags");
-    expect_same_turn(end5, end50, "the same drag in 5 and in 50 events");
-    float moved = 0;   // it did turn
-    for (std::size_t k = 0; k < end5.size(); ++k) moved = std::max(moved, std::fabs(end5[k] - start5[k]));
-    EXPECT_GT(moved, 0.05f);
-
-    std::vector<std::function<void()>> wheel{[this] {
-        QWheelEvent e(QPointF(100, 100), view()->mapToGlobal(QPointF(100, 100)), QPoint(), QPoint(0, 240),
-                      Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
-        QApplication::sendEvent(view(), &e);
-    }};
-    const float zoom = s.flags.zoom;
-    run_loop(wheel);
-    EXPECT_FLOAT_EQ(s.flags.zoom, zoom + 0.2f);
 }
 
 // Only a local file is taken, and its path arrives whole; what the loop
