@@ -400,18 +400,10 @@ TEST_F(QtToolkitTest, FileAndDirectoryChoosers) {
     EXPECT_EQ(folder, jobs);
 }
 
-// Commands run in a directory of their own, the current one.
-class QtProcessTest : public QtToolkitTest {
-protected:
-    void SetUp() override {
-        QtToolkitTest::SetUp();
-        std::filesystem::current_path(dir.path());   // the TempDir gives the old one back
-    }
-};
-
 // Keys given while a waited command runs are dropped, all but Esc, which
 // the loop polls for after the run.
-TEST_F(QtProcessTest, AWaitedCommandDropsKeysButKeepsEscForThePoll) {
+TEST_F(QtToolkitTest, AWaitedCommandDropsKeysButKeepsEscForThePoll) {
+    std::filesystem::current_path(dir.path());   // the TempDir gives the old one back
     drain();
     EXPECT_FALSE(tk.poll_message());
     QTimer::singleShot(50, [this] {
@@ -439,7 +431,8 @@ TEST_F(QtProcessTest, AWaitedCommandDropsKeysButKeepsEscForThePoll) {
     while ((polled = tk.poll_message())) EXPECT_NE(polled->type, MessageType::Key);
 }
 
-TEST_F(QtProcessTest, DetachedStartsReturnAtOnceAndFailuresAreShown) {
+TEST_F(QtToolkitTest, DetachedStartsReturnAtOnceAndFailuresAreShown) {
+    std::filesystem::current_path(dir.path());
     // Both wait for a file the test makes after they returned (up to 5 s,
     // so a start that blocked shows as a file made too early, not a hang).
     const std::string gate = "i=0; while [ ! -f go ] && [ $i -lt 100 ]; do sleep 0.05; i=$((i+1)); done; ";
