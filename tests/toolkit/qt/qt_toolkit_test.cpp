@@ -1,16 +1,12 @@
 // The Qt toolkit on a real (or offscreen) display: window, menus, messages,
 // dialogs, message boxes, choosers and processes.
 #include <filesystem>
-#include <functional>
-#include <map>
 
 #include <QAction>
-#include <QApplication>
 #include <QCheckBox>
 #include <QCloseEvent>
 #include <QComboBox>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFileDialog>
 #include <QKeyEvent>
 #include <QLabel>
@@ -20,20 +16,15 @@
 #include <QMessageBox>
 #include <QMouseEvent>
 #include <QPlainTextEdit>
-#include <QPointer>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QSlider>
 #include <QStatusBar>
-#include <QTemporaryDir>
-#include <QTimer>
 #include <QToolBar>
-#include <gtest/gtest.h>
+#include <QWheelEvent>
 
-#include "support/test_support.h"
 #include "toolkit/menu_desc.h"
 #include "toolkit/qt/qt_test_support.h"
-#include "toolkit/qt/qt_toolkit.h"
 
 namespace zentol {
 namespace {
@@ -52,17 +43,12 @@ W* field(QWidget* dialog, int id) {
     return dialog->findChild<W*>("field_" + QString::number(id));
 }
 
-class QtToolkitTest : public ::testing::Test {
+class QtToolkitTest : public qt_testing::WindowTest {
 protected:
     void SetUp() override {
         tk.set_ui_dir(ZENTOL_DATA_DIR "/ui");
         tk.window_open(800, 600, "Zentol test");
         settle();
-    }
-    void settle() { tk.wait_hundredths(5); }
-    void drain() {
-        settle();
-        while (tk.pending_messages()) tk.next_message();
     }
     // The next message other than Expose and Resize; fails instead of
     // waiting when there is none.
@@ -83,49 +69,37 @@ protected:
                       Qt::NoModifier);
         QApplication::sendEvent(tk.view(), &e);
     }
-    // A ui directory of our own for descriptions the shipped data lacks.
-    void use_ui(const std::map<std::string, std::string>& files) {
-        for (const auto& [name, content] : files) testing::write_file(ui_ / name, content);
-        tk.set_ui_dir(ui_.path());
+    // A ui directory of our own for a description the shipped data lacks.
+    void use_ui(const std::string& name, const std::string& content) {
+        testing::write_file(dir / ("ui/" + name), content);
+        tk.set_ui_dir(dir / "ui");
     }
-
-    QtToolkit tk;
-    testing::TempDir ui_;
 };
 
-TEST_F(QtToolkitTest, WindowHasSizeTitleBarsAndProportionalStatusFields) {
+// The view's size is what mouse fractions are taken of; status fields keep
+// their proportions whatever their text.
+TEST_F(QtToolkitTest, ViewSizeAndProportionalStatusFields) {
     MainWindow* w = tk.main_window();
     ASSERT_NE(w, nullptr);
-    EXPECT_TRUE(w->isVisible());
-    EXPECT_EQ(w->size(), QSize(800, 600));
-    EXPECT_EQ(w->windowTitle(), "Zentol test");
     EXPECT_EQ(tk.window_size(1), tk.view()->width());
     EXPECT_EQ(tk.window_size(2), tk.view()->height());
     EXPECT_LT(tk.window_size(2), 600);   // menu, tool and status bars take their share
 
     tk.status_bar_parts({400, 1500, 620, 700, 620, 700, 600, 600, 3200, 1000});
-    tk.WindowOutStatusBar(1, "Atoms 3");
     tk.WindowOutStatusBar(10, "a rather long text that must not widen its field at all");
     tk.WindowOutStatusBar(11, "nowhere");
     settle();
-    EXPECT_EQ(tk.status_text(1), "Atoms 3");
     EXPECT_EQ(tk.status_text(11), "");
     ASSERT_EQ(w->status_fields(), 10);
     double ratio = double(w->status_label(9)->width()) / w->status_label(2)->width();
     EXPECT_NEAR(ratio, 3200.0 / 1500.0, 0.15);
 }
 
-TEST_F(QtToolkitTest, MenuBarIsBuiltFromItsDescription) {
+TEST_F(QtToolkitTest, MenuBarAndToolBarFollowTheirFilesAndTheMode) {
     tk.menu_load(30001);
     MainWindow* w = tk.main_window();
-    QAction* open = w->menu_action(40005);
-    ASSERT_NE(open, nullptr);
-    EXPECT_EQ(open->text(), "&Open existing Job");
-    EXPECT_EQ(w->menuBar()->actions().at(0)->text(), "&File");
-    EXPECT_EQ(w->menuBar()->actions().size(), 6);
-    auto* mru = qobject_cast<QMenu*>(w->menu_action(40067)->parent());
-    ASSERT_NE(mru, nullptr);
-    EXPECT_EQ(mru->title(), "&MRU list");
+    ASSERT_EQ(w->menuBar()->actions().size(), 6);
+    EXPECT_NE(qobject_cast<QMenu*>(w->menu_action(40067)->parent()), nullptr);   // in the MRU submenu
     EXPECT_EQ(w->menu_action(40064)->text(), "Hardcopy && Print");   // a lone '&' is shown as such
 
     // The key letter is shown but left to the view; the usual keys open,
@@ -134,32 +108,24 @@ TEST_F(QtToolkitTest, MenuBarIsBuiltFromItsDescription) {
     EXPECT_EQ(build->text(), "&Build\tB");
     EXPECT_TRUE(build->shortcut().isEmpty());
     EXPECT_EQ(w->menu_action(40005)->shortcut(), QKeySequence("Ctrl+O"));
-    EXPECT_EQ(w->menu_action(40007)->shortcut(), QKeySequence("Ctrl+S"));
-    EXPECT_EQ(w->menu_action(40020)->shortcut(), QKeySequence("Ctrl+Q"));
     EXPECT_EQ(w->menu_action(40006)->shortcut(), QKeySequence("F1"));
 
-    tk.WMenuSetString(40067, "/tmp/x.xyz");
-    EXPECT_EQ(w->menu_action(40067)->text(), "/tmp/x.xyz");
     tk.WMenuSetString(40003, "&Construct");
     EXPECT_EQ(build->text(), "&Construct\tB");
 
     tk.menu_load(30001);   // a reload replaces, never appends
-    EXPECT_EQ(tk.main_window()->menuBar()->actions().size(), 6);
-}
+    EXPECT_EQ(w->menuBar()->actions().size(), 6);
 
-TEST_F(QtToolkitTest, ToolBarFollowsTheFileSharesStateWithTheMenuAndGoesWithTheMode) {
-    tk.menu_load(30001);
+    // The tool bar follows its file and shares its state with the menu.
     tk.WMenuToolbar(30101);
     tk.WMenuToolbar(30101);
-    MainWindow* w = tk.main_window();
     auto desc = load_toolbar_desc(ZENTOL_DATA_DIR "/ui/menus", 30101, nullptr);
     ASSERT_TRUE(desc);
     QList<QAction*> actions = w->tool_bar()->actions();
     ASSERT_EQ(actions.size(), 17);
     for (int i = 0; i < 17; ++i) EXPECT_EQ(actions[i]->data().toInt(), desc->buttons[i].id) << i;
-    EXPECT_EQ(actions[0]->text(), "Build");
     EXPECT_EQ(actions[0]->toolTip(), "Start Build Mode");
-    EXPECT_EQ(w->findChildren<QToolBar*>().size(), 1);
+    EXPECT_EQ(w->findChildren<QToolBar*>().size(), 1);   // loaded twice, shown once
 
     tk.WMenuSetState(40003, 1, 0);
     EXPECT_FALSE(w->menu_action(40003)->isEnabled());
@@ -167,16 +133,9 @@ TEST_F(QtToolkitTest, ToolBarFollowsTheFileSharesStateWithTheMenuAndGoesWithTheM
     tk.WMenuSetState(40003, 1, 1);
     EXPECT_TRUE(actions[0]->isEnabled());
 
-    drain();
-    w->menu_action(40005)->trigger();
-    w->tool_action(40060)->trigger();
-    expect_message(next_input(), MessageType::Menu, 40005);
-    expect_message(next_input(), MessageType::Menu, 40060);
-
     // Each mode shows only its own buttons: a mode's menu bar takes the
     // Display tool bar away, and a mode with a tool bar of its own puts it up.
     tk.menu_load(30004);   // Mopac mode: none of its own
-    EXPECT_FALSE(w->tool_action(40013));
     EXPECT_TRUE(w->tool_bar()->isHidden());
     EXPECT_TRUE(w->tool_bar()->actions().isEmpty());
     tk.menu_load(30006);   // Tinker mode: its own
@@ -187,7 +146,7 @@ TEST_F(QtToolkitTest, ToolBarFollowsTheFileSharesStateWithTheMenuAndGoesWithTheM
 }
 
 TEST_F(QtToolkitTest, TwoStateToolButtonAlternatesItsCommands) {
-    use_ui({{"menus/900.toolbar", "button 40007/40063 \"Save\" \"Save the job\"\n"}});
+    use_ui("menus/900.toolbar", "button 40007/40063 \"Save\" \"Save the job\"\n");
     tk.WMenuToolbar(900);
     drain();
     QAction* save = tk.main_window()->tool_action(40007);
@@ -218,7 +177,7 @@ TEST_F(QtToolkitTest, KeysArriveAsLogicCodes) {
     EXPECT_EQ(tk.pending_messages(), 0u);   // modifiers and F keys are not passed on
 }
 
-TEST_F(QtToolkitTest, MouseMessagesGiveButtonsAndFractions) {
+TEST_F(QtToolkitTest, MouseMessagesGiveButtonsFractionsAndWheelSteps) {
     drain();
     const double w = tk.view()->width(), h = tk.view()->height();
     mouse(QEvent::MouseButtonPress, Qt::LeftButton, {w / 4, h / 2});
@@ -238,6 +197,15 @@ TEST_F(QtToolkitTest, MouseMessagesGiveButtonsAndFractions) {
     tk.message_enable(MessageType::MouseMove, false);
     mouse(QEvent::MouseMove, Qt::NoButton, {w / 2, h / 2});
     EXPECT_EQ(tk.pending_messages(), 0u);
+
+    // The wheel in steps of 15 degrees; a fine wheel's eighths add up.
+    for (int eighths : {240, 60, 60}) {
+        QWheelEvent e({w / 2, h / 2}, tk.view()->mapToGlobal(QPointF(w / 2, h / 2)), {}, {0, eighths}, Qt::NoButton,
+                      Qt::NoModifier, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(tk.view(), &e);
+    }
+    expect_message(next_input(), MessageType::Wheel, 2);
+    expect_message(next_input(), MessageType::Wheel, 1);
 }
 
 TEST_F(QtToolkitTest, RepaintsAreNotExposuresAndResizesAreCoalesced) {
@@ -258,22 +226,6 @@ TEST_F(QtToolkitTest, RepaintsAreNotExposuresAndResizesAreCoalesced) {
     while (tk.pending_messages()) resizes += tk.next_message().type == MessageType::Resize;
     EXPECT_EQ(resizes, 1);
     EXPECT_EQ(tk.window_size(1), old_width + 200);
-}
-
-TEST_F(QtToolkitTest, WaitsKeepEventsFlowing) {
-    drain();
-    QTimer::singleShot(50, [this] { key(Qt::Key_R, "r"); });
-    Message m = tk.next_message();
-    while (m.type == MessageType::Expose || m.type == MessageType::Resize) m = tk.next_message();
-    expect_message(m, MessageType::Key, 'R');
-
-    bool fired = false;
-    QTimer::singleShot(50, [&] { fired = true; });
-    QElapsedTimer clock;
-    clock.start();
-    tk.wait_hundredths(20);
-    EXPECT_GE(clock.elapsed(), 190);
-    EXPECT_TRUE(fired);
 }
 
 TEST_F(QtToolkitTest, ClosingAsksTheLogicAndCloseAllReallyCloses) {
@@ -298,61 +250,17 @@ TEST_F(QtToolkitTest, ClosingAsksTheLogicAndCloseAllReallyCloses) {
     EXPECT_EQ(tk.next_message().type, MessageType::Close);
 }
 
-class QtDialogTest : public QtToolkitTest {
-protected:
-    void load_radius() {
-        tk.WDialogLoad(103);
-        tk.WDialogPutString(1002, "C");
-        tk.WDialogPutReal(1071, 0.74);
-    }
-};
-
-TEST_F(QtDialogTest, NonModalDialogShowsFormattedValuesUntilUnloaded) {
-    load_radius();
-    tk.WDialogShow(2);
-    QPointer<DialogWindow> d = tk.dialog_window(103);
-    ASSERT_TRUE(d);
-    EXPECT_TRUE(d->isVisible());
-    EXPECT_FALSE(d->isModal());
-    EXPECT_EQ(d->windowTitle(), "Adjust Covalent Radius");
-    EXPECT_EQ(field<QLineEdit>(d, 1071)->text(), "0.740");   // in the field's format f6.3
-    EXPECT_EQ(field<QLineEdit>(d, 1002)->text(), "C");
-    EXPECT_EQ(d->findChildren<QPushButton*>().size(), 2);
-
-    tk.WDialogUnload();
-    EXPECT_FALSE(d);
-    EXPECT_EQ(tk.dialog_window(103), nullptr);
-}
-
-TEST_F(QtDialogTest, ModalOkCopiesBackAndCancelDoesNot) {
-    load_radius();
-    on_modal<DialogWindow>([](DialogWindow* d) {
-        field<QLineEdit>(d, 1071)->setText("1.5");
-        field<QLineEdit>(d, 1002)->setText("Si");
-        field<QPushButton>(d, 1)->click();
-    });
-    tk.WDialogShow(1);
-    EXPECT_EQ(tk.last_button(), 1);
-    EXPECT_DOUBLE_EQ(tk.WDialogGetReal(1071), 1.5);
-    EXPECT_EQ(tk.WDialogGetString(1071), "1.500");
-    EXPECT_EQ(tk.WDialogGetString(1002), "Si");
-
-    on_modal<DialogWindow>([](DialogWindow* d) {
-        EXPECT_EQ(field<QLineEdit>(d, 1071)->text(), "1.500");
-        field<QLineEdit>(d, 1071)->setText("2.0");
-        field<QPushButton>(d, 2)->click();
-    });
-    tk.WDialogShow(1);
-    EXPECT_EQ(tk.last_button(), 0);
-    EXPECT_DOUBLE_EQ(tk.WDialogGetReal(1071), 1.5);
-}
-
-TEST_F(QtDialogTest, OutOfRangeValueIsRefusedAndTheDialogStaysOpen) {
-    load_radius();
+// OK copies the fields back once every value is in range (a refused OK
+// warns, copies nothing and leaves the dialog open); Cancel copies nothing;
+// a dialog shown non-modal stays up until unloaded.
+TEST_F(QtToolkitTest, DialogsCopyBackOnAnAcceptedOkOnly) {
+    tk.WDialogLoad(103);
+    tk.WDialogPutString(1002, "C");
+    tk.WDialogPutReal(1071, 0.74);
     QString warning;
     bool still_open = false;
     on_modal<DialogWindow>([&](DialogWindow* d) {
-        field<QLineEdit>(d, 1002)->setText("Xx");
+        field<QLineEdit>(d, 1002)->setText("Si");
         field<QLineEdit>(d, 1071)->setText("9.0");
         on_modal<QMessageBox>([&](QMessageBox* box) {
             warning = box->text();
@@ -360,42 +268,57 @@ TEST_F(QtDialogTest, OutOfRangeValueIsRefusedAndTheDialogStaysOpen) {
         });
         field<QPushButton>(d, 1)->click();   // returns once the warning is closed
         still_open = d->isVisible();
-        field<QPushButton>(d, 2)->click();
+        EXPECT_EQ(tk.WDialogGetString(1002), "C");
+        field<QLineEdit>(d, 1071)->setText("1.5");
+        field<QPushButton>(d, 1)->click();
     });
     tk.WDialogShow(1);
     EXPECT_TRUE(warning.contains("between")) << warning.toStdString();
     EXPECT_TRUE(still_open);
+    EXPECT_EQ(tk.last_button(), 1);
+    EXPECT_DOUBLE_EQ(tk.WDialogGetReal(1071), 1.5);
+    EXPECT_EQ(tk.WDialogGetString(1071), "1.500");   // in the field's format f6.3
+    EXPECT_EQ(tk.WDialogGetString(1002), "Si");
+
+    on_modal<DialogWindow>([](DialogWindow* d) {
+        field<QLineEdit>(d, 1071)->setText("2.0");
+        field<QPushButton>(d, 2)->click();
+    });
+    tk.WDialogShow(1);
     EXPECT_EQ(tk.last_button(), 0);
-    EXPECT_DOUBLE_EQ(tk.WDialogGetReal(1071), 0.74);
-    EXPECT_EQ(tk.WDialogGetString(1002), "C");   // a refused OK copies nothing back
+    EXPECT_DOUBLE_EQ(tk.WDialogGetReal(1071), 1.5);
+
+    tk.WDialogShow(2);
+    QPointer<DialogWindow> d = tk.dialog_window(103);
+    ASSERT_TRUE(d);
+    EXPECT_TRUE(d->isVisible());
+    EXPECT_FALSE(d->isModal());
+    EXPECT_EQ(field<QLineEdit>(d, 1071)->text(), "1.500");
+    tk.WDialogUnload();
+    EXPECT_FALSE(d);
+    EXPECT_EQ(tk.dialog_window(103), nullptr);
 }
 
-TEST_F(QtDialogTest, EveryFieldKindIsShownAndReadBack) {
-    use_ui({{"dialogs/900.dlg",
-             "title All kinds\n"
-             "field 10 label \"Heading\"\nfield 11 string \"Name\"\nfield 12 integer \"Count\"\n"
-             "field 13 check \"Show H\"\nfield 14 radio 14 \"Ball\"\nfield 15 radio 14 \"Stick\"\n"
-             "field 16 radio 16 \"Red\"\nfield 17 radio 16 \"Blue\"\nfield 18 trackbar \"Zoom\"\n"
-             "field 19 menu \"One|Two|Three\"\nfield 20 text \"Notes\"\nfield 21 real \"Greyed\"\n"
-             "[Checks]\n13 1\n14 1\n17 1\n[Ranges]\n12 1 10\n[Trackbars]\n18 50 10 5\n"}});
+TEST_F(QtToolkitTest, EveryFieldKindIsShownAndReadBack) {
+    use_ui("dialogs/900.dlg",
+           "title All kinds\n"
+           "field 10 label \"Heading\"\nfield 11 string \"Name\"\nfield 12 integer \"Count\"\n"
+           "field 13 check \"Show H\"\nfield 14 radio 14 \"Ball\"\nfield 15 radio 14 \"Stick\"\n"
+           "field 16 radio 16 \"Red\"\nfield 17 radio 16 \"Blue\"\nfield 18 trackbar \"Zoom\"\n"
+           "field 19 menu \"One|Two|Three\"\nfield 20 text \"Notes\"\nfield 21 real \"Greyed\"\n"
+           "[Checks]\n13 1\n14 1\n17 1\n[Ranges]\n12 1 10\n[Trackbars]\n18 50 10 5\n");
     tk.WDialogLoad(900);
     tk.WDialogPutString(11, "water");
-    tk.WDialogPutInteger(12, 3);
     tk.WDialogPutTrackbar(18, 30);
     tk.WDialogFieldState(21, 0);
     on_modal<DialogWindow>([](DialogWindow* d) {
-        EXPECT_EQ(field<QLabel>(d, 10)->text(), "Heading");
-        EXPECT_EQ(field<QLineEdit>(d, 12)->text(), "3");
-        EXPECT_TRUE(field<QCheckBox>(d, 13)->isChecked());
         EXPECT_TRUE(field<QRadioButton>(d, 14)->isChecked());   // the groups are independent
         EXPECT_TRUE(field<QRadioButton>(d, 17)->isChecked());
         auto* slider = field<QSlider>(d, 18);
         EXPECT_EQ(slider->minimum(), 10);
         EXPECT_EQ(slider->maximum(), 50);
         EXPECT_EQ(slider->value(), 30);
-        EXPECT_EQ(field<QComboBox>(d, 19)->count(), 3);
         EXPECT_FALSE(field(d, 21)->isEnabled());
-        ASSERT_NE(field<QPushButton>(d, 2), nullptr);   // OK and Cancel were added
 
         field<QLineEdit>(d, 11)->setText("ice");
         field<QLineEdit>(d, 12)->setText("7");
@@ -450,66 +373,45 @@ TEST(QtNameFilters, ExtensionsMatchInEitherCase) {
 }
 
 TEST_F(QtToolkitTest, FileAndDirectoryChoosers) {
-    QTemporaryDir dir;
-    testing::write_file(dir.filePath("water.xyz").toStdString(), "3\n");
-    QDir(dir.path()).mkdir("jobs");
+    const std::string water = dir / "water.xyz", jobs = dir / "jobs";
+    testing::write_file(water, "3\n");
+    std::filesystem::create_directory(jobs);
 
-    std::string path = dir.path().toStdString();
+    std::string path = dir.path();
     on_modal<QFileDialog>([&](QFileDialog* d) {
         EXPECT_EQ(d->nameFilters().value(0), "Zentol file .XYZ (*.XYZ *.xyz)");
-        EXPECT_EQ(QDir(d->directory()), QDir(dir.path()));
+        EXPECT_EQ(QDir(d->directory()), QDir(QString::fromStdString(dir.path())));
         d->findChild<QLineEdit*>("fileNameEdit")->setText("water.xyz");   // typed by the user
         static_cast<QDialog*>(d)->accept();   // as the Open button does
     });
     EXPECT_TRUE(tk.select_file(20001, 8, path, "Find the XYZ Input File"));
-    EXPECT_EQ(path, dir.filePath("water.xyz").toStdString());
+    EXPECT_EQ(path, water);
     EXPECT_EQ(tk.last_button(), 1);
-
-    on_modal<QFileDialog>([&](QFileDialog* d) {
-        EXPECT_EQ(d->selectedFiles().value(0), dir.filePath("water.xyz"));   // started at the file
-        d->reject();
-    });
+    on_modal<QFileDialog>([](QFileDialog* d) { d->reject(); });
     EXPECT_FALSE(tk.select_file(20001, 8, path, "Find"));
-    EXPECT_EQ(path, dir.filePath("water.xyz").toStdString());
-    EXPECT_EQ(tk.last_button(), 0);
+    EXPECT_EQ(path, water);   // a cancel keeps it
 
-    std::string folder = dir.path().toStdString();
+    std::string folder = dir.path();
     on_modal<QFileDialog>([&](QFileDialog* d) {
-        d->setDirectory(dir.filePath("jobs"));
+        d->setDirectory(QString::fromStdString(jobs));
         static_cast<QDialog*>(d)->accept();   // as the Choose button does
     });
     EXPECT_TRUE(tk.WSelectDir(folder, "Scratch directory"));
-    EXPECT_EQ(folder, dir.filePath("jobs").toStdString());
+    EXPECT_EQ(folder, jobs);
 }
 
-// Commands run in a directory of their own, the current one.
-class QtProcessTest : public QtToolkitTest {
-protected:
-    void SetUp() override {
-        QtToolkitTest::SetUp();
-        std::filesystem::current_path(dir_.path());
-    }
-    testing::TempDir dir_;   // gives the old current directory back
-};
-
-TEST_F(QtProcessTest, WaitedCommandRunsInTheCurrentDirectoryAndIgnoresInput) {
-    drain();
-    QTimer::singleShot(50, [this] { key(Qt::Key_A, "a"); });
-    tk.IOsCommand("sleep 0.3; echo hi > out.txt", true);
-    EXPECT_EQ(testing::read_file("out.txt"), "hi\n");
-    settle();
-    // Window messages may have come meanwhile; the key must not be among them.
-    while (tk.pending_messages() > 0)
-        EXPECT_NE(tk.next_message().type, MessageType::Key) << "a key given during the wait was kept";
-    key(Qt::Key_A, "a");   // and input works again afterwards
-    expect_message(next_input(), MessageType::Key, 'A');
-}
-
-TEST_F(QtProcessTest, EscDuringAWaitedCommandComesToThePollAfterIt) {
+// Keys given while a waited command runs are dropped, all but Esc, which
+// the loop polls for after the run.
+TEST_F(QtToolkitTest, AWaitedCommandDropsKeysButKeepsEscForThePoll) {
+    std::filesystem::current_path(dir.path());   // the TempDir gives the old one back
     drain();
     EXPECT_FALSE(tk.poll_message());
-    QTimer::singleShot(50, [this] { key(Qt::Key_Escape, ""); });
-    tk.IOsCommand("sleep 0.3", true);
+    QTimer::singleShot(50, [this] {
+        key(Qt::Key_B, "b");
+        key(Qt::Key_Escape, "");
+    });
+    tk.IOsCommand("sleep 0.3; echo hi > out.txt", true);
+    EXPECT_EQ(testing::read_file("out.txt"), "hi\n");   // run in the current directory
     auto m = tk.poll_message();
     ASSERT_TRUE(m);
     expect_message(*m, MessageType::Key, kKeyEsc);
@@ -529,7 +431,8 @@ TEST_F(QtProcessTest, EscDuringAWaitedCommandComesToThePollAfterIt) {
     while ((polled = tk.poll_message())) EXPECT_NE(polled->type, MessageType::Key);
 }
 
-TEST_F(QtProcessTest, DetachedStartsReturnAtOnceAndFailuresAreShown) {
+TEST_F(QtToolkitTest, DetachedStartsReturnAtOnceAndFailuresAreShown) {
+    std::filesystem::current_path(dir.path());
     // Both wait for a file the test makes after they returned (up to 5 s,
     // so a start that blocked shows as a file made too early, not a hang).
     const std::string gate = "i=0; while [ ! -f go ] && [ $i -lt 100 ]; do sleep 0.05; i=$((i+1)); done; ";

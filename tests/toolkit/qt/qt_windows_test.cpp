@@ -1,7 +1,5 @@
-// Tab dialogs, the editor and viewer windows, pictures and the update fetch
-// of the Qt toolkit; the Orca and MultiWFN dialogs and the Lewis viewer as
-// the modes use them.
-#include <QCheckBox>
+// Tab dialogs, the editor window and the update fetch of the Qt toolkit;
+// the Orca Input dialog and the Lewis viewer as the modes use them.
 #include <QDialogButtonBox>
 #include <QLineEdit>
 #include <QPlainTextEdit>
@@ -14,21 +12,19 @@
 #include "analysis/lewis_command.h"
 #include "display/renderer.h"
 #include "toolkit/qt/qt_test_support.h"
-#include "toolkit/qt/window_job.h"
 
 namespace zentol {
 namespace {
 
 using qt_testing::keep_shot;
 using qt_testing::on_modal;
+using QtWindows = qt_testing::WindowTest;
 
-TEST(QtWindows, TabDialogShowsEachPageOnItsTab) {
-    testing::TempDir ui;
-    testing::write_file(ui / "dialogs/50.dlg", "title Options\npage 51\npage 52\nfield 1 button OK\nfield 2 button Cancel\n");
-    testing::write_file(ui / "dialogs/51.dlg", "title Display\nfield 1014 real Size\n[Ranges]\n1014 1 9\n");
-    testing::write_file(ui / "dialogs/52.dlg", "title Tinker\nfield 1067 string Step\n");
-    QtToolkit tk;
-    tk.set_ui_dir(ui.path());
+TEST_F(QtWindows, TabDialogShowsEachPageOnItsTab) {
+    testing::write_file(dir / "dialogs/50.dlg", "title Options\npage 51\npage 52\nfield 1 button OK\nfield 2 button Cancel\n");
+    testing::write_file(dir / "dialogs/51.dlg", "title Display\nfield 1014 real Size\n[Ranges]\n1014 1 9\n");
+    testing::write_file(dir / "dialogs/52.dlg", "title Tinker\nfield 1067 string Step\n");
+    tk.set_ui_dir(dir.path());
     tk.WDialogLoad(50);
     tk.WDialogPutReal(1014, 2.5);
     tk.WDialogPutString(1067, "a");
@@ -47,11 +43,9 @@ TEST(QtWindows, TabDialogShowsEachPageOnItsTab) {
     EXPECT_DOUBLE_EQ(tk.WDialogGetReal(1014), 4.0);
 }
 
-TEST(QtWindows, EditorSavesWhatWasTypedAndViewerShowsText) {
-    testing::TempDir dir;
+TEST_F(QtWindows, EditorSavesWhatWasTyped) {
     std::string path = dir / "job.geo";
     testing::write_file(path, " Zentol job\n");
-    QtToolkit tk;
     on_modal([](QDialog* d) {
         auto* text = d->findChild<QPlainTextEdit*>("text");
         text->appendPlainText(" my note");
@@ -61,36 +55,9 @@ TEST(QtWindows, EditorSavesWhatWasTypedAndViewerShowsText) {
     });
     tk.edit_text_file(path);
     EXPECT_EQ(testing::read_file(path), " Zentol job\n my note\n");
-
-    QString shown;
-    on_modal([&](QDialog* d) {
-        shown = d->findChild<QPlainTextEdit*>("text")->toPlainText();
-        d->reject();
-    });
-    tk.show_text("Table", "a b\n1 2\n");
-    EXPECT_EQ(shown, "a b\n1 2\n");
 }
 
-TEST(QtWindows, PicturesOfEveryFormatOpenAtTheirSize) {
-    testing::TempDir dir;
-    QtToolkit tk;
-    Image image;
-    image.width = 64, image.height = 48;
-    image.rgb.assign(64 * 48 * 3, 0);
-    for (std::size_t p = 0; p < image.rgb.size(); p += 3) image.rgb[p] = 200;   // red
-    for (const char* ext : {".png", ".jpg", ".bmp", ".pcx"}) {
-        std::string path = dir / (std::string("pic") + ext);
-        ASSERT_TRUE(tk.save_image(image, path, std::string(ext) == ".jpg" ? 75 : -1)) << ext;
-        if (std::string(ext) == ".pcx") continue;   // Qt has no PCX reader; its header is tested elsewhere
-        QImage back(QString::fromStdString(path));
-        ASSERT_FALSE(back.isNull()) << ext;
-        EXPECT_EQ(back.size(), QSize(64, 48)) << ext;
-        EXPECT_NEAR(qRed(back.pixel(10, 10)), 200, 4) << ext;
-    }
-}
-
-TEST(QtWindows, UpdateFetchReadsAnAnswerAndGivesUpOnSilence) {
-    QtToolkit tk;
+TEST_F(QtWindows, UpdateFetchReadsAnAnswerAndGivesUpOnSilence) {
     QTcpServer server;
     ASSERT_TRUE(server.listen(QHostAddress::LocalHost));
     QObject::connect(&server, &QTcpServer::newConnection, [&] {
@@ -109,53 +76,27 @@ TEST(QtWindows, UpdateFetchReadsAnAnswerAndGivesUpOnSilence) {
     EXPECT_FALSE(tk.http_get("http://127.0.0.1:" + std::to_string(silent.serverPort()) + "/x", 300));
 }
 
-// The Orca Input and MultiWFN dialogs come up with the values put, and their
-// buttons close them as the modes expect.
-TEST(OrcaDialogs, OrcaInputRunsAndMultiwfnActionsChoose) {
-    QtToolkit tk;
+// Orca Input's Run is button 3: as button 2 Qt would close the dialog as
+// Cancel.
+TEST_F(QtWindows, OrcaInputRunsAsButtonThree) {
     tk.set_ui_dir(std::string(ZENTOL_DATA_DIR) + "/ui");
     ASSERT_TRUE(tk.WDialogLoad(125));
     tk.WDialogPutInteger(1102, 2);
-    tk.WDialogPutReal(1071, 0.97);
-    bool wfn_on = false, optimisation = false;
-    QString scale;
     on_modal([&](QDialog* d) {
         keep_shot(d->grab().toImage(), "dialog_125.png");
-        wfn_on = d->findChild<QCheckBox*>("field_1031")->isChecked();
-        optimisation = d->findChild<QRadioButton*>("field_1057")->isChecked();
-        scale = d->findChild<QLineEdit*>("field_1071")->text();
         d->findChild<QRadioButton*>("field_1053")->click();
         d->findChild<QPushButton*>("field_3")->click();
     });
     tk.WDialogShow(1);
-    EXPECT_TRUE(wfn_on);
-    EXPECT_TRUE(optimisation);
-    EXPECT_EQ(scale, "0.97");
     EXPECT_EQ(tk.last_button(), 3);
     EXPECT_EQ(tk.WDialogGetRadioButton(1051), 3);
     EXPECT_EQ(tk.WDialogGetInteger(1102), 2);
-    tk.WDialogUnload();
-
-    ASSERT_TRUE(tk.WDialogLoad(127));
-    tk.WDialogPutReal(1071, 50.0);
-    on_modal([&](QDialog* d) {
-        keep_shot(d->grab().toImage(), "dialog_127.png");
-        d->findChild<QRadioButton*>("field_1054")->click();
-        d->findChild<QLineEdit*>("field_1071")->setText("35.5");
-        d->findChild<QPushButton*>("field_1")->click();
-    });
-    tk.WDialogShow(1);
-    EXPECT_EQ(tk.last_button(), 1);
-    EXPECT_EQ(tk.WDialogGetRadioButton(1051), 4);
-    EXPECT_DOUBLE_EQ(tk.WDialogGetReal(1071), 35.5);
     tk.WDialogUnload();
 }
 
 // The shipped Cr(CO)6 example shows its Covalent Bond Classification line in
 // the viewer, above the tables.
-TEST(LewisWindow, ChromiumCarbonylShowsItsClassificationInTheViewer) {
-    testing::TempDir dir;
-    QtToolkit tk;
+TEST_F(QtWindows, LewisViewerShowsTheChromiumCarbonylClassificationFirst) {
     NullRenderer renderer;
     Session s{tk, renderer};
     qt_testing::install(s, tk, dir);
@@ -164,23 +105,17 @@ TEST(LewisWindow, ChromiumCarbonylShowsItsClassificationInTheViewer) {
     ASSERT_NO_FATAL_FAILURE(qt_testing::read_job(s, dir / "job", "chromium-carbonyl", xyz));
 
     QString shown;
-    QSize size;
     on_modal([&](QDialog* d) {
-        auto* text = d->findChild<QPlainTextEdit*>("text");
-        ASSERT_NE(text, nullptr);
-        shown = text->toPlainText();
-        size = d->grab().size();
+        shown = d->findChild<QPlainTextEdit*>("text")->toPlainText();
         d->reject();
     });
     lewis_command(s);
-    tk.close_all();
 
     const QStringList lines = shown.split('\n');
     ASSERT_GE(lines.size(), 3);
     EXPECT_EQ(lines[0], "Lewis structure: 13 atoms, 12 bonds, charge 0");
     EXPECT_EQ(lines[1], "Covalent Bond Classification CrL6  OS  0");
     EXPECT_TRUE(shown.contains("Cr1      1    6   -6    0   24    6"));
-    EXPECT_FALSE(size.isEmpty());
 }
 
 }  // namespace
