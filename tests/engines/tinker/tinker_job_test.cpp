@@ -42,13 +42,6 @@ TEST(TinkerJob, TheResultIsFoundUnderTheNameTinkerGaveIt) {
     write_file("ETHANOL.xyz_10", "newer\n");
     write_file("ethanol.xyz_11", "another spelling\n");
     EXPECT_EQ(tinker_result_file(told), "ETHANOL.xyz_10");
-
-    // A job spelled as Tinker writes: the told file itself is never the result.
-    TinkerNames plain{"butane.xyz", "butane", false};
-    write_file("butane.xyz", "x\n");
-    EXPECT_EQ(tinker_result_file(plain), "");
-    write_file("butane.xyz_2", "new\n");
-    EXPECT_EQ(tinker_result_file(plain), "butane.xyz_2");
 }
 
 TEST(TinkerJob, BeforeARunOldVersionsGoAndTheKeyIsSpelledAsTinkerLooksForIt) {
@@ -82,12 +75,9 @@ TEST(TinkerJob, TheRestartFileFitsOnlyTheStructureItEndedWith) {
     EXPECT_TRUE(same_geometry(positions, *st));
     st->atom_rec[5][kZ] += 0.05f;   // one hydrogen moved: a new structure
     EXPECT_FALSE(same_geometry(positions, *st));
-    st->natoms = 13;
-    EXPECT_FALSE(same_geometry(positions, *st));
 
     Lines cut(dyn.begin(), dyn.begin() + 12);   // positions broken off
     EXPECT_TRUE(restart_positions(cut).empty());
-    EXPECT_TRUE(restart_positions({}).empty());
 }
 
 TEST(TinkerOutcome, EachKindOfFailureIsNamed) {
@@ -98,9 +88,6 @@ TEST(TinkerOutcome, EachKindOfFailureIsNamed) {
         const char* detail;
     };
     const Case cases[] = {
-        {"minimize", kMinimizeResult, TinkerProblem::None, ""},
-        {"dynamic", kTrajectoryResult, TinkerProblem::None, ""},
-        {"vibrate", kVibrateResult, TinkerProblem::None, ""},
         {"spacefill", kSpacefillResult, TinkerProblem::None, ""},
         {"analyze", kMinimizeResult, TinkerProblem::NoResult, "Final Function Value"},
         {"undef_analyze_E", kEnergyResult, TinkerProblem::Undefined, "Undefined Bond Stretching Parameters"},
@@ -113,7 +100,6 @@ TEST(TinkerOutcome, EachKindOfFailureIsNamed) {
         EXPECT_EQ(o.problem, c.problem) << c.folder;
         EXPECT_EQ(o.detail, c.detail) << c.folder;
     }
-    EXPECT_EQ(judge_tinker_log({}, kMinimizeResult).problem, TinkerProblem::EmptyLog);
     EXPECT_EQ(judge_tinker_log(tinker_lines("badtype0_analyze_E/ZENTOL.LOG"), {}).problem, TinkerProblem::EmptyLog);
     Lines no_force_field = tinker_lines("minimize/ZENTOL.LOG");
     no_force_field.resize(16);
@@ -135,7 +121,5 @@ TEST(TinkerOutcome, TheMessageNamesTheProgramTheProblemAndTheLogsLastLines) {
               "    >\r"
               "At line 142 of file analyze.f (unit = 5, file = 'stdin')\r"
               "Fortran runtime error: End of file\r"
-              "Error termination. Backtrace:");
-    EXPECT_EQ(last_log_lines({"a", "", "  ", "b"}, 8), (Lines{"a", "b"}));
-    EXPECT_EQ(last_log_lines({"a", "b", "c"}, 2), (Lines{"b", "c"}));
+              "Error termination. Backtrace:");   // blanks and backtrace frames left out
 }
