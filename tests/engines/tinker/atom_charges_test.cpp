@@ -38,9 +38,6 @@ TEST(AtomCharges, ChargeLinesSelectOneAtomEach) {
 
     EXPECT_TRUE(key_has_charges({"parameters mm3", "CHARGE    -1   -0.2500"}));
     EXPECT_FALSE(key_has_charges({"parameters mm3", "charge -1 0.3", " CHARGE -1 0.3"}));
-    Lines long_key(5000, "#verbose");
-    long_key.push_back("CHARGE    -1   -0.2500");   // line 5001 is not looked at
-    EXPECT_FALSE(key_has_charges(long_key));
 }
 
 TEST(AtomCharges, TheSideLogIsAddedToTheKeyOnce) {

@@ -10,7 +10,6 @@
 
 #include "engines/tinker/tinker_log.h"
 #include "engines/tinker/tinker_runs.h"
-#include "session/session.h"
 #include "tinker_test_util.h"
 
 using namespace zentol;
@@ -40,16 +39,6 @@ TEST(TinkerDecks, AnswerFilesInTheProgramsOrder) {
     EXPECT_EQ(spacefill_answers("butane.xyz", 1, 1.4f).lines(), (Lines{"butane.xyz", "1", "Y", "N"}));
 }
 
-TEST(TinkerDecks, TheBatchLineRedirectsTheDialogue) {
-    TestSession t;
-    t.s.engines.values["tinker_dir"] = t.dir.path();
-    write_file(t.dir / "minimize", "#!/bin/sh\n");
-    std::filesystem::permissions(t.dir / "minimize", std::filesystem::perms::owner_all);
-    EXPECT_EQ(tinker_batch(t.s, "minimize"),
-              (Lines{"'" + t.dir.path() + "/minimize' <'ZENTOL.INP' >'ZENTOL.LOG' 2>&1", " "}));
-    EXPECT_FALSE(tinker_installed(t.s));   // the other six are missing
-}
-
 TEST(TinkerLog, EnergiesReadTheSameWithAndWithoutTheLeadingBlank) {
     for (bool shift : {true, false}) {
         SCOPED_TRACE(shift ? "shifted" : "unshifted");
@@ -60,8 +49,6 @@ TEST(TinkerLog, EnergiesReadTheSameWithAndWithoutTheLeadingBlank) {
         EXPECT_EQ(log_shift(log_of("minimize")), shift);
         EXPECT_DOUBLE_EQ(final_function_value(log_of("minimize")), 3.0866);
         EXPECT_DOUBLE_EQ(total_potential_energy(log_of("analyze")).value_or(0), 7.0517);
-        EXPECT_TRUE(vibrate_succeeded(log_of("vibrate")));
-        EXPECT_FALSE(vibrate_succeeded(log_of("analyze")));
     }
     EXPECT_DOUBLE_EQ(final_function_value(Lines{"", "", " #"}), kNoTinkerEnergy);
     EXPECT_EQ(energy_status_text(3.0866), "           3.09 kcal/mol");
