@@ -105,9 +105,6 @@ TEST(TinkerMode, DynamicsGoesOnFromItsRestartFileOnlyWhileTheStructureIsItsOwn) 
     EXPECT_EQ(ts.lines("answers.dynamic"), (Lines{"butane.xyz", "3000", "1.00000000", "0.100000001", "1"}));
     EXPECT_TRUE(ts.has("MV30.INS"));
     EXPECT_FALSE(ts.has("MV31.INS"));
-    EXPECT_FLOAT_EQ(ts.t.s.tinker.tk_dyn_done, 1.0f);
-    EXPECT_FLOAT_EQ(ts.t.s.tinker.tk_dyn_stale, 0.0f);
-    EXPECT_TRUE(holds(ts.file("butane.xyz"), "  C1  "));
 }
 
 TEST(TinkerMode, TheAutomaticCycleAnnealsAndMinimisesUntilTheCountIsUsed) {
@@ -202,7 +199,6 @@ TEST(TinkerMode, RunsThatStopOnUndefinedParametersSaySoAndShowNothing) {
             << box;
     }
     EXPECT_FALSE(ts.has("MV01.INS"));   // no frames replayed
-    EXPECT_FLOAT_EQ(ts.t.s.tinker.tk_dyn_done, 0.0f);
     EXPECT_FALSE(holds(ts.file("butane.geo"), "Tinker energy"));
 }
 
