@@ -110,12 +110,6 @@ TEST(UndefinedScan, BlockEndsAndLogEnds) {
     // The log ends inside the block: its rows are lost, the key message stands.
     const UndefScan cut = scan_undefined(body({" Bond            3-C       4-C             1    1"}));
     EXPECT_TRUE(cut.entries.empty() && cut.ended_in_block && cut.announce());
-
-    // Without the shift the heading must start in column 1.
-    Lines clear = unshifted(body({" Bond            3-C       4-C             1    1", ""}));
-    EXPECT_EQ(shown(scan_undefined(clear)).size(), 1u);
-    clear[5] = " " + clear[5];
-    EXPECT_TRUE(shown(scan_undefined(clear)).empty());
 }
 
 TEST(UndefinedTable, TwentyRowsThenTheLastOverwritten) {
