@@ -10,7 +10,6 @@
 #   - DYNAMIC and ANNEAL restart from base.dyn when it is there, and append
 #     to the archive;
 #   - ANALYZE asks for an atom list after analysis types holding A, P or C;
-#   - DYNAMIC offers modes 3 and 4 only with a periodic box in the key file;
 #   - an answer that is not there ends the run with Fortran's "End of file".
 # The data folder of a program is $FAKE_TINKER_DATA/<program>, or the folder
 # named by $FAKE_TINKER_CASE_<program> (a recorded failure); a ZENTOL.ERR
@@ -59,13 +58,8 @@ case $prog in
         esac ;;
     dynamic)
         have 5 || short 200 mdinit.f
-        mode=$(answer 5)
-        case $mode in
-            3|4) grep -qi '^ *a-axis' "$base.key" ||
-                 short 285 dynamic.f ' Available Simulation Control Modes :\n\n    (1) Constant Total Energy Value (E)\n    (2) Constant Temperature via Thermostat (T)\n\n Enter the Number of the Desired Choice [1] :  \n' ;;
-        esac
         need=5
-        case $mode in 2|3) need=6 ;; 4) need=7 ;; esac
+        case $(answer 5) in 2|3) need=6 ;; 4) need=7 ;; esac
         have $need || short 290 dynamic.f
         [ -f "$base.dyn" ] && restart=yes ;;
     anneal)

@@ -66,7 +66,8 @@ TEST(TinkerJob, TheRestartFileFitsOnlyTheStructureItEndedWith) {
     EXPECT_TRUE(restart_positions(cut).empty());
 }
 
-// Crashes and runtime errors: see the crash session and the message below.
+// Undefined parameters, crashes and runtime errors: see their messages in
+// TinkerMode and below.
 TEST(TinkerOutcome, EachKindOfFailureIsNamed) {
     struct Case {
         const char* folder;
@@ -77,7 +78,6 @@ TEST(TinkerOutcome, EachKindOfFailureIsNamed) {
     const Case cases[] = {
         {"spacefill", kSpacefillResult, TinkerProblem::None, ""},
         {"analyze", kMinimizeResult, TinkerProblem::NoResult, "Final Function Value"},
-        {"undef_analyze_E", kEnergyResult, TinkerProblem::Undefined, "Undefined Bond Stretching Parameters"},
         {"badtype_analyze_E", kEnergyResult, TinkerProblem::UndefinedAtom, "Undefined Atom Types or Classes"},
     };
     for (const Case& c : cases) {

@@ -58,7 +58,6 @@ TEST(UndefinedScan, RecordedLogsInBothForms) {
     struct Case {
         const char* folder;
         Lines entries;
-        bool undefined_atom, announce;
     };
     const Case cases[] = {
         {"undef_analyze_E",
@@ -71,22 +70,17 @@ TEST(UndefinedScan, RecordedLogsInBothForms) {
           "opbend 1: 4 1 2 5 / 56 26 56 2",
           // Torsion rows up to the next ring row; reversed rows with their atoms.
           "torsion 2: 4 1 2 3 / 56 26 56 56", "torsion 2: 8 2 1 4 / 5 56 26 56", "torsion 2: 5 1 2 3 / 2 26 56 56",
-          "torsion 2: 5 1 2 8 / 2 26 56 5"},
-         false, true},
+          "torsion 2: 5 1 2 8 / 2 26 56 5"}},
         {"undef5ring_analyze_E",
          {"bond 3: 1 2 / 1 26", "angle 3: 2 1 5 / 1 26 1", "angle 3: 1 2 3 / 1 1 26", "torsion 3: 5 1 2 3 / 1 26 1 1",
-          "torsion 3: 5 1 2 7 / 1 26 1 5"},
-         false, true},
-        {"badtype_analyze_E", {}, true, false},
+          "torsion 3: 5 1 2 7 / 1 26 1 5"}},
     };
     for (const Case& c : cases) {
         const Lines log = tinker_lines(std::string(c.folder) + "/ZENTOL.LOG");
         for (const Lines& form : {log, unshifted(log)}) {
             const UndefScan scan = scan_undefined(form);
             EXPECT_EQ(shown(scan), c.entries) << c.folder;
-            EXPECT_EQ(scan.undefined_atom, c.undefined_atom) << c.folder;
-            EXPECT_EQ(scan.announce(), c.announce) << c.folder;
-            EXPECT_FALSE(scan.ended_in_block) << c.folder;
+            EXPECT_TRUE(scan.announce() && !scan.ended_in_block) << c.folder;
         }
     }
     // A log the engine broke off in its banner holds nothing.
