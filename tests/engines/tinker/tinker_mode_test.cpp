@@ -137,14 +137,6 @@ TEST(TinkerMode, VibrateSpacefillAndAnalyzeAnswerWhatTheProgramsAsk) {
     EXPECT_NEAR(bond_length(ts.t.s.store, 1, 2), bond_length(*store_of(tinker_lines("butane.xyz")), 1, 2), 1e-4);
     EXPECT_EQ(ts.lines("answers.spacefill"), (Lines{"butane.xyz", "2", "1.4", "Y", "N"}));
     EXPECT_EQ(ts.lines("answers.analyze"), (Lines{"butane.xyz", "E"}));
-
-    // "Dutane.xyz" holds an A: Tinker asks which atoms, and ALL answers.
-    TinkerSession listed;
-    listed.t.s.tinker.tk_qualifier = 'D';
-    listed.run("menu 40013\nmenu 40021\nmenu 40001\nclose\n");
-    EXPECT_EQ(listed.lines("answers.analyze"), (Lines{"butane.xyz", "Dutane.xyz", "ALL"}));
-    EXPECT_EQ(listed.lines("tinker.runs"), (Lines{"analyze butane.xyz"}));
-    EXPECT_TRUE(listed.boxes().empty());
 }
 
 TEST(TinkerMode, AnUpperCaseJobKeepsTinkersResultUnderItsOwnSpelling) {
