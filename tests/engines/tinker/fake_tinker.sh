@@ -25,7 +25,7 @@ cat > "$answers"
 
 answer() { sed -n "${1}p" "$answers"; }
 have() { [ "$(wc -l < "$answers")" -ge "$1" ]; }
-# Out of answers at line $1 of source file $2, after the questions $3.
+# Out of answers at line $1 of source file $2, after the question $3.
 short() {
     sed -n '1,15p' "$FAKE_TINKER_DATA/minimize/ZENTOL.LOG"
     printf ' Enter Cartesian Coordinate File Name :  \n%b' "$3"
@@ -42,8 +42,7 @@ version() {
 
 xyz=$(answer 1)
 [ -f "$xyz" ] || [ ! -f "$xyz.xyz" ] || xyz="$xyz.xyz"
-[ -n "$xyz" ] && [ -f "$xyz" ] ||
-    short 50 getcart.f ' Enter Cartesian Coordinate File Name :  \n Enter Cartesian Coordinate File Name :  \n'
+[ -n "$xyz" ] && [ -f "$xyz" ] || short 50 getcart.f
 base=${xyz%.*}
 [ -n "$base" ] || base=$xyz
 [ -f "$base.key" ] || short 120 getprm.f '\n Enter Potential Parameter File Name :  \n'
@@ -54,7 +53,7 @@ case $prog in
     analyze)
         have 2 || short 110 analyze.f
         case $(answer 2 | tr 'a-z' 'A-Z') in
-            *A*|*P*|*C*) have 3 || short 142 analyze.f ' Enter the Desired Analysis Types [G,P,E,A,L,D,M,V,C] :  \n List Atoms for which Output is Desired [ALL] :  \n    >  \n' ;;
+            *A*|*P*|*C*) have 3 || short 142 analyze.f ;;
         esac ;;
     dynamic)
         have 5 || short 200 mdinit.f

@@ -96,11 +96,17 @@ TEST(TinkerMode, WithoutTinkerTheButtonSaysWhatIsMissing) {
 TEST(TinkerMode, DynamicsGoesOnFromItsRestartFileOnlyWhileTheStructureIsItsOwn) {
     TinkerSession ts;
     const std::string dynamics = "menu 40030\ndialog 109 ok\nmsgbox no\n";
-    ts.run("menu 40013\n" + dynamics + dynamics + "menu 40008\n" + dynamics + "menu 40001\nclose\n");
+    // Type 4 first: without a periodic box in the key file it is refused
+    // and the dialog comes again.
+    ts.run("menu 40013\nmenu 40030\ndialog 109 ok 1102=4\nmsgbox ok\ndialog 109 ok 1102=1\nmsgbox no\n" + dynamics +
+           "menu 40008\n" + dynamics + "menu 40001\nclose\n");
     EXPECT_EQ(ts.lines("tinker.runs"), (Lines{"dynamic butane.xyz", "dynamic butane.xyz restarting",
                                               "minimize butane.xyz", "dynamic butane.xyz"}));
     EXPECT_FALSE(holds(ts.file("ZENTOL.LOG"), "Restarting"));
-    EXPECT_EQ(ts.boxes().size(), 3u);   // the three Replay questions
+    ASSERT_EQ(ts.boxes().size(), 4u);   // the refusal, then the three Replay questions
+    EXPECT_TRUE(holds(ts.boxes()[0], "need a periodic box")) << ts.boxes()[0];
+    const auto& shown = ts.t.tk.dialogs_shown();
+    EXPECT_EQ(std::count(shown.begin(), shown.end(), 109), 4);
     // The last run's archive cut and replayed: 30 frames shown and kept.
     EXPECT_EQ(ts.lines("answers.dynamic"), (Lines{"butane.xyz", "3000", "1.00000000", "0.100000001", "1"}));
     EXPECT_TRUE(ts.has("MV30.INS"));
@@ -155,22 +161,13 @@ TEST(TinkerMode, AnUpperCaseJobKeepsTinkersResultUnderItsOwnSpelling) {
     EXPECT_TRUE(holds(ts.file("BUTANE.geo"), kEnergyLine));
 }
 
-TEST(TinkerMode, DynamicsTypesThreeAndFourNeedAPeriodicBox) {
+// Refused without a box: the restart session above.
+TEST(TinkerMode, DynamicsTypeFourRunsWithAPeriodicBox) {
     TinkerSession ts;
-    ts.run("menu 40013\nmenu 40030\ndialog 109 ok 1102=4\nmsgbox ok\ndialog 109 ok 1102=1\nmsgbox no\n"
-           "menu 40001\nclose\n");
-    ASSERT_FALSE(ts.boxes().empty());
-    EXPECT_TRUE(holds(ts.boxes()[0], "need a periodic box")) << ts.boxes()[0];
-    const auto& shown = ts.t.tk.dialogs_shown();
-    EXPECT_EQ(std::count(shown.begin(), shown.end(), 109), 2);
-    EXPECT_EQ(ts.lines("answers.dynamic").size(), 5u);   // type 1 ran
-    EXPECT_EQ(ts.lines("answers.dynamic")[4], "1");
-
-    TinkerSession boxed;
-    write_file(boxed.t.scratch() + "/butane.key", "parameters mm3\n#verbose\na-axis 25.0\n");
-    boxed.run("menu 40013\nmenu 40030\ndialog 109 ok 1102=4\nmsgbox no\nmenu 40001\nclose\n");
-    EXPECT_EQ(boxed.lines("answers.dynamic").size(), 7u);
-    EXPECT_EQ(boxed.lines("tinker.runs"), (Lines{"dynamic butane.xyz"}));
+    write_file(ts.t.scratch() + "/butane.key", "parameters mm3\n#verbose\na-axis 25.0\n");
+    ts.run("menu 40013\nmenu 40030\ndialog 109 ok 1102=4\nmsgbox no\nmenu 40001\nclose\n");
+    EXPECT_EQ(ts.lines("answers.dynamic").size(), 7u);
+    EXPECT_EQ(ts.lines("tinker.runs"), (Lines{"dynamic butane.xyz"}));
 }
 
 TEST(TinkerMode, RunsThatStopOnUndefinedParametersSaySoAndShowNothing) {
