@@ -35,9 +35,6 @@ TEST(AtomCharges, ChargeLinesSelectOneAtomEach) {
     // A short log or a line without a number ends the list.
     EXPECT_EQ(charge_key_lines({"#x", "C1   -0.25"}, 3).size(), 1u);
     EXPECT_EQ(charge_key_lines({"#x", "C1   -0.25", "H2   abc", "H3  0.1"}, 3).size(), 1u);
-
-    EXPECT_TRUE(key_has_charges({"parameters mm3", "CHARGE    -1   -0.2500"}));
-    EXPECT_FALSE(key_has_charges({"parameters mm3", "charge -1 0.3", " CHARGE -1 0.3"}));
 }
 
 TEST(AtomCharges, TheSideLogIsAddedToTheKeyOnce) {
