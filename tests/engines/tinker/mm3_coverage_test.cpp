@@ -82,23 +82,17 @@ Molecule read_xyz(const std::string& path) {
 
 // The size of the smallest ring of at most 5 atoms that holds the chain
 // of atoms in this order; 0 for none.
-int ring_size(const Molecule& m, const std::vector<int>& chain) {
+int ring_size(const Molecule& m, std::vector<int> chain) {
     const int n = static_cast<int>(chain.size());
     if (n >= 3 && m.bonded(chain.back(), chain.front())) return n;
-    // Breadth first from the chain's last atom, outside the chain, back to its first.
-    std::set<int> seen(chain.begin(), chain.end());
-    std::vector<int> layer = {chain.back()};
-    for (int extra = 1; n + extra <= 5; ++extra) {
-        std::vector<int> next;
-        for (int at : layer)
-            for (int x : m.nbr.at(at)) {
-                if (!seen.insert(x).second) continue;
-                if (m.bonded(x, chain.front())) return n + extra;
-                next.push_back(x);
-            }
-        layer = next;
+    int best = 0;
+    for (int x : m.nbr.at(chain.back())) {
+        if (n == 5 || std::count(chain.begin(), chain.end(), x)) continue;
+        chain.push_back(x);
+        if (const int r = ring_size(m, chain); r && (!best || r < best)) best = r;
+        chain.pop_back();
     }
-    return 0;
+    return best;
 }
 
 // "angle 2 26 56": the keyword and the classes in the lower of their two orders.

@@ -94,11 +94,15 @@ TEST(UndefinedScan, BlockEndsAndLogEnds) {
         b.insert(b.end(), rows.begin(), rows.end());
         return log_with(b);
     };
-    // Plain rows go on until a ring row; the ring row is not read.
-    const UndefScan mixed = scan_undefined(body({" Bond            3-C       4-C             1    1",
+    // Plain rows go on until a ring row; the ring row is not read. Classes
+    // in order, the atoms as they stand; a duplicate and a row that does
+    // not read are left out.
+    const UndefScan mixed = scan_undefined(body({" Bond            3-C       4-C             2    1",
+                                                 " Bond     cut off",
                                                  " Bond            4-C       5-C             1    2",
+                                                 " Bond            5-C       6-C             1    3",
                                                  " 4-Ring          1-B       2-C            26   56", ""}));
-    EXPECT_EQ(shown(mixed), (Lines{"bond 1: 3 4 / 1 1", "bond 1: 4 5 / 1 2"}));
+    EXPECT_EQ(shown(mixed), (Lines{"bond 1: 3 4 / 1 2", "bond 1: 5 6 / 1 3"}));
     EXPECT_FALSE(mixed.announce());
 
     // The log ends inside the block: its rows are lost, the key message stands.
@@ -116,20 +120,6 @@ TEST(UndefinedTable, TwentyRowsThenTheLastOverwritten) {
     ASSERT_EQ(rows.size(), 20u);
     EXPECT_EQ(rows[18], "angle 1: 19 20 21 / 19 100 200");
     EXPECT_EQ(rows[19], "angle 1: 25 26 27 / 25 100 200");
-}
-
-// Duplicate angles and torsions turned round: the recorded four-membered
-// ring's log above.
-TEST(UndefinedTable, DuplicatesAndNormalForms) {
-    UndefTable t;
-    t.row[0] = {1, 2, 0, 0, 2, 1, 0, 0};
-    t.row[1] = {3, 4, 0, 0, 1, 2, 0, 0};   // 1-2 is 2-1
-    t.row[2] = {5, 6, 0, 0, 0, 0, 0, 0};   // a row that did not read
-    t.row[3] = {7, 8, 0, 0, 1, 3, 0, 0};
-    ASSERT_EQ(remove_duplicates(t, 4, 2), 2);
-    EXPECT_EQ(t.row[0], (UndefRow{1, 2, 0, 0, 1, 2, 0, 0}));   // atoms stay as they were
-    EXPECT_EQ(t.row[1], (UndefRow{7, 8, 0, 0, 1, 3, 0, 0}));
-    EXPECT_EQ(t.row[2], UndefRow{});
 }
 
 TEST(UndefinedTable, RowsOfTheOlderColumnLayout) {
