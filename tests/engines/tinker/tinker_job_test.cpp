@@ -1,9 +1,8 @@
 // A Tinker run from the outside: the answer files the programs are told,
 // the energies read from their logs (real Tinker 26.2 logs, in both forms),
 // the structure under the name Tinker gave it, whether the restart file
-// still fits the molecule, and the judgement of the log (standard error
-// appended as the command file puts it there). The answers that whole
-// sessions also send (tinker_mode_test) are not repeated here.
+// still fits the molecule, and the judgement of the log. The answers that
+// whole sessions also send (tinker_mode_test) are not repeated here.
 #include <filesystem>
 
 #include <gtest/gtest.h>
@@ -15,22 +14,9 @@
 #include "engines/tinker/tinker_runs.h"
 #include "session/session.h"
 #include "tinker_test_util.h"
-#include "toolkit/files.h"
 
 using namespace zentol;
 using namespace zentol::testing;
-
-namespace {
-
-// A case's log with its standard error, if any, after it.
-Lines log_and_errors(const std::string& folder) {
-    Lines log = tinker_lines(folder + "/ZENTOL.LOG");
-    const Lines err = files::read_lines(test_data("tinker/" + folder + "/ZENTOL.ERR")).value_or(Lines{});
-    log.insert(log.end(), err.begin(), err.end());
-    return log;
-}
-
-}  // namespace
 
 TEST(TinkerDecks, AnswerFilesInTheProgramsOrder) {
     // Tinker asks for the atoms to list after any A, P or C of the line, in
@@ -125,31 +111,22 @@ TEST(TinkerJob, TheRestartFileFitsOnlyTheStructureItEndedWith) {
 // Undefined parameters, crashes and runtime errors: see their messages in
 // TinkerMode and below.
 TEST(TinkerOutcome, EachKindOfFailureIsNamed) {
-    struct Case {
-        const char* folder;
-        Lines keys;
-        TinkerProblem problem;
-        const char* detail;
-    };
-    const Case cases[] = {
-        {"analyze", kMinimizeResult, TinkerProblem::NoResult, "Final Function Value"},
-        {"badtype_analyze_E", kEnergyResult, TinkerProblem::UndefinedAtom, "Undefined Atom Types or Classes"},
-    };
-    for (const Case& c : cases) {
-        const TinkerOutcome o = judge_tinker_log(log_and_errors(c.folder), c.keys);
-        EXPECT_EQ(o.problem, c.problem) << c.folder;
-        EXPECT_EQ(o.detail, c.detail) << c.folder;
-    }
-    EXPECT_EQ(judge_tinker_log(tinker_lines("badtype0_analyze_E/ZENTOL.LOG"), {}).problem, TinkerProblem::EmptyLog);
+    auto problem = [](const Lines& log, const Lines& keys) { return judge_tinker_log(log, keys).problem; };
+    EXPECT_EQ(problem(tinker_lines("analyze/ZENTOL.LOG"), kMinimizeResult), TinkerProblem::NoResult);
+    EXPECT_EQ(problem(tinker_lines("badtype_analyze_E/ZENTOL.LOG"), kEnergyResult), TinkerProblem::UndefinedAtom);
+    EXPECT_EQ(problem(tinker_lines("badtype0_analyze_E/ZENTOL.LOG"), {}), TinkerProblem::EmptyLog);
     Lines no_force_field = tinker_lines("minimize/ZENTOL.LOG");
     no_force_field.resize(16);
     no_force_field.insert(no_force_field.end(), {" Enter Potential Parameter File Name :  ",
                                                  "Fortran runtime error: End of file"});
-    EXPECT_EQ(judge_tinker_log(no_force_field, kMinimizeResult).problem, TinkerProblem::NoParameterFile);
+    EXPECT_EQ(problem(no_force_field, kMinimizeResult), TinkerProblem::NoParameterFile);
 }
 
+// The log with the standard error after it, as the command file puts them.
 TEST(TinkerOutcome, TheMessageNamesTheProgramTheProblemAndTheLogsLastLines) {
-    const Lines log = log_and_errors("analyze_atoms_eof");
+    Lines log = tinker_lines("analyze_atoms_eof/ZENTOL.LOG");
+    const Lines err = tinker_lines("analyze_atoms_eof/ZENTOL.ERR");
+    log.insert(log.end(), err.begin(), err.end());
     const std::string text = tinker_failure_text("analyze", judge_tinker_log(log, kEnergyResult), log);
     EXPECT_EQ(text,
               "Tinker's analyze stopped with an error: Fortran runtime error: End of file\r"
