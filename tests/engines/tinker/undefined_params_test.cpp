@@ -54,34 +54,16 @@ struct UndefinedJob {
 
 }  // namespace
 
+// The four-membered ring's log is read by UndefinedCommand below: one bond
+// row of two, five angles of ten, the first out-of-plane row, the torsions
+// up to the next ring row.
 TEST(UndefinedScan, RecordedLogsInBothForms) {
-    struct Case {
-        const char* folder;
-        Lines entries;
-    };
-    const Case cases[] = {
-        {"undef_analyze_E",
-         {// Two 4-ring bonds 26-56: the first row stands alone.
-          "bond 2: 1 2 / 26 56",
-          // Ten angle rows, the first a ring row; end classes put in order.
-          "angle 2: 2 1 4 / 56 26 56", "angle 2: 2 1 5 / 2 26 56", "angle 2: 1 2 3 / 26 56 56",
-          "angle 2: 1 2 8 / 5 56 26", "angle 2: 1 5 14 / 5 2 26",
-          // The first out-of-plane row only.
-          "opbend 1: 4 1 2 5 / 56 26 56 2",
-          // Torsion rows up to the next ring row; reversed rows with their atoms.
-          "torsion 2: 4 1 2 3 / 56 26 56 56", "torsion 2: 8 2 1 4 / 5 56 26 56", "torsion 2: 5 1 2 3 / 2 26 56 56",
-          "torsion 2: 5 1 2 8 / 2 26 56 5"}},
-        {"undef5ring_analyze_E",
-         {"bond 3: 1 2 / 1 26", "angle 3: 2 1 5 / 1 26 1", "angle 3: 1 2 3 / 1 1 26", "torsion 3: 5 1 2 3 / 1 26 1 1",
-          "torsion 3: 5 1 2 7 / 1 26 1 5"}},
-    };
-    for (const Case& c : cases) {
-        const Lines log = tinker_lines(std::string(c.folder) + "/ZENTOL.LOG");
-        for (const Lines& form : {log, unshifted(log)}) {
-            const UndefScan scan = scan_undefined(form);
-            EXPECT_EQ(shown(scan), c.entries) << c.folder;
-            EXPECT_TRUE(scan.announce() && !scan.ended_in_block) << c.folder;
-        }
+    const Lines log = tinker_lines("undef5ring_analyze_E/ZENTOL.LOG");
+    for (const Lines& form : {log, unshifted(log)}) {
+        const UndefScan scan = scan_undefined(form);
+        EXPECT_EQ(shown(scan), (Lines{"bond 3: 1 2 / 1 26", "angle 3: 2 1 5 / 1 26 1", "angle 3: 1 2 3 / 1 1 26",
+                                      "torsion 3: 5 1 2 3 / 1 26 1 1", "torsion 3: 5 1 2 7 / 1 26 1 5"}));
+        EXPECT_TRUE(scan.announce() && !scan.ended_in_block);
     }
     // A log the engine broke off in its banner holds nothing.
     EXPECT_FALSE(scan_undefined(Lines(4, " ###")).announce());
@@ -165,6 +147,9 @@ TEST(UndefinedCommand, DialogAnswersBecomeKeyLines) {
     EXPECT_EQ(key[6].substr(0, 35), "angle4       26    2    5     2.000");   // B1-C5-H14
     EXPECT_EQ(key[7], "opbend      56   26   56    2  2.00");   // offered the force constant of the dialog before
     EXPECT_EQ(key[8], "torsion4    56   26   56   56      0.000 0.0 1    0.000 180.0 2    0.000 0.0");
+    // Torsion classes in the lower of their two orders.
+    EXPECT_EQ((Lines{key[9].substr(0, 29), key[10].substr(0, 29), key[11].substr(0, 29)}),
+              (Lines{"torsion4     5   56   26   56", "torsion4     2   26   56   56", "torsion4     2   26   56    5"}));
     ASSERT_EQ(j.t.tk.message_boxes().size(), 1u);
     EXPECT_EQ(j.t.tk.message_boxes()[0], kUndefinedKeyUpdated);
 }
