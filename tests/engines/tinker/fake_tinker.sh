@@ -1,21 +1,17 @@
 #!/bin/sh
 # A stand-in for one Tinker 26.2 program, run under its name (minimize,
-# analyze.x, ...) from the Tinker directory of a test. It keeps the answers
-# it was given in answers.<program> and replays a real run: the log Tinker
-# printed and the files it wrote (JOB.* in the data folder, renamed for the
-# job). It behaves as the real programs do where a front end can go wrong:
-#   - the coordinate file is opened as named, case and all, and the key file
-#     is looked for under exactly that name less its extension;
-#   - a new structure goes to base.xyz, or base.xyz_2, _3 ... when taken;
-#   - DYNAMIC and ANNEAL restart from base.dyn when it is there, and append
-#     to the archive;
-#   - ANALYZE asks for an atom list after analysis types holding A, P or C;
-#   - an answer that is not there ends the run with Fortran's "End of file".
-# The data folder of a program is $FAKE_TINKER_DATA/<program>, or the folder
-# named by $FAKE_TINKER_CASE_<program> (a recorded failure); a ZENTOL.ERR
-# there goes to standard error and a file EXIT gives the exit code. Each run
-# that got past its questions adds "<program> <file>[ restarting]" to
-# tinker.runs.
+# analyze.x, ...). It keeps its answers in answers.<program> and replays a
+# real run: the log of the data folder and its files JOB.*, renamed for the
+# job. Where a front end can go wrong it behaves as Tinker does: the
+# coordinate file is opened as named, case and all, and the key file looked
+# for under that name less its extension; a new structure goes to base.xyz,
+# or base.xyz_2, _3 ... when taken; DYNAMIC and ANNEAL restart from base.dyn
+# when it is there and append to the archive; ANALYZE asks for an atom list
+# after analysis types holding A, P or C; a missing answer ends the run with
+# Fortran's "End of file". The data folder is $FAKE_TINKER_DATA/<program>,
+# or the recorded failure named by $FAKE_TINKER_CASE_<program>; its
+# ZENTOL.ERR goes to standard error, its file EXIT gives the exit code. Each
+# run past its questions adds "<program> <file>[ restarting]" to tinker.runs.
 prog=$(basename "$0")
 prog=${prog%.x}
 eval "case_dir=\${FAKE_TINKER_CASE_$prog:-$prog}"
