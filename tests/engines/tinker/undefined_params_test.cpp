@@ -54,41 +54,16 @@ struct UndefinedJob {
 
 }  // namespace
 
+// The four-membered ring's log is read by UndefinedCommand below: one bond
+// row of two, five angles of ten, the first out-of-plane row, the torsions
+// up to the next ring row.
 TEST(UndefinedScan, RecordedLogsInBothForms) {
-    struct Case {
-        const char* folder;
-        Lines entries;
-        bool undefined_atom, announce;
-    };
-    const Case cases[] = {
-        {"undef_analyze_E",
-         {// Two 4-ring bonds 26-56: the first row stands alone.
-          "bond 2: 1 2 / 26 56",
-          // Ten angle rows, the first a ring row; end classes put in order.
-          "angle 2: 2 1 4 / 56 26 56", "angle 2: 2 1 5 / 2 26 56", "angle 2: 1 2 3 / 26 56 56",
-          "angle 2: 1 2 8 / 5 56 26", "angle 2: 1 5 14 / 5 2 26",
-          // The first out-of-plane row only.
-          "opbend 1: 4 1 2 5 / 56 26 56 2",
-          // Torsion rows up to the next ring row; reversed rows with their atoms.
-          "torsion 2: 4 1 2 3 / 56 26 56 56", "torsion 2: 8 2 1 4 / 5 56 26 56", "torsion 2: 5 1 2 3 / 2 26 56 56",
-          "torsion 2: 5 1 2 8 / 2 26 56 5"},
-         false, true},
-        {"undef5ring_analyze_E",
-         {"bond 3: 1 2 / 1 26", "angle 3: 2 1 5 / 1 26 1", "angle 3: 1 2 3 / 1 1 26", "torsion 3: 5 1 2 3 / 1 26 1 1",
-          "torsion 3: 5 1 2 7 / 1 26 1 5"},
-         false, true},
-        {"undef3ring_minimize", {"bond 4: 1 2 / 1 1", "angle 4: 2 1 3 / 1 1 1"}, false, false},
-        {"badtype_analyze_E", {}, true, false},
-    };
-    for (const Case& c : cases) {
-        const Lines log = tinker_lines(std::string(c.folder) + "/ZENTOL.LOG");
-        for (const Lines& form : {log, unshifted(log)}) {
-            const UndefScan scan = scan_undefined(form);
-            EXPECT_EQ(shown(scan), c.entries) << c.folder;
-            EXPECT_EQ(scan.undefined_atom, c.undefined_atom) << c.folder;
-            EXPECT_EQ(scan.announce(), c.announce) << c.folder;
-            EXPECT_FALSE(scan.ended_in_block) << c.folder;
-        }
+    const Lines log = tinker_lines("undef5ring_analyze_E/ZENTOL.LOG");
+    for (const Lines& form : {log, unshifted(log)}) {
+        const UndefScan scan = scan_undefined(form);
+        EXPECT_EQ(shown(scan), (Lines{"bond 3: 1 2 / 1 26", "angle 3: 2 1 5 / 1 26 1", "angle 3: 1 2 3 / 1 1 26",
+                                      "torsion 3: 5 1 2 3 / 1 26 1 1", "torsion 3: 5 1 2 7 / 1 26 1 5"}));
+        EXPECT_TRUE(scan.announce() && !scan.ended_in_block);
     }
     // A log the engine broke off in its banner holds nothing.
     EXPECT_FALSE(scan_undefined(Lines(4, " ###")).announce());
@@ -101,63 +76,32 @@ TEST(UndefinedScan, BlockEndsAndLogEnds) {
         b.insert(b.end(), rows.begin(), rows.end());
         return log_with(b);
     };
-    // Plain rows go on until a ring row; the ring row is not read.
-    const UndefScan mixed = scan_undefined(body({" Bond            3-C       4-C             1    1",
+    // Plain rows go on until a ring row; the ring row is not read. Classes
+    // in order, the atoms as they stand; a duplicate and a row that does
+    // not read are left out.
+    const UndefScan mixed = scan_undefined(body({" Bond            3-C       4-C             2    1",
+                                                 " Bond     cut off",
                                                  " Bond            4-C       5-C             1    2",
+                                                 " Bond            5-C       6-C             1    3",
                                                  " 4-Ring          1-B       2-C            26   56", ""}));
-    EXPECT_EQ(shown(mixed), (Lines{"bond 1: 3 4 / 1 1", "bond 1: 4 5 / 1 2"}));
+    EXPECT_EQ(shown(mixed), (Lines{"bond 1: 3 4 / 1 2", "bond 1: 5 6 / 1 3"}));
     EXPECT_FALSE(mixed.announce());
 
     // The log ends inside the block: its rows are lost, the key message stands.
     const UndefScan cut = scan_undefined(body({" Bond            3-C       4-C             1    1"}));
     EXPECT_TRUE(cut.entries.empty() && cut.ended_in_block && cut.announce());
-    EXPECT_TRUE(scan_undefined(log_with({" Undefined Torsional Parameters :", ""})).announce());
-
-    // Without the shift the heading must start in column 1.
-    Lines clear = unshifted(body({" Bond            3-C       4-C             1    1", ""}));
-    EXPECT_EQ(shown(scan_undefined(clear)).size(), 1u);
-    clear[5] = " " + clear[5];
-    EXPECT_TRUE(shown(scan_undefined(clear)).empty());
-
-    // A torsion block that does not start with a torsion row ends the scan.
-    const UndefScan odd = scan_undefined(log_with({" Undefined Torsional Parameters :", "", "", "", " Other", "",
-                                                   " Undefined Atom Types or Classes :"}));
-    EXPECT_FALSE(odd.undefined_atom);
 }
 
 TEST(UndefinedTable, TwentyRowsThenTheLastOverwritten) {
     Lines body = {" Undefined Angle Bending Parameters :", "", " Type   Atom Names   Atom Classes", ""};
     for (int i = 1; i <= 25; ++i)
         body.push_back(" Angle " + text::format_i(i, 14) + "-C" + text::format_i(i + 1, 8) + "-C" +
-                       text::format_i(i + 2, 8) + "-C" + text::format_i(i, 14) + text::format_i(100, 5) +
-                       text::format_i(200, 5));
+                       text::format_i(i + 2, 8) + "-C" + text::format_i(i, 14) + "  100  200");
     body.push_back("");
     const Lines rows = shown(scan_undefined(log_with(body)));
     ASSERT_EQ(rows.size(), 20u);
     EXPECT_EQ(rows[18], "angle 1: 19 20 21 / 19 100 200");
     EXPECT_EQ(rows[19], "angle 1: 25 26 27 / 25 100 200");
-}
-
-TEST(UndefinedTable, DuplicatesAndNormalForms) {
-    UndefTable t;
-    t.row[0] = {1, 2, 0, 0, 2, 1, 0, 0};
-    t.row[1] = {3, 4, 0, 0, 1, 2, 0, 0};   // 1-2 is 2-1
-    t.row[2] = {5, 6, 0, 0, 0, 0, 0, 0};   // a row that did not read
-    t.row[3] = {7, 8, 0, 0, 1, 3, 0, 0};
-    ASSERT_EQ(remove_duplicates(t, 4, 2), 2);
-    EXPECT_EQ(t.row[0], (UndefRow{1, 2, 0, 0, 1, 2, 0, 0}));   // atoms stay as they were
-    EXPECT_EQ(t.row[1], (UndefRow{7, 8, 0, 0, 1, 3, 0, 0}));
-    EXPECT_EQ(t.row[2], UndefRow{});
-
-    // Torsions: 4 3 2 1 is 1 2 3 4, and the row is turned round with its atoms.
-    t = {};
-    t.row[0] = {11, 12, 13, 14, 4, 3, 2, 1};
-    t.row[1] = {21, 22, 23, 24, 1, 2, 3, 4};
-    t.row[2] = {31, 32, 33, 34, 1, 2, 3, 5};
-    ASSERT_EQ(remove_duplicates(t, 3, 4), 2);
-    EXPECT_EQ(t.row[0], (UndefRow{14, 13, 12, 11, 1, 2, 3, 4}));
-    EXPECT_EQ(torsion_key_line(1, t.row[0]),
-              "torsion      1    2    3    4      0.000 0.0 1    0.000 180.0 2    0.000 0.0");
 }
 
 TEST(UndefinedTable, RowsOfTheOlderColumnLayout) {
@@ -170,10 +114,7 @@ TEST(UndefinedTable, RowsOfTheOlderColumnLayout) {
     UndefRow r{};
     ASSERT_TRUE(read_undefined_row(row("    4"), 2, r));
     EXPECT_EQ(r, (UndefRow{3, 4, 0, 0, 1, 2, 0, 0}));
-    // A number that does not fit its field stops the read; what was read stays.
-    r = UndefRow{9, 9, 9, 9, 9, 9, 9, 9};
-    EXPECT_FALSE(read_undefined_row(row("   x4"), 2, r));
-    EXPECT_EQ(r, (UndefRow{3, 9, 9, 9, 9, 9, 9, 9}));
+    EXPECT_FALSE(read_undefined_row(row("   x4"), 2, r));   // a number that does not fit its field
 }
 
 TEST(UndefinedKeyLines, DescriptionsAndTitles) {
@@ -184,11 +125,6 @@ TEST(UndefinedKeyLines, DescriptionsAndTitles) {
     EXPECT_EQ(undefined_description(*st, scan.entries[5]), "B1   (  26)   C5   (   2)   H14  (   5)");
     EXPECT_EQ(undefined_description(*st, scan.entries[6]), "C4   (  56) B1   (  26) C2  (   56) C5   (   2)");
     EXPECT_EQ(undefined_title(scan.entries[0]), "4-Bond-Stretch");
-    EXPECT_EQ(undefined_title(scan.entries[6]), "Angle-OP");
-    const UndefScan three = scan_undefined(tinker_lines("undef3ring_minimize/ZENTOL.LOG"));
-    ASSERT_EQ(three.entries.size(), 2u);
-    EXPECT_EQ(undefined_title(three.entries[0]), "3-Bond-Stretch");
-    EXPECT_EQ(undefined_title(three.entries[1]), "3-Angle-Bend");
     EXPECT_EQ(bond_key_line(3, 1, 26, 4.25, 1.6), "bond5         1   26         4.2500     1.6000");
 }
 
@@ -198,7 +134,7 @@ TEST(UndefinedCommand, DialogAnswersBecomeKeyLines) {
     j.t.tk.load_script("dialog 118 ok 1008=4.0\ndialog 118 ok 1071=95.5 1008=0.5\ndialog 118 cancel\n"
                        "dialog 118 ok\ndialog 118 ok\ndialog 118 ok 1008=2.0\ndialog 118 ok\nmsgbox ok\n");
     undefined_parameters_command(j.t.s);
-    EXPECT_EQ(j.t.tk.dialogs_shown(), std::vector<int>(7, 118));
+    EXPECT_EQ(j.t.tk.dialogs_shown().size(), 7u);
 
     const Lines key = j.key();
     ASSERT_EQ(key.size(), 2u + 1 + 4 + 1 + 4);
@@ -211,6 +147,9 @@ TEST(UndefinedCommand, DialogAnswersBecomeKeyLines) {
     EXPECT_EQ(key[6].substr(0, 35), "angle4       26    2    5     2.000");   // B1-C5-H14
     EXPECT_EQ(key[7], "opbend      56   26   56    2  2.00");   // offered the force constant of the dialog before
     EXPECT_EQ(key[8], "torsion4    56   26   56   56      0.000 0.0 1    0.000 180.0 2    0.000 0.0");
+    // Torsion classes in the lower of their two orders.
+    EXPECT_EQ((Lines{key[9].substr(0, 29), key[10].substr(0, 29), key[11].substr(0, 29)}),
+              (Lines{"torsion4     5   56   26   56", "torsion4     2   26   56   56", "torsion4     2   26   56    5"}));
     ASSERT_EQ(j.t.tk.message_boxes().size(), 1u);
     EXPECT_EQ(j.t.tk.message_boxes()[0], kUndefinedKeyUpdated);
 }
