@@ -7,47 +7,38 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <filesystem>
 #include <thread>
 
-#include "session/config.h"
 #include "session_helpers.h"
 #include "toolkit/files.h"
 
 using namespace zentol;
 using namespace zentol::testing;
-namespace fs = std::filesystem;
 
 namespace {
 
 // Serves one canned HTTP answer on a loopback port.
 struct OneShotServer {
+    int fd = socket(AF_INET, SOCK_STREAM, 0);
+    std::string url;
+    std::jthread thread;   // destroyed first: joins once the destructor shut the socket
     explicit OneShotServer(const std::string& answer) {
-        sockaddr_in a{};
-        a.sin_family = AF_INET;
-        a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+        sockaddr_in a{.sin_family = AF_INET, .sin_port = 0, .sin_addr = {htonl(INADDR_LOOPBACK)}, .sin_zero = {}};
         socklen_t len = sizeof a;
         bind(fd, reinterpret_cast<sockaddr*>(&a), len);
         getsockname(fd, reinterpret_cast<sockaddr*>(&a), &len);
-        url = "http://127.0.0.1:" + std::to_string(ntohs(a.sin_port));
         listen(fd, 1);
-        thread = std::thread([this, answer] {
-            int c = accept(fd, nullptr, nullptr);
-            if (c < 0) return;
+        url = "http://127.0.0.1:" + std::to_string(ntohs(a.sin_port));
+        thread = std::jthread([this, answer] {
             char buf[2048];
-            (void)recv(c, buf, sizeof buf, 0);
-            (void)send(c, answer.data(), answer.size(), MSG_NOSIGNAL);
-            close(c);
+            if (int c = accept(fd, nullptr, nullptr); c >= 0) {
+                (void)recv(c, buf, sizeof buf, 0);
+                (void)send(c, answer.data(), answer.size(), MSG_NOSIGNAL);
+                close(c);
+            }
         });
     }
-    ~OneShotServer() {
-        shutdown(fd, SHUT_RDWR);
-        close(fd);
-        thread.join();
-    }
-    int fd = socket(AF_INET, SOCK_STREAM, 0);
-    std::string url;
-    std::thread thread;
+    ~OneShotServer() { shutdown(fd, SHUT_RDWR); close(fd); }
 };
 
 }  // namespace
@@ -70,7 +61,7 @@ TEST(JobCommands, SaveAsRefusesTheLibraryAndExistingNamesByLevel) {
     std::string lib = t.dir / "work/Library/x.xyz";
     run_on_water(t, "menu 40007\nfile " + lib + "\n");
     EXPECT_TRUE(said(t, "You are attempting to save into the Library"));
-    EXPECT_FALSE(fs::exists(t.dir / "work/Library/x.xyz"));
+    EXPECT_FALSE(file_present(t.dir / "work/Library/x.xyz"));
 
     TestSession u;
     std::string other = u.scratch() + "/other.xyz";
@@ -89,12 +80,10 @@ TEST(JobCommands, SaveAsRefusesTheLibraryAndExistingNamesByLevel) {
 TEST(JobCommands, OpenRefusesLibraryInsOnlyAndDamagedJobsAndKeepsTheCurrentOne) {
     TestSession t;
     std::string lib = t.dir / "work/mylibrary2";
-    fs::create_directories(lib);
-    fs::copy_file(test_data("water.xyz"), lib + "/lw.xyz");
+    write_file(lib + "/lw.xyz", read_file(test_data("water.xyz")));
     write_file(t.scratch() + "/cryst.ins", "TITL\n");
     write_file(t.scratch() + "/bad.xyz", "   3 bad\n garbage\n");
-    fs::create_directories(t.dir / "elsewhere");
-    fs::copy_file(test_data("water.xyz"), t.dir / "elsewhere/wet.xyz");
+    write_file(t.dir / "elsewhere/wet.xyz", read_file(test_data("water.xyz")));
     run_on_water(t, "menu 40005\nfile " + lib + "/lw.xyz\nfile " + t.scratch() + "/cryst.xyz\nfile " +
                         t.scratch() + "/bad.xyz\nfile cancel\nmenu 40005\nfile " + t.dir / "elsewhere/wet.xyz" + "\n");
     EXPECT_TRUE(said(t, "Zentol will not open files in the Library"));
@@ -110,8 +99,7 @@ TEST(JobCommands, OpenRefusesLibraryInsOnlyAndDamagedJobsAndKeepsTheCurrentOne) 
 TEST(JobCommands, RecentJobsAndPtest) {
     TestSession t;
     std::string dir = t.dir / "elsewhere";
-    fs::create_directories(dir);
-    fs::copy_file(test_data("water.xyz"), dir + "/wet.xyz");
+    write_file(dir + "/wet.xyz", read_file(test_data("water.xyz")));
     files::write_lines(t.s.inst.cfgset + "/mrul.def", {dir + "/wet.xyz", "/gone/away/x.xyz"});
     // After start the list is water, wet, gone: item 2 opens wet, then item 3
     // (gone: wet, water, gone) says its folder is not there; ptest comes back.
@@ -119,7 +107,6 @@ TEST(JobCommands, RecentJobsAndPtest) {
     EXPECT_TRUE(said(t, "The folder /gone/away is no longer there"));
     EXPECT_EQ(t.s.job.name, "ptest");
     EXPECT_EQ(files::current_dir(), t.scratch());
-    EXPECT_TRUE(file_present(dir + "/wet.geo"));
     auto mru = *files::read_lines(t.s.inst.cfgset + "/mrul.def");
     EXPECT_EQ(mru[0], t.scratch() + "/ptest.xyz");
     EXPECT_EQ(mru[1], dir + "/wet.xyz");
