@@ -35,9 +35,8 @@ TEST(DisplayLoop, ZoomStaysWithinItsLimits) {
 }
 
 TEST(DisplayLoop, KeysAndDragsTurnTheMoleculeAndTheCloseSavesWhatIsSeen) {
-    // Water lies in the yz plane; 18 steps of 5 degrees (Step-5) about y
-    // turn it into the xy plane. The turn survives what does not set out to
-    // undo it: zoom, an uncovered window, Setup.
+    // Water lies in the yz plane; 18 Step-5 turns about y lay it in the xy
+    // plane, and zoom, an uncovered window and Setup leave the turn alone.
     TestSession keys;
     run_on_water(keys, "menu 40011\n" + repeat("key 260", 18) + "menu 40039\nexpose\nmenu 40004\ndialog 106 ok 1053=1\nkey R\n");
     auto lines = *files::read_lines(keys.scratch() + "/water.xyz");

@@ -118,8 +118,7 @@ TEST(JobCommands, UpdateCheck) {
     run_on_water(t, "menu 40032\n");
     EXPECT_TRUE(said(t, "No update address is configured."));
 
-    // An HTTP answer, the address's tail, the script after the command, and
-    // what is told: in a message box, or else on the status bar.
+    // The answer, the address's tail, the script, and what is told in a box or on the status bar.
     const struct { std::string answer, tail, script, box, status; } cases[] = {
         {"HTTP/1.0 200 OK\r\n\r\nZentol\nversion 6001070\n", "/", "msgbox no\n", "A Newer Version of Zentol is Available", ""},
         {"HTTP/1.0 200 OK\r\n\r\nversion 6001060\n", "", "", "You have the Latest Version of Zentol", ""},

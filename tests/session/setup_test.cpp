@@ -18,11 +18,10 @@ TEST(Setup, AnswersGoToTheOptionsByTheirRules) {
     t.s.job.name = "s";
     two_carbons(t.s.store, 1.54f);
     t.tk.load_script(
-        "dialog 106 ok 1014=40 1021=e 1011=s 1055=1 1052=1 1067=0.5 1101=3\n"
+        "dialog 106 ok 1014=40 1011=s 1055=1 1052=1 1067=0.5 1101=3\n"
         "dialog 106 ok 1011=x 1071=250 1022=0\n"
         "dialog 106 cancel 1014=90\n");
     EXPECT_TRUE(run_setup(t.s).palette_changed);
-    EXPECT_FLOAT_EQ(t.s.tinker.tk_qualifier, 'e');     // lower case kept
     EXPECT_FLOAT_EQ(t.s.tinker.tk_curve, 2.0f);        // the letter raised first
     EXPECT_TRUE(t.s.opt.keep_dyn_files);               // the box was offered ticked
     EXPECT_EQ(t.tk.status(7), "Adv");

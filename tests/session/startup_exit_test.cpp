@@ -39,7 +39,6 @@ TEST(StartupExit, FilePathStartLoadsTheMoleculeAndSavesItAtExit) {
     write_file(dir + "/water.key", "PARAMETERS c:\\exem\\mm3\nneighbor-list\n");
     run_words(t, {dir + "/water.xyz"}, "key R\n");
     EXPECT_EQ(t.tk.status(6), "   2");   // the atom count and the mode: tests/app/headless_session.sh
-    EXPECT_EQ(read_file(dir + "/water.geo"), " Zentol water\n");
     EXPECT_EQ(read_file(dir + "/water.key"), "parameters " + t.s.inst.root + "/exem/mm3\nneighbor-list\n");
     EXPECT_TRUE(file_present(dir + "/water.ins"));
     EXPECT_EQ(read_file(dir + "/water.agl"), read_file(dir + "/water.ins"));
@@ -47,7 +46,6 @@ TEST(StartupExit, FilePathStartLoadsTheMoleculeAndSavesItAtExit) {
     EXPECT_FALSE(file_present(dir + "/ZENTOL.BAT"));
     EXPECT_FALSE(file_present(dir + "/SYMMOL.INP"));
     EXPECT_EQ(read_file(t.s.inst.cfgset + "/dir1.def"), dir + "\n");
-    EXPECT_EQ(files::read_lines(dir + "/water.xyz")->at(0), "     3 water chamul   0   1");
 }
 
 TEST(StartupExit, RecentListOfTenDropsTheOldest) {

@@ -1,6 +1,5 @@
-// Other programs' structure files in whole sessions: opened from File >
-// Open, the command line and a drop on the window; exported from File >
-// Export; and one round through the real MOPAC and Open Babel's obabel.
+// Other programs' structure files in whole sessions: opened from File > Open, the command line
+// and a drop; exported from File > Export; one round through the real MOPAC and obabel.
 #include "session/structure_exchange.h"
 
 #include <gtest/gtest.h>

@@ -70,8 +70,7 @@ TEST(UsersFiles, FilesThatAreNotTheJobsSurviveEveryExitAndEveryOddName) {
     for (const std::string odd : {"w?ter", "two\nlines"}) {
         TestSession t;
         run_from(t, papers.path(), {odd, "1"}, "close\n");
-        ASSERT_FALSE(t.tk.message_boxes().empty()) << odd;
-        EXPECT_NE(t.tk.message_boxes()[0].find("cannot name a job"), std::string::npos) << odd;
+        EXPECT_TRUE(said(t, "cannot name a job")) << odd;
         EXPECT_EQ(t.s.job.name, "ptest");
         expect_users_files(papers.path(), odd);
         EXPECT_EQ(read_file(papers / "water.xyz"), water) << odd;
@@ -124,10 +123,9 @@ TEST(UsersFiles, AMoleculeCutOnLoadingIsNotWrittenOverItsFile) {
     EXPECT_EQ(read_file(t.scratch() + "/big.xyz"), big);
 }
 
-// A folder that cannot be written: made read-only (as root, a read-only
-// mount), or a disk with no room left (a small tmpfs filled up, as root).
-// Saving says why once, keeps the molecule in memory, never tears the file,
-// and leaving offers Save As.
+// A read-only folder (as root, a read-only mount) or a full disk (a small tmpfs filled
+// up, as root): saving says why once, keeps the molecule, never tears the file, and
+// leaving offers Save As.
 void edit_where_nothing_can_be_written(bool full) {
     TempDir folder;
     const std::string job_dir = folder.path();

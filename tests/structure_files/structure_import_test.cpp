@@ -109,9 +109,8 @@ TEST(StructureImport, PdbTakesConectBondsAndBondsTheResidueByDistance) {
     EXPECT_EQ(label_text(st->atom_label[8])[0], 'H');
 }
 
-// Types by Build mode's rules: the carboxyl carbon and its terminal oxygen
-// are typed as the trigonal template and the bare atom make them, unlike
-// the chain carbons and the bridging oxygen; hydrogens by their parent.
+// Build mode's rules: the carboxyl carbon and its terminal oxygen are typed as the
+// trigonal template and the bare atom make them, unlike the chain and the bridging oxygen.
 TEST(StructureImport, AtomTypesFollowBuildModesRules) {
     auto st = imported(test_data("structure_files/zn_propanoate.sdf"));
     const int chain_c = st->conn_type(2), carboxyl_c = st->conn_type(4);
@@ -119,8 +118,7 @@ TEST(StructureImport, AtomTypesFollowBuildModesRules) {
     EXPECT_NE(carboxyl_c, chain_c);
     EXPECT_EQ(carboxyl_c, correct_type(chain_c, 0, 4, 6));
     EXPECT_NE(st->conn_type(5), st->conn_type(6));   // C=O against C-O-Zn
-    EXPECT_EQ(st->conn_type(9), hydrogen_type(st->conn_type(1)));
-    EXPECT_EQ(st->conn_type(12), hydrogen_type(chain_c));
+    EXPECT_EQ(st->conn_type(9), hydrogen_type(st->conn_type(1)));   // a hydrogen by its parent
 }
 
 // Seven is what a row of the job's file holds.

