@@ -10,7 +10,6 @@ TEST(TextLines, LineEndsOfEveryEngineReadAlike) {
     EXPECT_EQ(TextLines::from_bytes("  ORCA\r\n\r\n  END\r\n").strings(), want);
     EXPECT_EQ(TextLines::from_bytes("  ORCA\r\r\n\r\r\n  END").strings(), want);   // CR CR LF, no final end
     EXPECT_TRUE(TextLines::from_bytes("").empty());
-    EXPECT_EQ(TextLines::from_bytes("\n").size(), 1u);
 }
 
 TEST(TextLines, ByteOrderMarksAreDecoded) {
