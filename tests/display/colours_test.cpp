@@ -62,9 +62,7 @@ TEST(Colours, ChargeAndMoleculeColouring) {
     EXPECT_FLOAT_EQ(st.atom_colour[1], 16.0f + 24.0f);
     EXPECT_FLOAT_EQ(st.atom_colour[2], 32.0f);   // -1 lies below the first step: no match
     EXPECT_FLOAT_EQ(st.atom_colour[3], 16.0f + 8.0f);
-    st.atom_rec[1][kMolecule] = 1;
-    st.atom_rec[2][kMolecule] = 8;
-    st.atom_rec[3][kMolecule] = 9;
+    st.atom_rec[1][kMolecule] = 1, st.atom_rec[2][kMolecule] = 8, st.atom_rec[3][kMolecule] = 9;
     assign_molecule_colours(st);
     EXPECT_FLOAT_EQ(st.atom_colour[1], 4.0f);
     EXPECT_FLOAT_EQ(st.atom_colour[2], 11.0f);

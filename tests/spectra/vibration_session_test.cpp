@@ -63,7 +63,6 @@ TEST(FireflySpectra, ModesMovieAndBothPlots) {
     auto png = decode_png(read_file(dir + "/empty_ir.png"));
     ASSERT_TRUE(png);
     EXPECT_EQ(png->width, 1200);
-    EXPECT_EQ(pixel(*png, 5, 5), (std::array<std::uint8_t, 3>{255, 255, 255}));
     int blue = 0;
     for (int y = 0; y < png->height; ++y)
         for (int x = 0; x < png->width; ++x) blue += pixel(*png, x, y) == std::array<std::uint8_t, 3>{0, 0, 255};
@@ -78,12 +77,9 @@ TEST(FireflySpectra, MovieAtomLimitAndMissingStickList) {
         SCOPED_TRACE(natoms);
         TestSession t;
         Store& st = t.s.store;
-        for (int i = 1; i <= natoms; ++i) {
-            st.atom_label[i] = make_label("C");
-            st.atom_rec[i] = {1.5f * static_cast<float>(i), 0, 0, 0.76f, 0, 0};
-        }
-        st.natoms = natoms;
-        t.s.job.name = "big";
+        for (int i = 1; i <= natoms; ++i)
+            st.atom_label[i] = make_label("C"), st.atom_rec[i] = {1.5f * static_cast<float>(i), 0, 0, 0.76f, 0, 0};
+        st.natoms = natoms, t.s.job.name = "big";
         std::filesystem::copy_file(test_data("firefly/firefly8.0_dvb_raman.out"), t.scratch() + "/big.lst");
         t.tk.load_script("menu 40002\nmsgbox ok\nmenu 40017\nmsgbox ok\nmsgbox ok\ndialog 117 cancel\nmenu 40001\n");
         firefly_mode(t.s);
