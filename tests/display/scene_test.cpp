@@ -57,12 +57,8 @@ TEST_F(SceneTest, AtomsAreZoomedSpheresAndBondsTwoHalvesInTheirAtomsColours) {
     EXPECT_FLOAT_EQ(scene.stick_radius, 0.5f * 0.3f * 0.5f * 2.0f);
     ASSERT_EQ(scene.sticks.size(), 4u);   // both bonds lie flat (dz = 0) and are drawn
     EXPECT_FLOAT_EQ(scene.sticks[0].x1, 1.0f);   // the middle, zoomed
-    EXPECT_FLOAT_EQ(scene.sticks[1].x0, 1.0f);
-    EXPECT_FLOAT_EQ(scene.sticks[1].x1, 2.0f);
     EXPECT_EQ(scene.sticks[0].colour, 3);
     EXPECT_EQ(scene.sticks[1].colour, 6);
-    s.opt.hide_bonds = true;
-    EXPECT_TRUE(build().sticks.empty());
 }
 
 TEST_F(SceneTest, DummyAndHiddenAtomsAreLeftOutButTheirBondsAreDrawn) {
@@ -76,12 +72,6 @@ TEST_F(SceneTest, DummyAndHiddenAtomsAreLeftOutButTheirBondsAreDrawn) {
     const SceneSphere& h = scene.spheres[1];
     EXPECT_GT(scene.labels[1].x, h.x + h.radius);
     EXPECT_GT(scene.labels[1].z, h.z + h.radius);
-    EXPECT_EQ(scene.sticks.size(), 4u);
-
-    s.store.hide_atoms = true;
-    scene = build();
-    EXPECT_TRUE(scene.spheres.empty());
-    EXPECT_TRUE(scene.labels.empty());
     EXPECT_EQ(scene.sticks.size(), 4u);
 }
 

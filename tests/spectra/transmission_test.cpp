@@ -78,7 +78,7 @@ TEST(Transmission, PictureAndItsCopies) {
     EXPECT_EQ(hpgl.substr(hpgl.size() - 9), "PU;\nSP0;\n");
 }
 
-TEST(StickList, WrittenAndReadBack) {
+TEST(StickList, WrittenReadBackAndListedForTheMovie) {
     std::vector<VibrationMode> modes(2);
     modes[0].frequency = 38.65, modes[0].intensity = 0.00004;
     modes[1].frequency = -825.18, modes[1].intensity = 21.64357;
@@ -91,14 +91,12 @@ TEST(StickList, WrittenAndReadBack) {
     ASSERT_TRUE(cut);
     EXPECT_EQ(cut->size(), 1u);
     EXPECT_FALSE(read_stick_file(text::TextLines::from_lines({"garbage", "   100.00   1.00000    1"})));
-}
 
-TEST(VibrationMovie, TheDialogListIsBounded) {
-    std::vector<VibrationMode> many(120);
-    many[0].frequency = 1595.5, many[0].intensity = 1.25;
-    const auto rows = movie_rows(many);
+    // The movie's dialog lists the modes in rows of the same layout, a bounded number.
+    modes.resize(120);
+    const auto rows = movie_rows(modes);
     EXPECT_EQ(rows.size(), static_cast<std::size_t>(kMovieListRows));
-    EXPECT_EQ(rows[0], "  1595.50   1.25000    1");
+    EXPECT_EQ(rows[1], "  -825.18  21.64357    2");
 }
 
 TEST(FrameAlignment, FindsTheTurnBetweenTwoFrames) {

@@ -76,6 +76,11 @@ CubeGrid cube(const std::string& path) {
     return g ? *g : CubeGrid{};
 }
 
+void same_values(const CubeGrid& a, const CubeGrid& b) {
+    ASSERT_EQ(a.values.size(), b.values.size());
+    for (std::size_t i = 0; i < a.values.size(); i += 97) EXPECT_NEAR(a.values[i], b.values[i], 1e-6) << i;
+}
+
 // Zentol's Plot: graph.dat from the run's .mgf and pppmap.KEW from the dialog.
 void mopac_hand_over(const std::string& mgf, int orbital, int kind, const std::string& job) {
     const auto lines = files::read_text_lines(test_data("orbitals/" + mgf));
@@ -146,8 +151,7 @@ TEST(MopacMaps, DensityHoldsTheValenceElectronsAndSpinTheUnpairedOne) {
 
 TEST(MopacMaps, WhatCannotBeMappedIsSaid) {
     const MapWavefunction water = wavefunction("water.mgf");
-    MapRequest r;
-    r.orbital = 9;
+    MapRequest r{.orbital = 9};
     std::string error;
     EXPECT_FALSE(make_map(water, r, error));
     EXPECT_EQ(error, "orbital 9 is not in the file (it holds orbitals 1 to 6)");
@@ -155,28 +159,10 @@ TEST(MopacMaps, WhatCannotBeMappedIsSaid) {
     EXPECT_FALSE(make_map(water, r, error));
     EXPECT_EQ(error, "a closed shell has no spin density");
     // A file without exponents or with a matrix of another size.
-    auto lines = files::read_text_lines(test_data("orbitals/water.mgf"));
-    Mop2016Vectors v = read_mop2016_vectors(lines->views());
+    Mop2016Vectors v = read_mop2016_vectors(files::read_text_lines(test_data("orbitals/water.mgf"))->views());
     v.inverse.pop_back();
     EXPECT_TRUE(mopac_wavefunction(v, error).orbitals.empty());
     EXPECT_EQ(error, "the graph file's inverse matrix does not fit its 6 basis functions");
-}
-
-TEST(MopacMaps, GraphDatCarriesEverythingTheMapNeeds) {
-    // Zentol hands the map program graph.dat, not the .mgf: the same map
-    // must come out of both, the beta set of a UHF run included.
-    for (const char* name : {"water.mgf", "ch3_uhf.mgf"}) {
-        const Mop2016Vectors v = read_mop2016_vectors(files::read_text_lines(test_data(std::string("orbitals/") + name))->views());
-        std::string error;
-        const auto back = read_graph_file(text::TextLines::from_lines(graph_file_from_mgf(v)), error);
-        ASSERT_TRUE(back.has_value()) << error;
-        EXPECT_EQ(back->orbitals.size(), v.orbitals.size());
-        const MapKind kind = v.beta_from < v.orbitals.size() ? MapKind::Spin : MapKind::Orbital;
-        const CubeGrid ga = map_of(mopac_wavefunction(v, error), kind, 4, 32);
-        const CubeGrid gb = map_of(mopac_wavefunction(*back, error), kind, 4, 32);
-        ASSERT_EQ(ga.values.size(), gb.values.size());
-        for (std::size_t i = 0; i < ga.values.size(); i += 97) EXPECT_NEAR(ga.values[i], gb.values[i], 1e-6);
-    }
 }
 
 TEST(FireflyMaps, PunchWithoutWavefunctionOrCutShortIsSaid) {
@@ -193,6 +179,8 @@ TEST(FireflyMaps, PunchWithoutWavefunctionOrCutShortIsSaid) {
     EXPECT_NE(refused(kDvb, 100).find("WFN"), std::string::npos);
 }
 
+// Zentol hands the map program graph.dat, not the .mgf: the same map must
+// come out of both, the beta set of a UHF run included.
 TEST_F(MapMaker, MopacHandOverWritesTheJobsCubeAndTellsTheViewer) {
     mopac_hand_over("water.mgf", 4, 0, "water");
     MakerRun r = map_maker({"/somewhere/bin/orbgrid"});
@@ -201,11 +189,17 @@ TEST_F(MapMaker, MopacHandOverWritesTheJobsCubeAndTellsTheViewer) {
     EXPECT_EQ(g.atoms.size(), 3u);
     EXPECT_EQ(std::max({g.n[0], g.n[1], g.n[2]}), 48);
     EXPECT_FALSE(files::exists("pppmap.log"));
+    copy("orbitals/water.mgf", "water.mgf");
+    ASSERT_EQ(map_maker({"zentol-orbgrid", "--mo", "4", "--steps", "48", "-o", "mgf.cube", "water.mgf"}).status, 0);
+    same_values(cube("mgf.cube"), g);
 
     mopac_hand_over("ch3_uhf.mgf", 4, 1, "methyl");
     EXPECT_EQ(map_maker({"orbgrids"}).status, 0);
     EXPECT_EQ(cube("methyl_spin.cube").title, "Spin density");
     EXPECT_EQ(read_file("pppmap.atl").substr(0, 18), "methyl_spin.cube\nS");
+    copy("orbitals/ch3_uhf.mgf", "methyl.mgf");
+    ASSERT_EQ(map_maker({"zentol-orbgrid", "--spin", "--steps", "48", "-o", "mgf.cube", "methyl.mgf"}).status, 0);
+    same_values(cube("mgf.cube"), cube("methyl_spin.cube"));
 }
 
 TEST_F(MapMaker, FailedHandOverSaysWhyInTheLog) {
