@@ -61,20 +61,6 @@ TEST_F(SceneTest, AtomsAreZoomedSpheresAndBondsTwoHalvesInTheirAtomsColours) {
     EXPECT_EQ(scene.sticks[1].colour, 6);
 }
 
-TEST_F(SceneTest, DummyAndHiddenAtomsAreLeftOutButTheirBondsAreDrawn) {
-    s.store.disp_label[2] = make_label("Dum2"), s.opt.labels_on = true;
-    Scene scene = build();
-    ASSERT_EQ(scene.spheres.size(), 2u);
-    EXPECT_FLOAT_EQ(scene.spheres[1].y, 1.0f);   // the H, not the dummy
-    ASSERT_EQ(scene.labels.size(), 2u);
-    EXPECT_EQ(text_of(scene.labels[1]), "H23A");
-    // Beside its atom and in front of it, never inside the sphere.
-    const SceneSphere& h = scene.spheres[1];
-    EXPECT_GT(scene.labels[1].x, h.x + h.radius);
-    EXPECT_GT(scene.labels[1].z, h.z + h.radius);
-    EXPECT_EQ(scene.sticks.size(), 4u);
-}
-
 TEST_F(SceneTest, PickedAtomsAndPickedAndStoredBondsTakeTheirEntries) {
     // Picked atoms take the highlight entry, but only within pick_count.
     s.view.pick_list[1] = 3, s.view.pick_list[2] = 1, s.view.pick_count = 1;
