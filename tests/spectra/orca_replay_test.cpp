@@ -53,10 +53,9 @@ TEST(OrcaReplay, RowsNameTheEnginesTrajectoryFiles) {
          "   999.00        1.00000   12"}));
     ASSERT_EQ(rows.size(), 2u);
     EXPECT_EQ(vibration_row_text(rows[0], 1), "   950.60       37.06000    1");
-    // The mode the listing printed, or the row plus 5 for a file without one
-    // (row 2 of the replay tests below).
+    // The mode the listing printed, or the row plus 5 for a row without one.
     EXPECT_EQ(replay_mode(rows, 1), 10);
-    EXPECT_EQ(replay_mode({}, 1), 6);
+    EXPECT_EQ(replay_mode(rows, 2), 7);
     EXPECT_EQ(trajectory_file("dfe", 6), "dfe.hess.v006.xyz");
 }
 

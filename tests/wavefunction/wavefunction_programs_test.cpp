@@ -227,9 +227,7 @@ TEST(MultiwfnActions, TheToolBarCommandInASession) {
 
 TEST(Dgrid, TheNewestVersionGetsTheBatchAndTheConvertersRunAlways) {
     if (on_path("dos2unix").empty()) GTEST_SKIP() << "no dos2unix";
-    struct Case {
-        bool v50, v51;
-    };
+    struct Case { bool v50, v51; };
     for (const Case c : {Case{true, false}, Case{true, true}, Case{false, false}}) {
         SCOPED_TRACE(std::to_string(c.v50) + std::to_string(c.v51));
         TestSession t;
