@@ -126,8 +126,7 @@ TEST(OrbitalMaps, OrbitalsAreNormalisedAndOrthogonalOnAFineGrid) {
         int steps;
         double margin;
     };
-    for (const Case& c : {Case{"water.mgf", {3, 4, 5}, 128, 5.0}, Case{"so2.mgf", {9, 11, 13}, 96, 4.0},
-                          Case{kDvb, {34, 35}, 128, 4.0}}) {
+    for (const Case& c : {Case{"so2.mgf", {9, 11, 13}, 96, 4.0}, Case{kDvb, {34, 35}, 128, 4.0}}) {
         const MapWavefunction w = wavefunction(c.file);
         std::vector<CubeGrid> maps;
         for (int mo : c.orbitals) {
