@@ -1,9 +1,8 @@
-// The picture files: the hard copy in its formats and sizes, and PNG.
+// The hard copy in its formats and sizes.
 #include "display/hard_copy.h"
 
 #include <gtest/gtest.h>
 
-#include "display/image.h"
 #include "support/test_support.h"
 
 using namespace zentol;
@@ -47,16 +46,4 @@ TEST(HardCopy, WritesThePictureOfTheChosenFormatAndSize) {
     hard_copy(t.s);   // cancelled: nothing written, no complaint
     EXPECT_TRUE(t.tk.message_boxes().empty());
     EXPECT_EQ(resolution_factor(4), 6);   // 3840 by 2880, whatever the button says
-}
-
-TEST(Png, PicturesReadBackPixelForPixel) {
-    Image image;
-    image.width = 7, image.height = 3;
-    for (int i = 0; i < 7 * 3 * 3; ++i) image.rgb.push_back(static_cast<std::uint8_t>(i * 37));
-    auto png = encode_png(image);
-    ASSERT_EQ(png.compare(0, 8, std::string("\x89PNG\r\n\x1a\n", 8)), 0);
-    auto back = decode_png(png);
-    ASSERT_TRUE(back);
-    EXPECT_EQ(back->width, 7);
-    EXPECT_EQ(back->rgb, image.rgb);
 }

@@ -19,17 +19,11 @@ constexpr int kWidth = 200, kHeight = 150;
 ScreenCamera camera() {
     const Matrix4 p = perspective_matrix(double(kWidth) / kHeight);
     ScreenCamera c;
-    c.width = kWidth;
-    c.height = kHeight;
-    c.kx = static_cast<float>(p[0]);
-    c.ky = static_cast<float>(p[5]);
+    c.width = kWidth, c.height = kHeight, c.kx = static_cast<float>(p[0]), c.ky = static_cast<float>(p[5]);
     return c;
 }
 
-struct Ball {
-    float c[3];
-    float r;
-};
+struct Ball { float c[3], r; };
 
 // Eye distance of the ray through pixel (x, y)'s centre to the sphere's
 // front, or infinity.

@@ -35,6 +35,13 @@ struct ReplayJob {
         std::vector<std::string> kept(all.begin(), all.begin() + static_cast<long>(std::min(lines, all.size())));
         files::write_lines(trajectory_file("dfe", mode), kept);
     }
+    // Replays the dialog's first or second row; the frames drawn.
+    int replay(int kind, int row = 1) {
+        t.tk.load_script("dialog 117 ok 1085=" + std::to_string(row) + "\n");
+        const int before = t.renderer.frames;
+        orca_replay(t.s, kind);
+        return t.renderer.frames - before;
+    }
     TestSession t;
 };
 
@@ -46,10 +53,9 @@ TEST(OrcaReplay, RowsNameTheEnginesTrajectoryFiles) {
          "   999.00        1.00000   12"}));
     ASSERT_EQ(rows.size(), 2u);
     EXPECT_EQ(vibration_row_text(rows[0], 1), "   950.60       37.06000    1");
-    // The mode the listing printed, or the row plus 5 for a file without one.
+    // The mode the listing printed, or the row plus 5 for a row without one.
     EXPECT_EQ(replay_mode(rows, 1), 10);
     EXPECT_EQ(replay_mode(rows, 2), 7);
-    EXPECT_EQ(replay_mode({}, 1), 6);
     EXPECT_EQ(trajectory_file("dfe", 6), "dfe.hess.v006.xyz");
 }
 
@@ -73,23 +79,19 @@ TEST(OrcaReplay, IrPlaysTwiceRamanThriceAndTheMoleculeComesBack) {
     ReplayJob j;
     j.trajectory_for_mode(6);
     const auto before = j.coordinates();
-    j.t.tk.load_script("dialog 117 ok 1085=1\n");
-    int drawn = j.t.renderer.frames;
-    orca_replay(j.t.s, 1);
     // Eight atoms: every frame of both plays is drawn, then the molecule.
-    EXPECT_GE(j.t.renderer.frames - drawn, 40);
-    EXPECT_LE(j.t.renderer.frames - drawn, 43);
+    int drawn = j.replay(1);
+    EXPECT_GE(drawn, 40);
+    EXPECT_LE(drawn, 43);
     EXPECT_EQ(j.t.tk.dialogs_shown(), (std::vector<int>{117, 117}));
     EXPECT_TRUE(j.t.tk.message_boxes().empty());
     EXPECT_EQ(j.coordinates(), before);
 
     // Raman shows frames 5 to 16 of three plays, and plays a cut file.
     j.trajectory_for_mode(6, 155);
-    j.t.tk.load_script("dialog 117 ok 1085=1\n");
-    drawn = j.t.renderer.frames;
-    orca_replay(j.t.s, 2);
-    EXPECT_GE(j.t.renderer.frames - drawn, 3 * 11);
-    EXPECT_LE(j.t.renderer.frames - drawn, 3 * 11 + 3);
+    drawn = j.replay(2);
+    EXPECT_GE(drawn, 3 * 11);
+    EXPECT_LE(drawn, 3 * 11 + 3);
     EXPECT_TRUE(j.t.tk.message_boxes().empty());
     EXPECT_EQ(j.coordinates(), before);
 }
@@ -99,13 +101,11 @@ TEST(OrcaReplay, AMissingOrCutIrTrajectoryIsReportedAndChangesNothing) {
     const auto before = j.coordinates();
     // Row 2 asks for mode 7, which orca_pltvib did not write.
     j.trajectory_for_mode(6);
-    j.t.tk.load_script("dialog 117 ok 1085=2\n");
-    orca_replay(j.t.s, 1);
+    j.replay(1, 2);
     ASSERT_EQ(j.t.tk.message_boxes().size(), 1u);
     EXPECT_EQ(j.t.tk.message_boxes()[0], "Check LST file to troubleshoot");
     j.trajectory_for_mode(7, 123);
-    j.t.tk.load_script("dialog 117 ok 1085=2\n");
-    orca_replay(j.t.s, 1);
+    j.replay(1, 2);
     EXPECT_EQ(j.t.tk.message_boxes().size(), 2u);
     EXPECT_EQ(j.coordinates(), before);
 
@@ -114,15 +114,8 @@ TEST(OrcaReplay, AMissingOrCutIrTrajectoryIsReportedAndChangesNothing) {
     for (int i = 9; i <= 20; ++i) j.t.s.store.atom_rec[i] = j.t.s.store.atom_rec[1];
     j.t.s.store.natoms = 20;
     std::vector<std::string> big;
-    for (int f = 0; f < 20; ++f) {
-        big.emplace_back("20");
-        big.emplace_back("*");
-        for (int i = 0; i < 20; ++i) big.emplace_back("H 1.0 2.0 3.0");
-    }
+    for (int f = 0; f < 20; ++f) big.insert(big.end(), {"20", "*"}), big.insert(big.end(), 20, "H 1.0 2.0 3.0");
     files::write_lines(trajectory_file("dfe", 6), big);
-    j.t.tk.load_script("dialog 117 ok 1085=1\n");
-    const int drawn = j.t.renderer.frames;
-    orca_replay(j.t.s, 1);
-    EXPECT_LE(j.t.renderer.frames - drawn, 3);
+    EXPECT_LE(j.replay(1), 3);
     EXPECT_NE(j.t.s.store.atom_rec[20][kX], 1.0f);
 }

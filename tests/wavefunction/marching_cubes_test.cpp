@@ -68,7 +68,6 @@ TEST(MarchingCubes, SphereHasTheRightAreaVolumeAndOutwardNormals) {
             return sign * std::exp(-std::sqrt(x * x + y * y + z * z));
         });
         const IsoMesh m = isosurface(g, static_cast<float>(sign * std::exp(-r)));
-        ASSERT_GT(m.triangles(), 1000u);
         ASSERT_EQ(m.normals.size(), m.vertices.size());
         const Measure s = measure(m, r, {0, 0, 0});
         EXPECT_LT(s.worst_radius, 0.01);

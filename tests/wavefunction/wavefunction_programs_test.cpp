@@ -1,7 +1,6 @@
-// The outside wavefunction programs: the Multiwfn actions run by a fake
-// Multiwfn that replays recorded runs (CH4, Li2+, Ni(CO)4 from Multiwfn
-// 3.8), and the DGrid batch and deck with DGrid and the converters as fake
-// programs.
+// The outside wavefunction programs: the Multiwfn actions run by a fake that
+// replays recorded Multiwfn 3.8 runs (CH4, Li2+, Ni(CO)4), and the DGrid batch
+// and deck with DGrid and the converters as fake programs.
 #include <cstdlib>
 #include <filesystem>
 
@@ -85,7 +84,6 @@ TEST(MultiwfnAnswers, OrbitalListsAndBasinLists) {
     EXPECT_EQ(topmod_second_answers(read_basin_lists(data("nico4/topmod.lst"))).lines(),
               (Lines{"17", "1", "9", "2", "12", "-5", "b", "1,4,7,8,15,16,21,22", "2,3,5,6,9,10,13,14"}));
     EXPECT_EQ(topmod_second_answers(BasinLists{"6-12", "1-5,13", "", true, false}).lines().back(), "1-5,13");
-    EXPECT_EQ(topmod_second_answers(BasinLists{}).lines().size(), 11u);
 }
 
 TEST(MultiwfnAnswers, HirshfeldChargeLogAndTheValenceSection) {
@@ -115,7 +113,6 @@ TEST(MultiwfnActions, CubesCompositionsAndTheDOrbitalKey) {
     MultiwfnJob k;
     k.act(2, "1-8");
     EXPECT_EQ(k.runs(), 2);
-    EXPECT_EQ(k.answers(2).size(), 11u);
     EXPECT_FALSE(files::exists("001.LST"));
     // An empty or unreadable list runs nothing.
     k.act(2, "");
@@ -209,9 +206,8 @@ TEST(MultiwfnActions, WithoutTheProgramOrTheMoldenFileNothingRuns) {
 
 // The tool-bar command in a whole session: dialog 127, then the action.
 TEST(MultiwfnActions, TheToolBarCommandInASession) {
-    TestSession t;
-    t.s.engines.values["multiwfn"] = std::string(ZENTOL_TEST_DATA) + "/../wavefunction/fake_multiwfn.sh";
-    setenv("FAKE_MWFN_DATA", test_data("multiwfn/ch4").c_str(), 1);
+    MultiwfnJob j;
+    TestSession& t = j.t;
     write_file(t.scratch() + "/ch4.molden.input", read_file(test_data("multiwfn/ch4/job.molden.input")));
     write_file(t.scratch() + "/ch4.xyz", "     5 ch4 chamul   0   1\n"
                                          "     1  C     -1.375000    0.410714    0.000000     1     2     3     4     5\n"
@@ -222,7 +218,6 @@ TEST(MultiwfnActions, TheToolBarCommandInASession) {
     write_file(t.s.inst.cfgset + "/dir1.def", t.scratch() + "\n");
     t.tk.load_script("menu 40084\ndialog 127 ok 1048=1\n");
     run_program(t.s, {"zentol", "ch4", "1"});
-    unsetenv("FAKE_MWFN_DATA");
     EXPECT_EQ(files::read_lines(t.scratch() + "/ch4_chg.log"),
               (Lines{"#Orca hirshfeld charges", "C     -0.109250", "H      0.027310", "H      0.027314", "H      0.027314",
                      "H      0.027312"}));
@@ -231,9 +226,7 @@ TEST(MultiwfnActions, TheToolBarCommandInASession) {
 
 TEST(Dgrid, TheNewestVersionGetsTheBatchAndTheConvertersRunAlways) {
     if (on_path("dos2unix").empty()) GTEST_SKIP() << "no dos2unix";
-    struct Case {
-        bool v50, v51;
-    };
+    struct Case { bool v50, v51; };
     for (const Case c : {Case{true, false}, Case{true, true}, Case{false, false}}) {
         SCOPED_TRACE(std::to_string(c.v50) + std::to_string(c.v51));
         TestSession t;
