@@ -1,8 +1,6 @@
-// Lewis structures, oxidation states, donor bonds and the metal report:
-// on molecules built by hand in a store, and on real molecules read from
-// job files (tests/data/lewis), where the organic set keeps its results,
-// metal complexes, anions and large closed shells come out chemically right,
-// and no result depends on the order of the atoms.
+// Lewis structures, oxidation states, donor bonds and the metal report, on
+// molecules built by hand and read from tests/data/lewis; no result may
+// depend on the order of the atoms.
 #include "analysis/lewis.h"
 
 #include <algorithm>
@@ -72,9 +70,6 @@ private:
     std::unique_ptr<Store> st_;
 };
 
-// Hydroxide with nothing marked: the first atom with a bond to spare.
-void hydroxide(Molecule& m) { m.hydrogens(m.atom("O1"), 1); }
-
 // Sulfate with an oxygen marked: two terminal oxygens take the charges,
 // then the hypervalent sulfur gives up its double bonds for charges.
 void marked_sulfate(Molecule& m) {
@@ -93,9 +88,6 @@ void zeise(Molecule& z) {
 }
 
 
-// The only dummies of these molecules are ring centroids.
-std::string lewis_symbol(int atn) { return atn ? lewis_element_symbol(atn) : "Cn"; }
-
 // Oxidation states, charges (ionic plus formal, zeros left out) and bond
 // orders, each per element; bonds keyed by the lower atomic number. Each
 // distinct value comes with its count: "C -2x2 -1x8; H 1x10".
@@ -108,7 +100,8 @@ std::ostream& operator<<(std::ostream& o, const Fingerprint& f) {
     return o << "{" << f.os << " | " << f.charges << " | " << f.orders << "}";
 }
 
-std::string key_text(int atn) { return lewis_symbol(atn); }
+// The only dummies of these molecules are ring centroids.
+std::string key_text(int atn) { return atn ? lewis_element_symbol(atn) : "Cn"; }
 const std::string& key_text(const std::string& bond) { return bond; }
 
 template <typename Key>
@@ -132,7 +125,7 @@ Fingerprint fingerprint(const LewisInput& in, const LewisResult& r) {
     for (std::size_t k = 0; k < in.bonds.size(); ++k) {
         int p = r.atn[in.bonds[k][0]], q2 = r.atn[in.bonds[k][1]];
         if (p > q2) std::swap(p, q2);
-        ++orders[lewis_symbol(p) + "-" + lewis_symbol(q2)][r.order[k + 1]];
+        ++orders[key_text(p) + "-" + key_text(q2)][r.order[k + 1]];
     }
     return {counted(os), counted(q), counted(orders)};
 }
@@ -219,36 +212,20 @@ TEST(Lewis, HeavyWaterInTheBrtFile) {
     m.bond(o, m.atom("D2", 0, -0.76f, -0.48f));
     const LewisInput in = m.input(0);
     const LewisResult r = analysed(in);
-    expect_reads(in, r, {"H 1x2; O -2", "", "H-O 1x2"}, {});
+    expect_sound(in, r);
     const std::vector<std::string> want_brt = {
-        "TITL  LEWIS   3   2",
-        "CELL  0.71069 1. 1. 1. 90. 90. 90.",
-        "LATT -1",
-        "FVAR",
+        "TITL  LEWIS   3   2", "CELL  0.71069 1. 1. 1. 90. 90. 90.", "LATT -1", "FVAR",
         "O1   1    0.00000   0.00000   0.12000 11. .05",
         "H1   1    0.00000   0.76000  -0.48000 11. .05",
         "D2   1    0.00000  -0.76000  -0.48000 11. .05",
         "BM   1    0.00000   0.38000  -0.18000 11. .05",
         "BM   1    0.00000  -0.38000  -0.18000 11. .05",
-        "HKLF 4",
-        "ATOM   3",
-        "Name.  no.  LPe  chg  OS  Atno  coor",
+        "HKLF 4", "ATOM   3", "Name.  no.  LPe  chg  OS  Atno  coor",
         "O1     1   4   0  -2   8   2",
         "H1     2   0   0   1   1   1",
         "D2     3   0   0   1   1   1",
-        "ENDATOM",
-        "BOND   2",
-        "        atom        atom           bond order",
-        "   1   2   1",
-        "   1   3   1",
-        "ENDBOND",
-        "ALLEN   3",
-        "   1   3.610",
-        "   2   2.300",
-        "   3   2.300",
-        "ENDALLEN",
-        "DONORBOND   0",
-        "ENDDONOR",
+        "ENDATOM", "BOND   2", "        atom        atom           bond order", "   1   2   1", "   1   3   1", "ENDBOND",
+        "ALLEN   3", "   1   3.610", "   2   2.300", "   3   2.300", "ENDALLEN", "DONORBOND   0", "ENDDONOR",
     };
     EXPECT_EQ(lewis_brt_lines(in, r), want_brt);
 }
@@ -269,7 +246,6 @@ TEST(Lewis, HandBuiltMolecules) {
         // No N-H on Me4N+ (a data file), but here the N-H rule places it.
         {"methylammonium", 1, [](Molecule& m) { const int n = m.atom("N1"); m.methyl(n); m.hydrogens(n, 3); },
          {"H 1x6; C -2; N -3", "N 1", "C-N 1; H-C 1x3; H-N 1x3"}, {}},
-        {"sulfate, an oxygen marked", -2, marked_sulfate, {"O -2x4; S 6", "O -1x4; S 2", "O-S 1x4"}, {}},
         {"AsMe5", 0, [](Molecule& m) { m.methyls(m.atom("As1"), 5); },
          {"H 1x15; C -4x5; As 5", "", "C-As 1x5; H-C 1x15"}, {}, "Octet rule exception AsMe5", 10},
         // The arsonium ylide Me3As=CH2: an exception without a message that
@@ -324,7 +300,7 @@ TEST(Lewis, HandBuiltMolecules) {
 TEST(Lewis, WhereChargesGo) {
     // Ionic charges, not formal ones, on hydroxide and sulfate.
     Molecule h, s;
-    hydroxide(h);
+    h.hydrogens(h.atom("O1"), 1);   // nothing marked: the first atom with a bond to spare
     marked_sulfate(s);
     EXPECT_EQ(lewis_analysis(h.input(-1)).chg[1], -1);
     const LewisResult rs = lewis_analysis(s.input(-2));

@@ -33,9 +33,8 @@ void install_fake_program(TestSession& t, const std::string& group_line, const s
 }
 
 float dist(const Store& st, int a, int b) {
-    float sum = 0;
-    for (int c = 0; c < 3; ++c) sum += std::pow(st.atom_rec[a][c] - st.atom_rec[b][c], 2.0f);
-    return std::sqrt(sum);
+    const auto &p = st.atom_rec[a], &q = st.atom_rec[b];
+    return std::hypot(p[0] - q[0], p[1] - q[1], p[2] - q[2]);
 }
 
 }  // namespace
