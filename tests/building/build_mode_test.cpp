@@ -140,9 +140,4 @@ TEST(BuildMode, SubstituentsComeFromTheInstalledLibrary) {
             if (!has_neighbour(st, i, j)) {
                 EXPECT_GT(d(i, j), 1.4f) << i << " " << j;
             }
-
-    // On an empty molecule the substituent's molecule comes as it stands.
-    TestSession empty;
-    run_ptest(empty, "key B\ndialog 102 ok 1061=1\nmenu 40056\nclose\n");
-    EXPECT_EQ(empty.s.store.natoms, 12);
 }

@@ -27,11 +27,9 @@ void perceive_pairwise(Store& st, float tolerance) {
         for (int i = 1; i <= st.natoms; ++i) st.conn[c][i] = 0;
     for (int i = 1; i <= st.natoms; ++i)
         for (int j = i + 1; j <= st.natoms; ++j) {
-            const float dx = st.atom_rec[i][kX] - st.atom_rec[j][kX];
-            const float dy = st.atom_rec[i][kY] - st.atom_rec[j][kY];
-            const float dz = st.atom_rec[i][kZ] - st.atom_rec[j][kZ];
-            if (std::sqrt(dx * dx + dy * dy + dz * dz) >= covalent_radius(st, nullptr, i) +
-                                                               covalent_radius(st, nullptr, j) + tolerance)
+            const auto &p = st.atom_rec[i], &q = st.atom_rec[j];
+            if (std::hypot(p[kX] - q[kX], p[kY] - q[kY], p[kZ] - q[kZ]) >=
+                covalent_radius(st, nullptr, i) + covalent_radius(st, nullptr, j) + tolerance)
                 continue;
             for (auto [a, b] : {std::pair{i, j}, std::pair{j, i}}) {
                 const int n = ++st.conn_count(a);

@@ -1,7 +1,6 @@
-// The shipped molecule library: every file must read and carry exactly the
-// bonds that distance perception would find, and the substituents of the
-// Build menu must end in the hydrogen they join by.
-// Molecules appended from files, and the charges and key lines they bring.
+// The shipped molecule library (bonds as distance perception finds them,
+// substituents ending in the hydrogen they join by), and molecules appended
+// from files with the charges and key lines they bring.
 #include "building/library.h"
 
 #include <algorithm>
