@@ -48,29 +48,16 @@ struct Grow : ::testing::Test {
 
 }  // namespace
 
-TEST_F(Grow, TheFirstAtomComesWithItsHydrogens) {
+TEST_F(Grow, MethaneThenATetrahedralCarbonOnAHydrogenMakesEthane) {
     start();
     ASSERT_EQ(st.natoms, 5);
     EXPECT_EQ(st.conn_count(1), 4);
     EXPECT_EQ(st.conn_type(1), 1);
     for (int h = 2; h <= 5; ++h) {
         EXPECT_EQ(st.conn_type(h), 5);
-        // about 1.096 stretched by (0.32 - 1.09) + 0.76
-        EXPECT_NEAR(distance(1, h), 1.086, 1e-3);
+        EXPECT_NEAR(distance(1, h), 1.086, 1e-3);   // about 1.096 stretched by (0.32 - 1.09) + 0.76
     }
-}
-
-TEST_F(Grow, AChlorineComesWithOneHydrogen) {
-    start("Cl", 1);
-    ASSERT_EQ(st.natoms, 2);
-    EXPECT_EQ(label_text(st.atom_label[2]), "H1  ");
-    EXPECT_NEAR(st.atom_rec[2][kZ], element_lookup(st, nullptr, "Cl", 0) + 0.32f, 1e-6);
-}
-
-TEST_F(Grow, ATetrahedralCarbonOnAHydrogenMakesEthane) {
-    start();
-    const Vec3 parent = atom_position(st.atom_rec[1]);
-    const Vec3 old_h = atom_position(st.atom_rec[3]);
+    const Vec3 parent = atom_position(st.atom_rec[1]), old_h = atom_position(st.atom_rec[3]);
     grow(3, "C", 6);
     ASSERT_EQ(st.natoms, 8);
     // Along the old C-H line at the sum of the radii, give or take what the
@@ -84,6 +71,13 @@ TEST_F(Grow, ATetrahedralCarbonOnAHydrogenMakesEthane) {
         EXPECT_NEAR(distance(1, h), 2.16, 0.05);   // staggered about the new bond
     }
     expect_symmetric_rows();
+}
+
+TEST_F(Grow, AChlorineComesWithOneHydrogen) {
+    start("Cl", 1);
+    ASSERT_EQ(st.natoms, 2);
+    EXPECT_EQ(label_text(st.atom_label[2]), "H1  ");
+    EXPECT_NEAR(st.atom_rec[2][kZ], element_lookup(st, nullptr, "Cl", 0) + 0.32f, 1e-6);
 }
 
 TEST_F(Grow, TypeRulesForCarbonylAlkeneAndAmine) {
