@@ -267,7 +267,6 @@ TEST(Lewis, HandBuiltMolecules) {
         const LewisInput in = m.input(c.charge);
         const LewisResult r = analysed(in);
         expect_reads(in, r, c.want, c.cbc);
-        EXPECT_EQ(r.exception, c.exception != nullptr);
         const std::vector<std::string> brt = lewis_brt_lines(in, r);
         EXPECT_EQ(brt[0] == "IEXCPT", c.exception != nullptr);
         EXPECT_EQ(brt[c.exception ? 1 : 0].substr(0, 11), "TITL  LEWIS");

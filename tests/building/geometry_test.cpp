@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -153,18 +154,14 @@ TEST(BondRotation, MarksABondAndADihedral) {
     EXPECT_EQ(read_file("ICONV.DAT"), "           3           2\n");
     EXPECT_EQ(read_file("IDHED.DAT"), "");
     const BondMarks& m = t.s.view.marks;
-    EXPECT_EQ(m.kind, 1);
-    EXPECT_EQ(m.first_low, 2);
-    EXPECT_EQ(m.first_high, 3);
+    EXPECT_EQ(std::tie(m.kind, m.first_low, m.first_high), std::tuple(1, 2, 3));
     EXPECT_EQ(t.s.store.atom_rec[3][kMark], 0.0f);
 
     t.tk.load_script("dialog 124 ok 1052=1\npress atom 1\npress atom 2\npress atom 3\npress atom 4\n");
     mark_bond_command(t.s);
     EXPECT_EQ(read_file("IDHED.DAT"), "           1           2           3           4\n");
     EXPECT_EQ(read_file("ICONV.DAT"), "           1           2\n");
-    EXPECT_EQ(m.kind, 2);
-    EXPECT_EQ(m.second_low, 2);
-    EXPECT_EQ(m.second_high, 3);
+    EXPECT_EQ(std::tie(m.kind, m.second_low, m.second_high), std::tuple(2, 2, 3));
     EXPECT_EQ(t.s.store.atom_rec[1][kMark], 1.0f);   // the first atom stays marked
 
     // A dihedral about a ring bond is refused; the files start afresh.
