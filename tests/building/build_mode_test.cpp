@@ -25,23 +25,14 @@ void run_ptest(TestSession& t, const std::string& script) {
     run_program(t.s, {"zentol"});
 }
 
-int count_dialogs(const TestSession& t, int id) {
-    const auto& shown = t.tk.dialogs_shown();
-    return static_cast<int>(std::count(shown.begin(), shown.end(), id));
-}
+int count_dialogs(const TestSession& t, int id) { return static_cast<int>(std::ranges::count(t.tk.dialogs_shown(), id)); }
 
 bool transcript_has(const TestSession& t, const std::string& text) {
-    for (const auto& line : t.tk.transcript())
-        if (line.find(text) != std::string::npos) return true;
-    return false;
+    return std::ranges::any_of(t.tk.transcript(), [&](const std::string& l) { return l.find(text) != std::string::npos; });
 }
 
 // Methane from the dialog, then a tetrahedral carbon on hydrogen 2.
-const char* const kEthane =
-    "key B\n"
-    "dialog 102 ok 1021=C 1048=1\n"
-    "press atom 2\n"
-    "dialog 102 ok 1021=C 1048=1\n";
+const char* const kEthane = "key B\ndialog 102 ok 1021=C 1048=1\npress atom 2\ndialog 102 ok 1021=C 1048=1\n";
 
 }  // namespace
 

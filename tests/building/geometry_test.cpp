@@ -138,9 +138,8 @@ TEST(Geometry, CommandPicksInRoundsOfFour) {
     for (std::size_t at = log.find(" Atom Picked C1"); at != std::string::npos; at = log.find(" Atom Picked C1", at + 1))
         ++picked;
     EXPECT_EQ(picked, 3);
-    int prompts = 0;
-    for (const auto& [field, text] : t.tk.status_writes()) prompts += field == 9 && text == "Pick  Atoms";
-    EXPECT_EQ(prompts, 2);   // at the start and after the right button
+    const std::pair<int, std::string> prompt{9, "Pick  Atoms"};
+    EXPECT_EQ(std::ranges::count(t.tk.status_writes(), prompt), 2);   // at the start and after the right button
     EXPECT_EQ(t.tk.status(10), "Geom.");
 }
 

@@ -45,8 +45,7 @@ std::unique_ptr<Loaded> load(const std::string& path) {
 }
 
 float distance(const Store& st, int i, int j) {
-    const auto& a = st.atom_rec[i];
-    const auto& b = st.atom_rec[j];
+    const auto &a = st.atom_rec[i], &b = st.atom_rec[j];
     return std::hypot(a[kX] - b[kX], a[kY] - b[kY], a[kZ] - b[kZ]);
 }
 
@@ -55,7 +54,6 @@ std::string element_of(const Store& st, int atom) {
     s.erase(s.find_last_not_of(' ') + 1);
     return s;
 }
-
 
 const char* const kWater =
     "     3  water\n"
