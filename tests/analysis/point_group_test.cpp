@@ -72,12 +72,7 @@ double distance(const Vec& a, const Vec& b) { return symmetry::norm(symmetry::su
 
 TEST(PointGroupSearch, KnownMoleculesGetTheirGroups) {
     const double t = 1.0 / std::sqrt(3.0) * 1.09;
-    struct Case {
-        const char* name;
-        Molecule m;
-        const char* group;
-        int order;
-    };
+    struct Case { const char* name; Molecule m; const char* group; int order; };
     const Case cases[] = {
         {"benzene", benzene(), "D6h", 24},
         {"water", from_rows({{"O1", {0, 0, 0.117}}, {"H2", {0, 0.757, -0.469}}, {"H3", {0, -0.757, -0.469}}}), "C2v", 4},
@@ -138,11 +133,8 @@ TEST(PointGroupSearch, GroupsBuiltFromGeneratorsAreRecognised) {
     const double phi = (1 + std::sqrt(5.0)) / 2;
     const symmetry::Mat c3_body = rotation(body, 2 * kPi / 3), c2z = rotation(z, kPi);
     const symmetry::Mat minus = symmetry::multiply(reflection(z), c2z);
-    struct Case {
-        const char* group;
-        std::vector<symmetry::Mat> generators;
-        std::ptrdiff_t seeds = 3;   // the last ones of the shared seeds
-    };
+    // seeds: how many of the shared seeds, taken from the end.
+    struct Case { const char* group; std::vector<symmetry::Mat> generators; std::ptrdiff_t seeds = 3; };
     const Case cases[] = {
         {"Cs", {reflection(z)}},
         {"Ci", {minus}},
@@ -167,7 +159,7 @@ TEST(PointGroupSearch, GroupsBuiltFromGeneratorsAreRecognised) {
     }
 }
 
-TEST(PointGroupSearch, ADistortedBenzeneIsSymmetrisedBack) {
+TEST(PointGroupSearch, DistortedMoleculesAreSymmetrisedBack) {
     const std::vector<SymAtom> atoms = placed(shaken(benzene(), 0.02));
     const PointGroupResult r = find_point_group(atoms);
     EXPECT_EQ(r.group, "D6h");
@@ -184,17 +176,16 @@ TEST(PointGroupSearch, ADistortedBenzeneIsSymmetrisedBack) {
     EXPECT_NEAR(distance(s[0], s[1]), 1.39, 0.02);
     // Held to a tolerance below the distortion it is no longer D6h.
     EXPECT_NE(find_point_group(atoms, 0.01).group, "D6h");
-}
 
-TEST(PointGroupSearch, LinearMoleculesAreSymmetrisedAlongZ) {
-    const PointGroupResult r = find_point_group(placed(shaken(co2(), 0.01)));
-    EXPECT_EQ(r.group, "D*h");
-    EXPECT_GT(r.deviation, 0.001);
-    ASSERT_EQ(r.symmetrised.size(), 3u);
-    EXPECT_NEAR(r.symmetrised[0][2], -r.symmetrised[2][2], 1e-9);
-    EXPECT_NEAR(r.symmetrised[1][2], 0, 1e-9);
-    EXPECT_NEAR(std::fabs(r.symmetrised[0][2]), 1.16, 0.02);
-    EXPECT_EQ(r.symmetrised[0][0], 0);
+    // A linear molecule along z.
+    const PointGroupResult l = find_point_group(placed(shaken(co2(), 0.01)));
+    EXPECT_EQ(l.group, "D*h");
+    EXPECT_GT(l.deviation, 0.001);
+    ASSERT_EQ(l.symmetrised.size(), 3u);
+    EXPECT_NEAR(l.symmetrised[0][2], -l.symmetrised[2][2], 1e-9);
+    EXPECT_NEAR(l.symmetrised[1][2], 0, 1e-9);
+    EXPECT_NEAR(std::fabs(l.symmetrised[0][2]), 1.16, 0.02);
+    EXPECT_EQ(l.symmetrised[0][0], 0);
     EXPECT_EQ(find_point_group({}).aligned, false);
 }
 
