@@ -198,7 +198,7 @@ TEST(BondRotation, KeysTurnTheFarSideAboutTheBond) {
     chain_and_ring(t);
     t.s.opt.bond_rot_step = 20;
     const Store& st = t.s.store;
-    const double d34 = distance(at(st, 3), at(st, 4)), d14 = distance(at(st, 1), at(st, 4));
+    const double d34 = distance(at(st, 3), at(st, 4));
     // Two steps forward, one back by another key, then the right button ends.
     t.tk.load_script("press atom 1\npress atom 2\npress atom 3\npress atom 4\n"
                      "key 261\nkey 261\nkey 65\npress3 0.5 0.5\nkey 261\n");
@@ -206,10 +206,9 @@ TEST(BondRotation, KeysTurnTheFarSideAboutTheBond) {
     EXPECT_EQ(t.tk.pending_messages(), 1u);
     EXPECT_NEAR(chain_dihedral(st), 80.0, 1e-3);
     EXPECT_EQ(t.tk.status(9), "C1-C2-C3-C4   80.000");
-    // Atom 4 turned on its circle about the axis: its bond kept, its
-    // distance to atom 1 changed; the near side and the ring stayed.
+    // Atom 4 turned on its circle about the axis, its bond kept; the near
+    // side and the ring stayed.
     EXPECT_NEAR(distance(at(st, 3), at(st, 4)), d34, 1e-4);
-    EXPECT_GT(std::fabs(distance(at(st, 1), at(st, 4)) - d14), 0.05);
     EXPECT_NEAR(distance(at(st, 1), at(st, 5)), distance(kNear, {0, 4, 0}), 1e-4);
     EXPECT_EQ(t.s.view.pick_count, 0);
 }

@@ -36,8 +36,7 @@ struct Grow : ::testing::Test {
     void expect_symmetric_rows() const {
         for (int i = 1; i <= st.natoms; ++i)
             for (int k = 1; k <= kMaxNeighbours; ++k) {
-                const int j = st.nbr(i, k);
-                if (j) {
+                if (const int j = st.nbr(i, k)) {
                     EXPECT_TRUE(has_neighbour(st, j, i)) << i << "-" << j;
                 }
             }
