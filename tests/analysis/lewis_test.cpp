@@ -253,9 +253,8 @@ TEST(Lewis, HandBuiltMolecules) {
         const std::vector<std::string> brt = lewis_brt_lines(in, r);
         EXPECT_EQ(brt[0] == "IEXCPT", c.exception != nullptr);
         EXPECT_EQ(brt[c.exception ? 1 : 0].substr(0, 11), "TITL  LEWIS");
-        if (c.exception) {
-            EXPECT_EQ(r.messages, *c.exception ? std::vector<std::string>{c.exception} : std::vector<std::string>{});
-        }
+        EXPECT_EQ(r.messages, c.exception && *c.exception ? std::vector<std::string>{c.exception}
+                                                           : std::vector<std::string>{});
         if (c.tec1) {
             EXPECT_EQ(r.tec[1], c.tec1);
         }
