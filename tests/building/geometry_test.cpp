@@ -177,7 +177,7 @@ TEST(BondRotation, MarksABondAndADihedral) {
 }
 
 // (A ring bond is refused as in marking a dihedral.)
-TEST(BondRotation, RefusesAtomsNotBonded) {
+TEST(BondRotation, RefusesAtomsNotBondedAndKeysTurnTheFarSide) {
     TestSession t;
     chain_and_ring(t);
     t.tk.load_script("press atom 1\npress atom 2\npress atom 4\npress atom 3\n");
@@ -191,11 +191,7 @@ TEST(BondRotation, RefusesAtomsNotBonded) {
     EXPECT_EQ(t.tk.status(9), " ");
     EXPECT_EQ(t.s.view.pick_count, 0);
     EXPECT_FALSE(file_present("ICONA.DAT"));
-}
 
-TEST(BondRotation, KeysTurnTheFarSideAboutTheBond) {
-    TestSession t;
-    chain_and_ring(t);
     t.s.opt.bond_rot_step = 20;
     const Store& st = t.s.store;
     const double d34 = distance(at(st, 3), at(st, 4));
