@@ -1,5 +1,4 @@
-// The vertex data the painter draws from: joined bond halves, the order
-// primitives go in, the stick ends their atoms hide, and what is culled.
+// The vertex data the painter draws from.
 #include "toolkit/qt/scene_batches.h"
 
 #include <algorithm>
@@ -14,12 +13,6 @@ namespace {
 
 const Matrix4 kLook = look_at_matrix();
 
-Scene a_scene() {
-    Scene scene;
-    scene.stick_radius = 0.05f;
-    return scene;
-}
-
 // The two halves of the bond p-q as the scene makes them.
 void add_bond(Scene& scene, std::array<float, 3> p, std::array<float, 3> q, int ca, int cb) {
     const float mx = (p[0] + q[0]) / 2, my = (p[1] + q[1]) / 2, mz = (p[2] + q[2]) / 2;
@@ -27,7 +20,7 @@ void add_bond(Scene& scene, std::array<float, 3> p, std::array<float, 3> q, int 
     scene.sticks.push_back({mx, my, mz, q[0], q[1], q[2], cb, 1});
 }
 
-// Primitive k's attributes, checking that its four vertices carry the same.
+// Primitive k's attributes, checking that all its vertices carry the same.
 std::vector<float> primitive(const std::vector<float>& vertices, int k, int floats, int corners) {
     const auto at = vertices.begin() + static_cast<std::ptrdiff_t>(k) * corners * floats;
     std::vector<float> first(at, at + floats);
@@ -35,20 +28,14 @@ std::vector<float> primitive(const std::vector<float>& vertices, int k, int floa
         EXPECT_TRUE(std::equal(first.begin(), first.end(), at + c * floats)) << "primitive " << k << " corner " << c;
     return first;
 }
-
-std::vector<float> stick(const SceneBatches& b, int k) {
-    return primitive(b.stick_vertices(), k, kStickFloats, kQuadCorners);
-}
 std::vector<float> sphere(const SceneBatches& b, int k) {
     return primitive(b.sphere_vertices(), k, kSphereFloats, kSphereCorners);
 }
 
-// The halves of a bond become one stick (what it looks like is the
-// painter's test); sticks that only touch do not: a bent chain in fast
-// drawing (one stick a bond, each ending where the next begins, which is
-// no midpoint), and two halves that would join but for their alpha.
+// Sticks that only touch do not join: a bent chain in fast drawing (one
+// stick a bond, ending where the next begins) and halves of unequal alpha.
 TEST(SceneBatches, TheHalvesOfABondAreOneStickButSticksThatOnlyTouchStaySeparate) {
-    Scene scene = a_scene();
+    Scene scene;
     add_bond(scene, {0.1f, 0.2f, 0.3f}, {0.7f, -0.3f, 0.35f}, 3, 5);
     add_bond(scene, {0.7f, -0.3f, 0.35f}, {0.9f, 0.4f, -0.2f}, 5, 7);
     SceneBatches b;
@@ -64,7 +51,7 @@ TEST(SceneBatches, TheHalvesOfABondAreOneStickButSticksThatOnlyTouchStaySeparate
 // translucent sphere the scene's order stands, as its blending depends on
 // what went before.
 TEST(SceneBatches, TranslucentSpheresKeepTheScenesOrder) {
-    Scene scene = a_scene();
+    Scene scene;
     scene.spheres.push_back({0, 0, 0.0f, 0.1f, 3, 1});
     scene.spheres.push_back({0, 0, 0.2f, 0.1f, 5, 0});
     scene.spheres.push_back({0, 0, -0.5f, 0.1f, 3, 1});
@@ -72,12 +59,11 @@ TEST(SceneBatches, TranslucentSpheresKeepTheScenesOrder) {
     b.build(scene, kLook);
     ASSERT_EQ(b.sphere_count(), 3);
     EXPECT_FALSE(b.spheres_opaque());
-    EXPECT_EQ(std::vector<float>({sphere(b, 0)[2], sphere(b, 1)[2], sphere(b, 2)[2]}),
-              std::vector<float>({0, 0.2f, -0.5f}));
+    EXPECT_EQ((std::vector{sphere(b, 0)[2], sphere(b, 1)[2], sphere(b, 2)[2]}), (std::vector{0.0f, 0.2f, -0.5f}));
 }
 
 TEST(SceneBatches, SticksSkipWhatTheirAtomsSpheresHide) {
-    Scene scene = a_scene();
+    Scene scene;
     scene.stick_radius = 0.06f;
     scene.spheres.push_back({0, 0, 0, 0.1f, 3, 1});
     scene.spheres.push_back({1, 0, 0, 0.3f, 3, 1});
@@ -94,7 +80,7 @@ TEST(SceneBatches, SticksSkipWhatTheirAtomsSpheresHide) {
     b.build(scene, kLook);
     ASSERT_EQ(b.stick_count(), 5);
     std::vector<std::vector<float>> got;
-    for (int k = 0; k < 5; ++k) got.push_back(stick(b, k));
+    for (int k = 0; k < 5; ++k) got.push_back(primitive(b.stick_vertices(), k, kStickFloats, kQuadCorners));
     auto hidden = [&got](float x1, float y1, float z1) {
         for (const auto& s : got)
             if (s[3] == x1 && s[4] == y1 && s[5] == z1) return std::pair{s[13], s[14]};
@@ -112,19 +98,13 @@ TEST(SceneBatches, SticksSkipWhatTheirAtomsSpheresHide) {
     EXPECT_EQ(hidden(0.2f, 0, 0).second, 0);
 }
 
-// A row of atoms one behind the other along the line of sight. Small, they
-// hide nothing and the batches stop looking for a while; grown large (as
-// Setup's atom size does), the very next frame leaves the hidden ones out,
-// and keeps doing so.
+// Small atoms in a row along the line of sight hide nothing and the batches
+// stop looking for a while; grown large (by Setup) they must hide at once.
 TEST(SceneBatches, AtomsGrownLargeHideWhatIsBehindThemAtOnce) {
-    Scene scene = a_scene();
+    Scene scene;
     for (int k = 0; k < 20; ++k) scene.spheres.push_back({0, 0, 0.25f * float(k) - 2.5f, 0.02f, 3, 1});
     const Matrix4 p = perspective_matrix(800.0 / 600.0);
-    ScreenCamera camera;
-    camera.width = 800;
-    camera.height = 600;
-    camera.kx = static_cast<float>(p[0]);
-    camera.ky = static_cast<float>(p[5]);
+    const ScreenCamera camera{800, 600, static_cast<float>(p[0]), static_cast<float>(p[5])};
     SceneBatches b;
     for (int frame = 0; frame < 3; ++frame) {
         b.build(scene, kLook, &camera);

@@ -1,6 +1,4 @@
-// The painter in an off-screen frame buffer: spheres checked pixel by pixel
-// against rays cast on the CPU through the same camera, a bond's two
-// colours, and pictures that must not change when hidden parts are left out.
+// The painter in an off-screen frame buffer.
 #include "toolkit/qt/scene_painter.h"
 
 #include <cmath>
@@ -54,6 +52,12 @@ protected:
         std::vector<bool> out(depth.size());
         for (std::size_t k = 0; k < depth.size(); ++k) out[k] = depth[k] < 1.0f;
         return out;
+    }
+    // The two halves of the bond p-q, red then blue, as the scene makes them.
+    void add_bond(const float* p, const float* q) {
+        const float m[3] = {(p[0] + q[0]) / 2, (p[1] + q[1]) / 2, (p[2] + q[2]) / 2};
+        scene.sticks.push_back({p[0], p[1], p[2], m[0], m[1], m[2], 3, 1});
+        scene.sticks.push_back({m[0], m[1], m[2], q[0], q[1], q[2], 5, 1});
     }
     QRgb colour_at(double x, double y) {
         const QImage image = fbo->toImage();   // rows from the top
@@ -111,12 +115,9 @@ TEST_F(ScenePainterTest, SpheresShowWholeWhereverTheyStand) {
 }
 
 TEST_F(ScenePainterTest, ABondKeepsItsAtomsColoursOnEitherHalf) {
-    // The two halves of a bond across the view, red then blue, as the scene
-    // makes them.
     const float p[3] = {-0.8f, 0.1f, 0.2f}, q[3] = {0.8f, -0.1f, -0.2f};
-    const float m[3] = {(p[0] + q[0]) / 2, (p[1] + q[1]) / 2, (p[2] + q[2]) / 2};
     scene.stick_radius = 0.05f;
-    scene.sticks = {{p[0], p[1], p[2], m[0], m[1], m[2], 3, 1}, {m[0], m[1], m[2], q[0], q[1], q[2], 5, 1}};
+    add_bond(p, q);
     covered();
     for (float f : {0.05f, 0.25f, 0.45f, 0.55f, 0.75f, 0.95f}) {
         const auto w = project_point(p[0] + f * (q[0] - p[0]), p[1] + f * (q[1] - p[1]), p[2] + f * (q[2] - p[2]),
@@ -127,10 +128,8 @@ TEST_F(ScenePainterTest, ABondKeepsItsAtomsColoursOnEitherHalf) {
     }
 }
 
-// Opaque spheres hide the ends of their sticks, which are left undrawn; the
-// same picture with spheres a shade translucent (which hide nothing, so the
-// sticks are drawn whole) must not differ, wherever a stick comes out of
-// its sphere: towards the eye, across, at the rim.
+// Stick ends hidden in opaque spheres are left undrawn; spheres a shade
+// translucent hide nothing, and the picture must be the same.
 TEST_F(ScenePainterTest, SticksOutOfTheirAtomsLookTheSameWhetherDrawnWholeOrNot) {
     scene.palette[7] = {0, 1, 0};
     scene.stick_radius = 0.06f;
@@ -140,13 +139,7 @@ TEST_F(ScenePainterTest, SticksOutOfTheirAtomsLookTheSameWhetherDrawnWholeOrNot)
         scene.spheres.clear();
         scene.sticks.clear();
         for (const auto& a : atoms) scene.spheres.push_back({a[0], a[1], a[2], a[3], 7, alpha});
-        for (auto [i, j] : {std::pair{0, 1}, {1, 2}, {0, 3}, {3, 1}}) {
-            const float* p = atoms[i];
-            const float* q = atoms[j];
-            const float m[3] = {(p[0] + q[0]) / 2, (p[1] + q[1]) / 2, (p[2] + q[2]) / 2};
-            scene.sticks.push_back({p[0], p[1], p[2], m[0], m[1], m[2], 3, 1});
-            scene.sticks.push_back({m[0], m[1], m[2], q[0], q[1], q[2], 5, 1});
-        }
+        for (auto [i, j] : {std::pair{0, 1}, {1, 2}, {0, 3}, {3, 1}}) add_bond(atoms[i], atoms[j]);
         covered();
         return fbo->toImage();
     };
@@ -161,19 +154,15 @@ TEST_F(ScenePainterTest, SticksOutOfTheirAtomsLookTheSameWhetherDrawnWholeOrNot)
     EXPECT_LE(differ, 3);
 }
 
-// A crowd of large overlapping atoms with their bonds, seen from three
-// sides: leaving out what the front atoms hide (much of the crowd) and what
-// lies outside the picture changes not one pixel.
+// A crowd of large overlapping atoms with their bonds, seen from three sides.
 TEST_F(ScenePainterTest, LeavingOutWhatIsHiddenChangesNoPixel) {
     scene.palette[7] = {0, 1, 0};
     scene.stick_radius = 0.03f;
     std::mt19937 rng(11);
     std::uniform_real_distribution<float> pos(-0.6f, 0.6f), size(0.12f, 0.25f);
-    std::vector<SceneSphere> crowd;
-    for (int k = 0; k < 300; ++k) {
-        // One in ten well outside the picture.
+    std::vector<SceneSphere> crowd;   // one in ten well outside the picture
+    for (int k = 0; k < 300; ++k)
         crowd.push_back({pos(rng) + (k % 10 == 0 ? 3.0f : 0.0f), pos(rng), pos(rng), size(rng), k % 2 ? 3 : 5, 1});
-    }
     for (const double turn : {0.0, 2.1, 4.2}) {
         const float c = static_cast<float>(std::cos(turn)), s = static_cast<float>(std::sin(turn));
         scene.spheres.clear();
