@@ -1,9 +1,7 @@
-// The real window drawing a small job through the Qt renderer, checked by
-// its pixels.
+// The real window drawing a small job through the Qt renderer.
+#include <algorithm>
 #include <cmath>
 
-#include <QKeyEvent>
-#include <QMouseEvent>
 #include <QScreen>
 
 #include "display/projection.h"
@@ -34,12 +32,11 @@ Rgb pixel(const QImage& image, int x, int y) {
     return {c.red(), c.green(), c.blue()};
 }
 
-::testing::AssertionResult close_to(Rgb got, Rgb want, int tolerance) {
-    if (std::abs(got.r - want.r) <= tolerance && std::abs(got.g - want.g) <= tolerance &&
-        std::abs(got.b - want.b) <= tolerance)
+::testing::AssertionResult close_to(Rgb a, Rgb b, int tolerance) {
+    if (std::max({std::abs(a.r - b.r), std::abs(a.g - b.g), std::abs(a.b - b.b)}) <= tolerance)
         return ::testing::AssertionSuccess();
-    return ::testing::AssertionFailure() << "got (" << got.r << "," << got.g << "," << got.b << "), want (" << want.r
-                                         << "," << want.g << "," << want.b << ") within " << tolerance;
+    return ::testing::AssertionFailure() << "got (" << a.r << "," << a.g << "," << a.b << "), want (" << b.r << ","
+                                         << b.g << "," << b.b << ") within " << tolerance;
 }
 
 class GlViewTest : public qt_testing::JobWindowTest {
@@ -53,11 +50,6 @@ protected:
 
     ViewWidget* view() { return tk.main_window()->view(); }
     QImage frame() { return view()->grab_frame(); }
-    // What the window really shows.
-    QImage screen() {
-        GlSurface* w = view()->surface();
-        return w->screen()->grabWindow(w->winId()).toImage();
-    }
     static int differing_pixels(const QImage& a, const QImage& b, int tolerance) {
         int n = 0;
         for (int y = 0; y < a.height(); ++y)
@@ -73,9 +65,8 @@ protected:
         return {static_cast<int>(p.first * size.width()), static_cast<int>((1.0f - p.second) * size.height())};
     }
     Rgb palette(int entry) const {
-        return {static_cast<int>(std::lround(s.palette.r[entry] * 255)),
-                static_cast<int>(std::lround(s.palette.g[entry] * 255)),
-                static_cast<int>(std::lround(s.palette.b[entry] * 255))};
+        auto c = [](float v) { return static_cast<int>(std::lround(v * 255)); };
+        return {c(s.palette.r[entry]), c(s.palette.g[entry]), c(s.palette.b[entry])};
     }
     // The colour of atom i's sphere where its centre projects, drawn in
     // this palette entry: ambient 0.2 + 0.1, the diffuse share and the
@@ -122,23 +113,8 @@ TEST_F(GlViewTest, OwnDrawsAreNotReportedAsExposure) {
     while (tk.pending_messages()) exposed = exposed || tk.next_message().type == MessageType::Expose;
     EXPECT_TRUE(exposed);
     // The picture on the screen came back by itself, before the logic drew again.
-    EXPECT_EQ(differing_pixels(screen(), frame(), 2), 0);
-}
-
-TEST_F(GlViewTest, ClicksAndKeysOnTheGlWindowReachTheLogic) {
     GlSurface* w = view()->surface();
-    ASSERT_EQ(w->size(), view()->size());   // the window covers the view exactly
-    const QPointF at(w->width() / 4.0, w->height() / 2.0);
-    QMouseEvent press(QEvent::MouseButtonPress, at, w->mapToGlobal(at), Qt::RightButton, Qt::RightButton,
-                      Qt::NoModifier);
-    QCoreApplication::sendEvent(w, &press);
-    QKeyEvent key(QEvent::KeyPress, Qt::Key_Up, Qt::NoModifier);
-    QCoreApplication::sendEvent(w, &key);
-    ASSERT_EQ(tk.pending_messages(), 2u);
-    Message m = tk.next_message();
-    EXPECT_EQ(m.type, MessageType::MouseDown);
-    EXPECT_NEAR(m.fx, 0.25, 1e-3);
-    EXPECT_EQ(tk.next_message().value, 264);   // the up arrow
+    EXPECT_EQ(differing_pixels(w->screen()->grabWindow(w->winId()).toImage(), frame(), 2), 0);
 }
 
 TEST_F(GlViewTest, PicksDragsAndLabelsChangeThePicture) {
