@@ -1,13 +1,9 @@
-// The chart and plot windows of the Qt toolkit: what a chart becomes in Qt
-// Charts, the print dialog in front of the printer, and a spectrum drawn in
-// the plot window.
+// The chart and plot windows of the Qt toolkit.
 #include <QChart>
 #include <QChartView>
 #include <QClipboard>
-#include <QFile>
 #include <QLineEdit>
 #include <QLineSeries>
-#include <QTemporaryDir>
 #include <QValueAxis>
 
 #include "spectra/transmission.h"
@@ -20,19 +16,14 @@ using qt_testing::keep_shot;
 using qt_testing::on_modal;
 using QtCharts = qt_testing::WindowTest;
 
-QValueAxis* axis(QChart* chart, Qt::Orientation o) {
-    const auto axes = chart->axes(o);
-    return axes.size() == 1 ? qobject_cast<QValueAxis*>(axes.first()) : nullptr;
+// The only series or axis of the list; null where there is not exactly one.
+template <typename T, typename List>
+T* only(const List& list) {
+    return list.size() == 1 ? qobject_cast<T*>(list.first()) : nullptr;
 }
 
-QLineSeries* only_series(QChart* chart) {
-    return chart->series().size() == 1 ? qobject_cast<QLineSeries*>(chart->series().first()) : nullptr;
-}
-
-// A profile with its markers, then in the same window an IR spectrum as the
-// spectra build it (no markers, 4000 cm-1 on the left, the bands hanging
-// down from 0 at the top, x ticks on round numbers, the scale factor under
-// the title), then a flat profile, which still gets a y range to draw in.
+// A profile, then in the same window an IR spectrum as the spectra build
+// it, then a flat profile, which still needs a y range to draw in.
 TEST_F(QtCharts, ChartsShowTheirRangesAndPointsAndGoToThePrinter) {
     Chart c;
     c.title = "C1-C2-C3-C4 Dihedral";
@@ -40,15 +31,13 @@ TEST_F(QtCharts, ChartsShowTheirRangesAndPointsAndGoToThePrinter) {
     c.points = {{-180, 14.5}, {-60, 3.2}, {60, 0}, {180, 14.5}};
     tk.show_chart(c);
     ASSERT_NE(tk.chart_window(), nullptr);
-    EXPECT_TRUE(tk.chart_window()->isVisible());
     QChart* chart = tk.chart_window()->view()->chart();
-    QLineSeries* series = only_series(chart);
+    auto* series = only<QLineSeries>(chart->series());
     ASSERT_NE(series, nullptr);
     EXPECT_TRUE(series->pointsVisible());
-    ASSERT_EQ(series->count(), 4);
-    EXPECT_EQ(series->at(1), QPointF(-60, 3.2));
-    QValueAxis* x = axis(chart, Qt::Horizontal);
-    QValueAxis* y = axis(chart, Qt::Vertical);
+    EXPECT_EQ(series->points(), (QList<QPointF>{{-180, 14.5}, {-60, 3.2}, {60, 0}, {180, 14.5}}));
+    auto* x = only<QValueAxis>(chart->axes(Qt::Horizontal));
+    auto* y = only<QValueAxis>(chart->axes(Qt::Vertical));
     ASSERT_TRUE(x && y);
     EXPECT_DOUBLE_EQ(x->min(), -180);
     EXPECT_DOUBLE_EQ(y->max(), 14.5);
@@ -67,13 +56,12 @@ TEST_F(QtCharts, ChartsShowTheirRangesAndPointsAndGoToThePrinter) {
     EXPECT_EQ(tk.chart_window(), first);
     chart = tk.chart_window()->view()->chart();
     EXPECT_EQ(chart->title(), "dvb IR spectrum<br><small>Scale factor 0.97</small>");
-    ASSERT_NE(only_series(chart), nullptr);   // the profile's series and axes are gone
-    EXPECT_FALSE(only_series(chart)->pointsVisible());
-    x = axis(chart, Qt::Horizontal);
-    y = axis(chart, Qt::Vertical);
-    ASSERT_TRUE(x && y);
-    EXPECT_TRUE(x->isReverse());
-    EXPECT_TRUE(y->isReverse());
+    series = only<QLineSeries>(chart->series());   // the profile's series and axes are gone
+    x = only<QValueAxis>(chart->axes(Qt::Horizontal));
+    y = only<QValueAxis>(chart->axes(Qt::Vertical));
+    ASSERT_TRUE(series && x && y);
+    EXPECT_FALSE(series->pointsVisible());
+    EXPECT_TRUE(x->isReverse() && y->isReverse());
     EXPECT_EQ(x->tickType(), QValueAxis::TicksDynamic);
     EXPECT_DOUBLE_EQ(x->tickInterval(), 500);
     QApplication::processEvents();
@@ -82,7 +70,7 @@ TEST_F(QtCharts, ChartsShowTheirRangesAndPointsAndGoToThePrinter) {
     c.y_min = c.y_max = 0;
     c.points = {{0, 0}, {120, 0}};
     tk.show_chart(c);
-    y = axis(tk.chart_window()->view()->chart(), Qt::Vertical);
+    y = only<QValueAxis>(tk.chart_window()->view()->chart()->axes(Qt::Vertical));
     ASSERT_NE(y, nullptr);
     EXPECT_LT(y->min(), 0);
     EXPECT_GT(y->max(), 0);
@@ -91,23 +79,21 @@ TEST_F(QtCharts, ChartsShowTheirRangesAndPointsAndGoToThePrinter) {
     // the dialog offers a PDF file, which then holds the chart.
     on_modal([](QDialog* d) { d->reject(); });
     EXPECT_FALSE(tk.print_chart(c));
-    QTemporaryDir out;
-    const QString pdf = out.filePath("chart.pdf");
+    const std::string pdf = dir / "chart.pdf";
     bool to_file = false;
     on_modal([&](QDialog* d) {
         auto* name = d->findChild<QLineEdit*>("filename");
         if (!name || !name->isEnabled()) return d->reject();
-        name->setText(pdf);
+        name->setText(QString::fromStdString(pdf));
         to_file = true;
         d->accept();
     });
     const bool printed = tk.print_chart(c);
     if (to_file) {
         EXPECT_TRUE(printed);
-        QFile file(pdf);
-        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-        EXPECT_TRUE(file.read(5) == "%PDF-");
-        EXPECT_GT(file.size(), 2000);
+        const std::string bytes = testing::read_file(pdf);
+        EXPECT_EQ(bytes.substr(0, 5), "%PDF-");
+        EXPECT_GT(bytes.size(), 2000u);
     }
     tk.close_all();
     EXPECT_EQ(tk.chart_window(), nullptr);
@@ -130,10 +116,7 @@ TEST_F(QtCharts, PlotWindowShowsTheCurveAndTheClipboardHoldsThePicture) {
     EXPECT_LT(band.red(), 150);
     EXPECT_EQ(shot.pixelColor(790, 300), QColor(Qt::white));
 
-    Image picture;
-    picture.width = 4;
-    picture.height = 2;
-    picture.rgb.assign(4 * 2 * 3, 0);
+    Image picture{4, 2, std::vector<std::uint8_t>(4 * 2 * 3, 0)};
     picture.rgb[0] = 255;   // the first pixel red
     ASSERT_TRUE(tk.copy_image_to_clipboard(picture));
     const QImage held = QGuiApplication::clipboard()->image();
