@@ -1,5 +1,4 @@
-// The toolkit seam without a display: dialog descriptions, the scripted
-// toolkit, the case-insensitive file operations, processes and plots.
+// The toolkit seam without a display.
 #include <cmath>
 #include <filesystem>
 
@@ -113,8 +112,8 @@ TEST(Process, HostileWordsStayOneWord) {
     EXPECT_FALSE(process::spawn(dir.path() + "/no-such-program", {}));
 }
 
-// Lines far outside the units are clipped, not lost; a line with no number
-// in it is skipped; text stands above its point.
+// A line far outside the units is clipped, not lost; one with no number is
+// skipped.
 TEST(PlotRaster, ItemsLandWhereTheirUnitsSay) {
     Plot plot;
     plot.left = 0, plot.right = 10, plot.bottom = 0, plot.top = 10;

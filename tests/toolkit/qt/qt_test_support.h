@@ -1,8 +1,4 @@
-// Shared by the window tests of the Qt toolkit: one QApplication for the
-// whole test program (offscreen when there is no display), a helper that
-// acts on a modal window once it is up, and for the tests that run a job in
-// the real window the installation, the job read from an XYZ text, and
-// pictures kept for a look by eye.
+// Shared by the window tests of the Qt toolkit.
 #pragma once
 
 #include <cstdlib>
