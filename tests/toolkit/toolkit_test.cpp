@@ -73,9 +73,7 @@ TEST(Files, NamesMeetWhateverTheirCaseAndWritesAreWhole) {
     EXPECT_TRUE(files::write_atomic(d + "/ptest.xyz", "b\r\nc\n"));
     EXPECT_EQ(*files::read_lines(d + "/PTEST.XYZ"), (std::vector<std::string>{"b", "c"}));
     EXPECT_EQ(files::list(d, "*"), (std::vector<std::string>{"PTEST.XYZ"}));   // no temporary left
-    write_file(d + "/ptest.key", "");
-    write_file(d + "/ptest_chg.log", "");
-    write_file(d + "/other.xyz", "");
+    for (const char* name : {"/ptest.key", "/ptest_chg.log", "/other.xyz"}) write_file(d + name, "");
     files::remove(d + "/PTEST.*");
     EXPECT_EQ(files::list(d, "*"), (std::vector<std::string>{"other.xyz", "ptest_chg.log"}));
     EXPECT_TRUE(files::matches("MV12.ins", "mv*.INS"));
