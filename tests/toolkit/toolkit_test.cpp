@@ -1,7 +1,9 @@
-// The toolkit seam without a display: dialog descriptions, the scripted
-// toolkit, the case-insensitive file operations, processes and plots.
+// The toolkit seam without a display, and the shipped menu bars, tool bars
+// and dialogs.
 #include <cmath>
 #include <filesystem>
+#include <map>
+#include <set>
 
 #include <gtest/gtest.h>
 
@@ -16,6 +18,9 @@
 
 using namespace zentol;
 using namespace zentol::testing;
+
+const std::string kUi = std::string(ZENTOL_DATA_DIR) + "/ui";
+const std::string kMenus = kUi + "/menus";
 
 // Shown and read back in the window's tests; here what only text can do.
 TEST(Dialogs, BadDescriptionsAndValuesAreRefused) {
@@ -68,9 +73,7 @@ TEST(Files, NamesMeetWhateverTheirCaseAndWritesAreWhole) {
     EXPECT_TRUE(files::write_atomic(d + "/ptest.xyz", "b\r\nc\n"));
     EXPECT_EQ(*files::read_lines(d + "/PTEST.XYZ"), (std::vector<std::string>{"b", "c"}));
     EXPECT_EQ(files::list(d, "*"), (std::vector<std::string>{"PTEST.XYZ"}));   // no temporary left
-    write_file(d + "/ptest.key", "");
-    write_file(d + "/ptest_chg.log", "");
-    write_file(d + "/other.xyz", "");
+    for (const char* name : {"/ptest.key", "/ptest_chg.log", "/other.xyz"}) write_file(d + name, "");
     files::remove(d + "/PTEST.*");
     EXPECT_EQ(files::list(d, "*"), (std::vector<std::string>{"other.xyz", "ptest_chg.log"}));
     EXPECT_TRUE(files::matches("MV12.ins", "mv*.INS"));
@@ -113,8 +116,8 @@ TEST(Process, HostileWordsStayOneWord) {
     EXPECT_FALSE(process::spawn(dir.path() + "/no-such-program", {}));
 }
 
-// Lines far outside the units are clipped, not lost; a line with no number
-// in it is skipped; text stands above its point.
+// A line far outside the units is clipped, not lost; one with no number is
+// skipped.
 TEST(PlotRaster, ItemsLandWhereTheirUnitsSay) {
     Plot plot;
     plot.left = 0, plot.right = 10, plot.bottom = 0, plot.top = 10;
@@ -129,4 +132,51 @@ TEST(PlotRaster, ItemsLandWhereTheirUnitsSay) {
     for (int y = 0; y < 10; ++y)
         for (int x = 10; x < 16; ++x) dark += pixel(image, x, y)[0] == 0;
     EXPECT_GT(dark, 8);
+}
+
+// Every file parses, and no menu offers a command twice.
+TEST(ShippedMenus, EveryMenuToolBarAndDialogParses) {
+    for (const auto& file : std::filesystem::directory_iterator(kMenus)) {
+        const int id = std::stoi(file.path().stem().string());
+        std::string error;
+        if (file.path().extension() != ".menu") {
+            EXPECT_TRUE(load_toolbar_desc(kMenus, id, &error)) << id << ": " << error;
+            continue;
+        }
+        auto menu = load_menu_desc(kMenus, id, &error);
+        ASSERT_TRUE(menu) << id << ": " << error;
+        std::set<int> items;
+        for (const auto& e : menu->entries)
+            EXPECT_TRUE(e.kind != MenuEntry::Item || items.insert(e.id).second) << e.id << " twice in " << id;
+    }
+    int dialogs = 0;
+    for (const auto& file : std::filesystem::directory_iterator(kUi + "/dialogs")) {
+        std::string error;
+        const int id = std::stoi(file.path().stem().string());
+        EXPECT_TRUE(parse_dialog_desc(read_file(file.path().string()), id, &error)) << id << ": " << error;
+        ++dialogs;
+    }
+    EXPECT_GE(dialogs, 12);
+}
+
+// A mode's tool-tips say what its menu says; Build's buttons keep their
+// order and the second command of a two-state button, which its loop expects.
+TEST(ShippedMenus, ModeToolBarsKeepTheMenuTextsAndBuildsPairs) {
+    std::vector<std::pair<int, int>> build;   // (id, second state)
+    for (auto [bar_id, menu_id] : {std::pair{30102, 30006}, {30103, 30003}}) {
+        std::string error;
+        auto bar = load_toolbar_desc(kMenus, bar_id, &error);
+        ASSERT_TRUE(bar) << bar_id << ": " << error;
+        auto menu = load_menu_desc(kMenus, menu_id, &error);
+        ASSERT_TRUE(menu) << menu_id << ": " << error;
+        std::map<int, std::string> menu_text;
+        for (const auto& e : menu->entries)
+            if (e.kind == MenuEntry::Item) menu_text[e.id] = e.text;
+        for (const auto& b : bar->buttons) {
+            EXPECT_EQ(b.tooltip, menu_text[b.id]) << "tool-tip of " << b.id << " in " << bar_id;
+            if (bar_id == 30103) build.emplace_back(b.id, b.alternate);
+        }
+    }
+    EXPECT_EQ(build, (std::vector<std::pair<int, int>>{{40056, 0}, {40007, 40063}, {40049, 40017}, {40041, 40043},
+                                                       {40082, 0}}));
 }

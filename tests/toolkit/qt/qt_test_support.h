@@ -1,8 +1,4 @@
-// Shared by the window tests of the Qt toolkit: one QApplication for the
-// whole test program (offscreen when there is no display), a helper that
-// acts on a modal window once it is up, and for the tests that run a job in
-// the real window the installation, the job read from an XYZ text, and
-// pictures kept for a look by eye.
+// Shared by the window tests of the Qt toolkit.
 #pragma once
 
 #include <cstdlib>
@@ -19,6 +15,7 @@
 #include <QTimer>
 #include <gtest/gtest.h>
 
+#include "display/projection.h"
 #include "session/config.h"
 #include "session/session.h"
 #include "session/store_ops.h"
@@ -107,6 +104,14 @@ protected:
         tk.status_bar_parts({400, 1500, 620, 700, 620, 700, 600, 600, 3200, 1000});
         tk.wait_hundredths(10);
         read_job(s, dir / "job", name, xyz);
+    }
+    ViewWidget* view() { return tk.main_window()->view(); }
+    // Where atom i is drawn in a picture of this size (its own aspect).
+    QPoint at(int i, const QSize& size) const {
+        const float z = s.flags.zoom;
+        auto p = project_point(s.store.disp_x[i] * z, s.store.disp_y[i] * z, s.store.disp_z[i] * z,
+                               Viewport{size.width(), size.height()});
+        return {static_cast<int>(p.first * size.width()), static_cast<int>((1.0f - p.second) * size.height())};
     }
 
     QtRenderer renderer{tk};

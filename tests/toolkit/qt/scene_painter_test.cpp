@@ -1,8 +1,9 @@
-// The painter in an off-screen frame buffer: spheres checked pixel by pixel
-// against rays cast on the CPU through the same camera, a bond's two
-// colours, and pictures that must not change when hidden parts are left out.
+// The painter: the vertex batches it draws from, and its pictures in an
+// off-screen frame buffer.
 #include "toolkit/qt/scene_painter.h"
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <memory>
 #include <random>
@@ -17,9 +18,116 @@
 
 #include "display/projection.h"
 #include "display/scene.h"
+#include "toolkit/qt/scene_batches.h"
 
 namespace zentol {
 namespace {
+
+const Matrix4 kLook = look_at_matrix();
+
+// The two halves of the bond p-q as the scene makes them.
+void add_bond(Scene& scene, std::array<float, 3> p, std::array<float, 3> q, int ca = 3, int cb = 5) {
+    const float mx = (p[0] + q[0]) / 2, my = (p[1] + q[1]) / 2, mz = (p[2] + q[2]) / 2;
+    scene.sticks.push_back({p[0], p[1], p[2], mx, my, mz, ca, 1});
+    scene.sticks.push_back({mx, my, mz, q[0], q[1], q[2], cb, 1});
+}
+
+// Primitive k's attributes, checking that all its vertices carry the same.
+std::vector<float> primitive(const std::vector<float>& vertices, int k, int floats, int corners) {
+    const auto at = vertices.begin() + static_cast<std::ptrdiff_t>(k) * corners * floats;
+    std::vector<float> first(at, at + floats);
+    for (int c = 1; c < corners; ++c)
+        EXPECT_TRUE(std::equal(first.begin(), first.end(), at + c * floats)) << "primitive " << k << " corner " << c;
+    return first;
+}
+std::vector<float> sphere(const SceneBatches& b, int k) {
+    return primitive(b.sphere_vertices(), k, kSphereFloats, kSphereCorners);
+}
+
+// Sticks that only touch do not join: a bent chain in fast drawing (one
+// stick a bond, ending where the next begins) and halves of unequal alpha.
+TEST(SceneBatches, TheHalvesOfABondAreOneStickButSticksThatOnlyTouchStaySeparate) {
+    Scene scene;
+    add_bond(scene, {0.1f, 0.2f, 0.3f}, {0.7f, -0.3f, 0.35f});
+    add_bond(scene, {0.7f, -0.3f, 0.35f}, {0.9f, 0.4f, -0.2f}, 5, 7);
+    SceneBatches b;
+    b.build(scene, kLook);
+    EXPECT_EQ(b.stick_count(), 2);
+    scene.sticks = {{0, 0, 0, 1, 0, 0, 2, 1}, {1, 0, 0, 1, 1, 0, 2, 1},
+                    {0, 0, 1, 0.5f, 0, 1, 3, 1}, {0.5f, 0, 1, 1, 0, 1, 3, 0.5f}};
+    b.build(scene, kLook);
+    EXPECT_EQ(b.stick_count(), 4);
+}
+
+// Opaque spheres go nearest first (the culling below needs that); with one
+// translucent sphere the scene's order stands, as its blending depends on
+// what went before.
+TEST(SceneBatches, TranslucentSpheresKeepTheScenesOrder) {
+    Scene scene;
+    scene.spheres.push_back({0, 0, 0.0f, 0.1f, 3, 1});
+    scene.spheres.push_back({0, 0, 0.2f, 0.1f, 5, 0});
+    scene.spheres.push_back({0, 0, -0.5f, 0.1f, 3, 1});
+    SceneBatches b;
+    b.build(scene, kLook);
+    ASSERT_EQ(b.sphere_count(), 3);
+    EXPECT_FALSE(b.spheres_opaque());
+    EXPECT_EQ((std::vector{sphere(b, 0)[2], sphere(b, 1)[2], sphere(b, 2)[2]}), (std::vector{0.0f, 0.2f, -0.5f}));
+}
+
+TEST(SceneBatches, SticksSkipWhatTheirAtomsSpheresHide) {
+    Scene scene;
+    scene.stick_radius = 0.06f;
+    scene.spheres.push_back({0, 0, 0, 0.1f, 3, 1});
+    scene.spheres.push_back({1, 0, 0, 0.3f, 3, 1});
+    scene.spheres.push_back({0, 2, 0, 0.5f, 3, 0.5f});   // translucent: hides nothing
+    scene.spheres.push_back({0, 0, 16, 0.5f, 3, 1});     // cut open by the near plane
+    scene.spheres.push_back({3, 0, 0, 0.05f, 3, 1});     // thinner than the stick
+    add_bond(scene, {0, 0, 0}, {1, 0, 0});   // between the first two
+    add_bond(scene, {0, 0, 0}, {0, 2, 0});
+    add_bond(scene, {0, 0, 16}, {0, 0, 15});
+    add_bond(scene, {3, 0, 0}, {3, 1, 0});
+    add_bond(scene, {0, 0, 0}, {0.2f, 0, 0});   // between the first sphere and no atom
+    scene.sticks.push_back({1, 0, 0, 1.1f, 0, 0, 3, 1});   // short, wholly inside the second sphere
+    SceneBatches b;
+    b.build(scene, kLook);
+    ASSERT_EQ(b.stick_count(), 5);
+    std::vector<std::vector<float>> got;
+    for (int k = 0; k < 5; ++k) got.push_back(primitive(b.stick_vertices(), k, kStickFloats, kQuadCorners));
+    auto hidden = [&got](float x1, float y1, float z1) {
+        for (const auto& s : got)
+            if (s[3] == x1 && s[4] == y1 && s[5] == z1) return std::pair{s[13], s[14]};
+        ADD_FAILURE() << "no stick ends at " << x1 << "," << y1 << "," << z1;
+        return std::pair{0.0f, 0.0f};
+    };
+    const float r2 = 0.06f * 0.06f;
+    EXPECT_NEAR(hidden(1, 0, 0).first, std::sqrt(0.01f - r2), 2e-3);
+    EXPECT_NEAR(hidden(1, 0, 0).second, std::sqrt(0.09f - r2), 2e-3);
+    EXPECT_NEAR(hidden(0, 2, 0).first, std::sqrt(0.01f - r2) / 2, 2e-3);
+    EXPECT_EQ(hidden(0, 2, 0).second, 0);
+    EXPECT_EQ(hidden(0, 0, 15), std::pair(0.0f, 0.0f));
+    EXPECT_EQ(hidden(3, 1, 0), std::pair(0.0f, 0.0f));
+    EXPECT_NEAR(hidden(0.2f, 0, 0).first, std::sqrt(0.01f - r2) / 0.2f, 2e-3);
+    EXPECT_EQ(hidden(0.2f, 0, 0).second, 0);
+}
+
+// Small atoms in a row along the line of sight hide nothing and the batches
+// stop looking for a while; grown large (by Setup) they must hide at once.
+TEST(SceneBatches, AtomsGrownLargeHideWhatIsBehindThemAtOnce) {
+    Scene scene;
+    for (int k = 0; k < 20; ++k) scene.spheres.push_back({0, 0, 0.25f * float(k) - 2.5f, 0.02f, 3, 1});
+    const Matrix4 p = perspective_matrix(800.0 / 600.0);
+    const ScreenCamera camera{800, 600, static_cast<float>(p[0]), static_cast<float>(p[5])};
+    SceneBatches b;
+    for (int frame = 0; frame < 3; ++frame) {
+        b.build(scene, kLook, &camera);
+        EXPECT_EQ(b.sphere_count(), 20) << frame;
+    }
+    for (SceneSphere& s : scene.spheres) s.radius = 0.3f;
+    for (int frame = 0; frame < 3; ++frame) {
+        b.build(scene, kLook, &camera);
+        EXPECT_LT(b.sphere_count(), 10) << frame;
+    }
+}
 
 constexpr int kWidth = 400, kHeight = 300;
 
@@ -111,12 +219,9 @@ TEST_F(ScenePainterTest, SpheresShowWholeWhereverTheyStand) {
 }
 
 TEST_F(ScenePainterTest, ABondKeepsItsAtomsColoursOnEitherHalf) {
-    // The two halves of a bond across the view, red then blue, as the scene
-    // makes them.
-    const float p[3] = {-0.8f, 0.1f, 0.2f}, q[3] = {0.8f, -0.1f, -0.2f};
-    const float m[3] = {(p[0] + q[0]) / 2, (p[1] + q[1]) / 2, (p[2] + q[2]) / 2};
+    const std::array<float, 3> p{-0.8f, 0.1f, 0.2f}, q{0.8f, -0.1f, -0.2f};
     scene.stick_radius = 0.05f;
-    scene.sticks = {{p[0], p[1], p[2], m[0], m[1], m[2], 3, 1}, {m[0], m[1], m[2], q[0], q[1], q[2], 5, 1}};
+    add_bond(scene, p, q);   // red, then blue
     covered();
     for (float f : {0.05f, 0.25f, 0.45f, 0.55f, 0.75f, 0.95f}) {
         const auto w = project_point(p[0] + f * (q[0] - p[0]), p[1] + f * (q[1] - p[1]), p[2] + f * (q[2] - p[2]),
@@ -127,10 +232,8 @@ TEST_F(ScenePainterTest, ABondKeepsItsAtomsColoursOnEitherHalf) {
     }
 }
 
-// Opaque spheres hide the ends of their sticks, which are left undrawn; the
-// same picture with spheres a shade translucent (which hide nothing, so the
-// sticks are drawn whole) must not differ, wherever a stick comes out of
-// its sphere: towards the eye, across, at the rim.
+// Stick ends hidden in opaque spheres are left undrawn; spheres a shade
+// translucent hide nothing, and the picture must be the same.
 TEST_F(ScenePainterTest, SticksOutOfTheirAtomsLookTheSameWhetherDrawnWholeOrNot) {
     scene.palette[7] = {0, 1, 0};
     scene.stick_radius = 0.06f;
@@ -140,13 +243,8 @@ TEST_F(ScenePainterTest, SticksOutOfTheirAtomsLookTheSameWhetherDrawnWholeOrNot)
         scene.spheres.clear();
         scene.sticks.clear();
         for (const auto& a : atoms) scene.spheres.push_back({a[0], a[1], a[2], a[3], 7, alpha});
-        for (auto [i, j] : {std::pair{0, 1}, {1, 2}, {0, 3}, {3, 1}}) {
-            const float* p = atoms[i];
-            const float* q = atoms[j];
-            const float m[3] = {(p[0] + q[0]) / 2, (p[1] + q[1]) / 2, (p[2] + q[2]) / 2};
-            scene.sticks.push_back({p[0], p[1], p[2], m[0], m[1], m[2], 3, 1});
-            scene.sticks.push_back({m[0], m[1], m[2], q[0], q[1], q[2], 5, 1});
-        }
+        for (auto [i, j] : {std::pair{0, 1}, {1, 2}, {0, 3}, {3, 1}})
+            add_bond(scene, {atoms[i][0], atoms[i][1], atoms[i][2]}, {atoms[j][0], atoms[j][1], atoms[j][2]});
         covered();
         return fbo->toImage();
     };
@@ -161,19 +259,15 @@ TEST_F(ScenePainterTest, SticksOutOfTheirAtomsLookTheSameWhetherDrawnWholeOrNot)
     EXPECT_LE(differ, 3);
 }
 
-// A crowd of large overlapping atoms with their bonds, seen from three
-// sides: leaving out what the front atoms hide (much of the crowd) and what
-// lies outside the picture changes not one pixel.
+// A crowd of large overlapping atoms with their bonds, seen from three sides.
 TEST_F(ScenePainterTest, LeavingOutWhatIsHiddenChangesNoPixel) {
     scene.palette[7] = {0, 1, 0};
     scene.stick_radius = 0.03f;
     std::mt19937 rng(11);
     std::uniform_real_distribution<float> pos(-0.6f, 0.6f), size(0.12f, 0.25f);
-    std::vector<SceneSphere> crowd;
-    for (int k = 0; k < 300; ++k) {
-        // One in ten well outside the picture.
+    std::vector<SceneSphere> crowd;   // one in ten well outside the picture
+    for (int k = 0; k < 300; ++k)
         crowd.push_back({pos(rng) + (k % 10 == 0 ? 3.0f : 0.0f), pos(rng), pos(rng), size(rng), k % 2 ? 3 : 5, 1});
-    }
     for (const double turn : {0.0, 2.1, 4.2}) {
         const float c = static_cast<float>(std::cos(turn)), s = static_cast<float>(std::sin(turn));
         scene.spheres.clear();
