@@ -120,6 +120,9 @@ void QtToolkit::close_all() {
     for (auto& [id, dialog] : modeless_) delete dialog.data();
     modeless_.clear();
     delete chart_window_.data();
+    // A plot shown before any main window has no parent to take it along,
+    // and it reads the plot this toolkit owns.
+    close_plot();
     if (window_) {
         window_->allow_close();
         window_->close();

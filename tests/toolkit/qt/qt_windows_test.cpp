@@ -217,7 +217,6 @@ TEST_F(QtWindows, PlotWindowShowsTheCurveAndTheClipboardHoldsThePicture) {
         EXPECT_EQ(held.size(), QSize(4, 2));
         EXPECT_EQ(held.pixelColor(0, 0), QColor(255, 0, 0));
     }
-    tk.WindowCloseChild();   // close_all takes it along only with the main window, which is not open here
 }
 
 }  // namespace
