@@ -217,6 +217,9 @@ TEST_F(QtWindows, PlotWindowShowsTheCurveAndTheClipboardHoldsThePicture) {
         EXPECT_EQ(held.size(), QSize(4, 2));
         EXPECT_EQ(held.pixelColor(0, 0), QColor(255, 0, 0));
     }
+    // No main window holds the plot: closing the toolkit must take it along.
+    tk.close_all();
+    EXPECT_EQ(tk.plot_window(), nullptr);
 }
 
 }  // namespace
