@@ -91,10 +91,7 @@ TEST(FireflyMode, OptimisationRunBringsTheGeometryBack) {
 }
 
 TEST(FireflyMode, EnergyRunsAndFailedRunsKeepTheMolecule) {
-    struct Case {
-        const char *listing, *run;   // the run type's radio field
-        bool fault;
-    };
+    struct Case { const char *listing, *run; bool fault; };   // run: the run type's radio field
     for (const Case c : {Case{"firefly8.0_h2o_opt.log", "1054", false},
                          Case{"firefly8.0_dvb_uhf_sp_scf_unconverged.out", "1054", true},
                          Case{"firefly8.0_dvb_opt_unconverged.out", "1055", true}}) {

@@ -1,6 +1,7 @@
 // Mopac mode with a fake engine replaying recorded runs: the orbital plot
 // and its hand-over to orbview and back, Mopac 6's fixed file names, and
 // listings or graph files cut short.
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 
@@ -142,9 +143,7 @@ TEST(MopacNewInput, TheDialogsRulesUnderMopac6) {
     run_on_water(t, "menu 40014\nmenu 40023\ndialog 107 button:1 1057=1 1039=1\n"
                     "menu 40023\ndialog 107 button:1 1077=1 1072=1\ndialog 107 button:1 1057=1 1072=1 1048=1\n"
                     "menu 40001\n");
-    int shown = 0;
-    for (int id : t.tk.dialogs_shown()) shown += id == 107;
-    EXPECT_EQ(shown, 3);
+    EXPECT_EQ(std::count(t.tk.dialogs_shown().begin(), t.tk.dialogs_shown().end(), 107), 3);
     // No dihedral stored for a profile; PM7 with the Mopac2016 box but no engine.
     ASSERT_EQ(t.tk.message_boxes().size(), 2u);
     EXPECT_NE(t.tk.message_boxes()[0].find("No Dihedral Stored"), std::string::npos);

@@ -157,11 +157,6 @@ TEST(OrcaMode, FailedCutAndOtherEncodedListingsOnUpdate) {
     EXPECT_TRUE(boxes(v).empty());
     EXPECT_EQ(lines_of(job + "_chg.log"),
               (std::vector<std::string>{"#Orca mulliken charges", "H       0.000000", "H      -0.000000"}));
-    // No listing: nothing.
-    TestSession w;
-    job = update(w, {});
-    EXPECT_TRUE(boxes(w).empty());
-    EXPECT_FALSE(file_present(job + "_chg.log"));
 }
 
 TEST(OrcaMode, TheQueueKeepsOneRecordAndSaysSoTwice) {
