@@ -11,7 +11,6 @@
 #include "engines/runner.h"
 #include "session/openers.h"
 #include "session/session.h"
-#include "session/startup.h"
 #include "structure_files/geo_log.h"
 #include "support/test_support.h"
 #include "toolkit/files.h"
@@ -66,7 +65,6 @@ TEST(FireflyMode, OptimisationRunBringsTheGeometryBack) {
     EXPECT_EQ(deck[1], " RUNTYP=OPTIMIZE ICHARG=0 MULT=1 $END");
     EXPECT_EQ(deck[9], "O     8.0     0.00000     0.00000     0.39754");
     EXPECT_EQ(read_file(t.scratch() + "/args.seen"), "-i water.inp -o water.lst\n");
-    // The equilibrium geometry of the listing.
     EXPECT_NEAR(t.s.store.atom_rec[1][kZ] - t.s.store.atom_rec[2][kZ], -0.1012186 - 0.5345801, 1e-5);
     EXPECT_TRUE(status_shows(t, "Firefly running"));
     EXPECT_TRUE(status_shows(t, "Firefly finished structure updated"));
@@ -136,7 +134,6 @@ TEST(FireflyMode, QueueTakesEachJobOnce) {
     int said = 0;
     for (const std::string& m : t.tk.message_boxes()) said += m == "water.inp Added to Q";
     EXPECT_EQ(said, 2);
-    // Delete, once confirmed.
     run_on_water(t, "menu 40015\nmenu 40013\nmsgbox yes\nmenu 40001\n");
     EXPECT_FALSE(file_present(t.s.inst.default_scratch + "/../firefly/qfirefly.txt"));
 }
@@ -252,10 +249,7 @@ TEST(FireflyZmatrixRun, RotationProfileHalvesAndFrozenDihedral) {
     FakeFirefly fake(t, "firefly8.0_h2o_opt.log");
     t.s.engines.values["mopac6"] = "";
     t.s.engines.values["mopac2016"] = "mopac";
-    write_file(t.s.inst.cfgset + "/dir1.def", t.scratch() + "\n");
-    std::filesystem::copy_file(test_data("tinker/butane.xyz"), t.scratch() + "/butane.xyz");
-    t.tk.load_script("");
-    run_program(t.s, {"zentol", "butane", "1"});
+    run_on_molecule(t, "tinker/butane.xyz", "");
     std::filesystem::current_path(t.scratch());
     open_job_log(t.s, true, "");
     write_file("IDHED.DAT", "           1           2           3           4\n");

@@ -20,7 +20,8 @@ MopacOptions options(int method, int charge, int multiplicity, int run_type) {
 void water(Store& st) {
     const char* labels[] = {"O1", "H2", "H3"};
     const float y[] = {0, 0.7572f, -0.7572f}, z[] = {0.1173f, -0.4692f, -0.4692f};
-    for (int i = 1; i <= 3; ++i) st.atom_label[i] = make_label(labels[i - 1]), st.atom_rec[i] = {0, y[i - 1], z[i - 1], 0, 0, 0};
+    for (int i = 1; i <= 3; ++i)
+        st.atom_label[i] = make_label(labels[i - 1]), st.atom_rec[i] = {0, y[i - 1], z[i - 1], 0, 0, 0};
     st.natoms = 3, st.nbonds = 2;
     st.bond_a[1] = st.bond_a[2] = 1, st.bond_b[1] = 2, st.bond_b[2] = 3;
 }

@@ -80,7 +80,6 @@ TEST(OrcaMode, AnOptimisationWithThePropertyFileReturnsItsGeometry) {
                                         "Cl      -0.944263  2.605249  0.000000", " *"}));
     EXPECT_EQ(lines_of(job + ".xyz").at(0), "     2 chlorine chamul   0   1");
     EXPECT_FALSE(file_present(t.scratch() + "/old_chlorine.xyz"));
-    // The side files.
     EXPECT_EQ(lines_of(job + "_chg.log"),
               (std::vector<std::string>{"#Orca mulliken charges", "Cl      0.000000", "Cl     -0.000000"}));
     EXPECT_EQ(lines_of(job + "_ir.lst").size(), 5u);
@@ -171,7 +170,6 @@ TEST(OrcaMode, TheQueueKeepsOneRecordAndSaysSoTwice) {
     EXPECT_TRUE(file_present(t.scratch() + "/old_water.xyz"));
     EXPECT_TRUE(file_present(t.scratch() + "/water.xyz"));
 
-    // Delete asks first.
     TestSession v;
     FakeOrca fake_v(v);
     write_file(queue_of(v), "/elsewhere/job.ino\n");
