@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "engines/runner.h"
+#include "engines/session_checks.h"
 #include "session/openers.h"
 #include "session/session.h"
 #include "structure_files/geo_log.h"
@@ -33,22 +34,6 @@ struct FakeFirefly {
         unsetenv("FAKE_FIREFLY_PUN");
     }
 };
-
-bool status_shows(const TestSession& t, const std::string& part) {
-    for (const auto& [field, text] : t.tk.status_writes())
-        if (field == status_message_field && text.find(part) != std::string::npos) return true;
-    return false;
-}
-
-bool box_says(const TestSession& t, const std::string& part) {
-    for (const std::string& text : t.tk.message_boxes())
-        if (text.find(part) != std::string::npos) return true;
-    return false;
-}
-
-std::vector<std::string> lines_of(const std::string& path) {
-    return files::read_lines(path).value_or(std::vector<std::string>{});
-}
 
 }  // namespace
 
@@ -101,9 +86,8 @@ TEST(FireflyMode, EnergyRunsAndFailedRunsKeepTheMolecule) {
         EXPECT_NEAR(t.s.store.atom_rec[2][kY] - t.s.store.atom_rec[1][kY], 0.763239f, 1e-5);
         if (!c.fault) {
             EXPECT_TRUE(status_shows(t, "-2039.81390 eV"));
-            EXPECT_NE(read_file(t.scratch() + "/water.geo")
-                          .find("Firefly Energy calculation\n Final Energy =      -74.96175 Hartrees    -2039.81390 eV"),
-                      std::string::npos);
+            EXPECT_TRUE(holds(read_file(t.scratch() + "/water.geo"),
+                              "Firefly Energy calculation\n Final Energy =      -74.96175 Hartrees    -2039.81390 eV"));
         }
         // An optimisation without its equilibrium leaves no charges behind.
         if (std::string(c.run) == "1055") { EXPECT_FALSE(file_present(t.scratch() + "/water_chg.log")); }

@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "engines/iconc/iconc_runs.h"
+#include "engines/session_checks.h"
 #include "session/startup.h"
 #include "support/test_support.h"
 #include "text/fixed_format.h"
@@ -185,8 +186,7 @@ TEST(IconcMode, EscEndsTheScanWithTheDoneStepsPlottedAndStepsStopAtSixty) {
     ASSERT_TRUE(is.t.tk.last_chart());
     EXPECT_EQ(is.t.tk.last_chart()->points.size(), 4u);
     EXPECT_EQ(is.decks().size(), 4u);
-    const auto& said = is.t.tk.transcript();
-    EXPECT_TRUE(std::any_of(said.begin(), said.end(), [](auto& l) { return l.find("field 1102 refused") != l.npos; }));
+    EXPECT_TRUE(transcript_has(is.t, "field 1102 refused"));
     // The lowest of the four steps, towards the curve's bottom, is the last:
     // Apply Scan takes it into the molecule.
     EXPECT_EQ(is.t.tk.last_chart()->title, "FE-H Min at step 4");

@@ -2,6 +2,7 @@
 // (Debian's open-source MOPAC) runs the deck written from dialog 107.
 #include "engines/mopac/mopac_mode.h"
 #include "engines/runner.h"
+#include "engines/session_checks.h"
 
 #include <filesystem>
 
@@ -18,10 +19,6 @@ using namespace zentol;
 using namespace zentol::testing;
 
 namespace {
-
-std::vector<std::string> lines_of(const std::string& path) {
-    return files::read_lines(path).value_or(std::vector<std::string>{});
-}
 
 void use_real_mopac(TestSession& t) { t.s.engines.values["mopac2016"] = "mopac"; }
 

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "engines/runner.h"
+#include "engines/session_checks.h"
 #include "session/session.h"
 #include "support/test_support.h"
 #include "toolkit/files.h"
@@ -42,16 +43,6 @@ void use_fakes(TestSession& t, bool mopac6, bool map_programs, bool orbview) {
         if (wanted) std::filesystem::create_symlink(tool("fake_plot.sh"), link);
         t.s.engines.values[name] = wanted ? link : "";
     }
-}
-
-std::vector<std::string> lines_of(const std::string& path) {
-    return files::read_lines(path).value_or(std::vector<std::string>{});
-}
-
-bool transcript_has(const TestSession& t, const std::string& part) {
-    for (const std::string& line : t.tk.transcript())
-        if (line.find(part) != std::string::npos) return true;
-    return false;
 }
 
 // A Mopac 6 run: the recorded listing, a graph file and a density file.
@@ -186,8 +177,7 @@ TEST(MopacMode, UpDateReadsAListingWithOnlyTheHeatOfFormation) {
     run_on_molecule(t, "mopac/propane.xyz", "menu 40014\nmenu 40007\nexpose\nmenu 40001\n");
     EXPECT_TRUE(t.tk.message_boxes().empty()) << t.tk.message_boxes()[0];
     EXPECT_TRUE(transcript_has(t, "status 9: PM7  HoF -23.07796 kcal/mol  -96.56 kJ/mol  structure updated"));
-    EXPECT_NE(read_file(job + ".geo").find(" Heat of Formation =       -23.07796 kcal/mol      -96.55818 kJ/mol"),
-              std::string::npos);
+    EXPECT_TRUE(holds(read_file(job + ".geo"), " Heat of Formation =       -23.07796 kcal/mol      -96.55818 kJ/mol"));
     // The structure turned 2 degrees about x; the store centres it.
     const auto& first = t.s.store.atom_rec[1];
     const auto& last = t.s.store.atom_rec[t.s.store.natoms];

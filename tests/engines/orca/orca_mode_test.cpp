@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "engines/orca/orca_mode.h"
+#include "engines/session_checks.h"
 #include "session/session.h"
 #include "support/test_support.h"
 #include "toolkit/files.h"
@@ -39,16 +40,6 @@ struct FakeOrca {
             unsetenv(name);
     }
 };
-
-bool transcript_has(const TestSession& t, const std::string& part) {
-    for (const std::string& line : t.tk.transcript())
-        if (line.find(part) != std::string::npos) return true;
-    return false;
-}
-
-std::vector<std::string> lines_of(const std::string& path) {
-    return files::read_lines(path).value_or(std::vector<std::string>{});
-}
 
 const std::vector<std::string>& boxes(const TestSession& t) { return t.tk.message_boxes(); }
 
@@ -182,11 +173,7 @@ TEST(OrcaMode, WithoutOrcaTheCommandSaysWhyAndChangesNothing) {
     TestSession t;
     t.s.engines.values["orca"] = t.dir / "no-orca";
     run_on_water(t, "menu 40085\n");
-    bool said = false;
-    for (const auto& [field, text] : t.tk.status_writes())
-        said = said || (field == 9 && text.find("\"orca\"") != std::string::npos &&
-                        text.find("engines.def") != std::string::npos);
-    EXPECT_TRUE(said);
+    EXPECT_TRUE(status_shows(t, "ORCA is not installed: set \"orca\" in " + t.s.inst.cfgset + "/engines.def"));
     EXPECT_FALSE(transcript_has(t, "menu 30008"));
     EXPECT_EQ(t.s.store.natoms, 3);
 }

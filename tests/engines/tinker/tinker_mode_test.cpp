@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "engines/session_checks.h"
 #include "engines/tinker/tinker_decks.h"
 #include "session/startup.h"
 #include "tinker_test_util.h"
@@ -61,8 +62,6 @@ struct TinkerSession {
     TestSession t;
     std::string bin = t.dir / "tinker";
 };
-
-bool holds(const std::string& text, const std::string& part) { return text.find(part) != std::string::npos; }
 
 }  // namespace
 
