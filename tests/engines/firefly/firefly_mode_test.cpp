@@ -9,9 +9,9 @@
 #include <gtest/gtest.h>
 
 #include "engines/runner.h"
+#include "engines/session_checks.h"
 #include "session/openers.h"
 #include "session/session.h"
-#include "session/startup.h"
 #include "structure_files/geo_log.h"
 #include "support/test_support.h"
 #include "toolkit/files.h"
@@ -35,22 +35,6 @@ struct FakeFirefly {
     }
 };
 
-bool status_shows(const TestSession& t, const std::string& part) {
-    for (const auto& [field, text] : t.tk.status_writes())
-        if (field == status_message_field && text.find(part) != std::string::npos) return true;
-    return false;
-}
-
-bool box_says(const TestSession& t, const std::string& part) {
-    for (const std::string& text : t.tk.message_boxes())
-        if (text.find(part) != std::string::npos) return true;
-    return false;
-}
-
-std::vector<std::string> lines_of(const std::string& path) {
-    return files::read_lines(path).value_or(std::vector<std::string>{});
-}
-
 }  // namespace
 
 TEST(FireflyMode, OptimisationRunBringsTheGeometryBack) {
@@ -66,7 +50,6 @@ TEST(FireflyMode, OptimisationRunBringsTheGeometryBack) {
     EXPECT_EQ(deck[1], " RUNTYP=OPTIMIZE ICHARG=0 MULT=1 $END");
     EXPECT_EQ(deck[9], "O     8.0     0.00000     0.00000     0.39754");
     EXPECT_EQ(read_file(t.scratch() + "/args.seen"), "-i water.inp -o water.lst\n");
-    // The equilibrium geometry of the listing.
     EXPECT_NEAR(t.s.store.atom_rec[1][kZ] - t.s.store.atom_rec[2][kZ], -0.1012186 - 0.5345801, 1e-5);
     EXPECT_TRUE(status_shows(t, "Firefly running"));
     EXPECT_TRUE(status_shows(t, "Firefly finished structure updated"));
@@ -91,10 +74,7 @@ TEST(FireflyMode, OptimisationRunBringsTheGeometryBack) {
 }
 
 TEST(FireflyMode, EnergyRunsAndFailedRunsKeepTheMolecule) {
-    struct Case {
-        const char *listing, *run;   // the run type's radio field
-        bool fault;
-    };
+    struct Case { const char *listing, *run; bool fault; };   // run: the run type's radio field
     for (const Case c : {Case{"firefly8.0_h2o_opt.log", "1054", false},
                          Case{"firefly8.0_dvb_uhf_sp_scf_unconverged.out", "1054", true},
                          Case{"firefly8.0_dvb_opt_unconverged.out", "1055", true}}) {
@@ -106,9 +86,8 @@ TEST(FireflyMode, EnergyRunsAndFailedRunsKeepTheMolecule) {
         EXPECT_NEAR(t.s.store.atom_rec[2][kY] - t.s.store.atom_rec[1][kY], 0.763239f, 1e-5);
         if (!c.fault) {
             EXPECT_TRUE(status_shows(t, "-2039.81390 eV"));
-            EXPECT_NE(read_file(t.scratch() + "/water.geo")
-                          .find("Firefly Energy calculation\n Final Energy =      -74.96175 Hartrees    -2039.81390 eV"),
-                      std::string::npos);
+            EXPECT_TRUE(holds(read_file(t.scratch() + "/water.geo"),
+                              "Firefly Energy calculation\n Final Energy =      -74.96175 Hartrees    -2039.81390 eV"));
         }
         // An optimisation without its equilibrium leaves no charges behind.
         if (std::string(c.run) == "1055") { EXPECT_FALSE(file_present(t.scratch() + "/water_chg.log")); }
@@ -139,7 +118,6 @@ TEST(FireflyMode, QueueTakesEachJobOnce) {
     int said = 0;
     for (const std::string& m : t.tk.message_boxes()) said += m == "water.inp Added to Q";
     EXPECT_EQ(said, 2);
-    // Delete, once confirmed.
     run_on_water(t, "menu 40015\nmenu 40013\nmsgbox yes\nmenu 40001\n");
     EXPECT_FALSE(file_present(t.s.inst.default_scratch + "/../firefly/qfirefly.txt"));
 }
@@ -255,10 +233,7 @@ TEST(FireflyZmatrixRun, RotationProfileHalvesAndFrozenDihedral) {
     FakeFirefly fake(t, "firefly8.0_h2o_opt.log");
     t.s.engines.values["mopac6"] = "";
     t.s.engines.values["mopac2016"] = "mopac";
-    write_file(t.s.inst.cfgset + "/dir1.def", t.scratch() + "\n");
-    std::filesystem::copy_file(test_data("tinker/butane.xyz"), t.scratch() + "/butane.xyz");
-    t.tk.load_script("");
-    run_program(t.s, {"zentol", "butane", "1"});
+    run_on_molecule(t, "tinker/butane.xyz", "");
     std::filesystem::current_path(t.scratch());
     open_job_log(t.s, true, "");
     write_file("IDHED.DAT", "           1           2           3           4\n");

@@ -25,11 +25,8 @@ END {
     printf "%.8f\n", e >> "fake_energies.txt"
     print " ICONC test engine"
     print " ENERGY LEVELS (eV)"
-    printf "%5d%14.5f%10.4f\n", 1, -15.2, 2.0
-    printf "%5d%14.5f%10.4f\n", 2, -12.7, 2.0
-    printf "%5d%14.5f%10.4f\n", 3, -11.3, 2.0
-    printf "%5d%14.5f%10.4f\n", 4, -8.4, 0.0
-    printf "%5d%14.5f%10.4f\n", 5, -6.1, 0.0
+    split("-15.2 -12.7 -11.3 -8.4 -6.1", level, " ")
+    for (i = 1; i <= 5; i++) printf "%5d%14.5f%10.4f\n", i, level[i], (i <= 3 ? 2.0 : 0.0)
     printf " SUM OF ONE-ELECTRON ENERGIES = %14.5f\n", e * 1.1
     print ""
     print "ATOM      NET CHG."

@@ -1,12 +1,9 @@
 #!/bin/sh
-# A stand-in for the ICONC preparation program inputc, run as
-# "inputc <inputc.inp >inputc.lst" in the job directory. It checks the deck
-# line by line the way the real program asks its questions, keeps every
-# deck it was given in fake_decks.txt (each followed by "----"), and writes
-# iconcinp.kar for the engine: the atom count, then one atom a line, the
-# label in four columns and the coordinates behind it. A bad deck, or a
-# table missing from the directory, is reported on the listing and leaves
-# no iconcinp.kar.
+# A stand-in for ICONC's inputc ("inputc <inputc.inp >inputc.lst"): checks
+# the deck line by line as the real program reads it, keeps every deck in
+# fake_decks.txt (each followed by "----") and writes iconcinp.kar: the atom
+# count, then a line an atom, label (4 columns) and coordinates. A bad deck
+# or a missing table is reported on the listing and leaves no iconcinp.kar.
 deck=$(cat)
 printf '%s\n----\n' "$deck" >> fake_decks.txt
 for table in atomdef.dat voi.dat Foi.dat; do

@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "engines/iconc/iconc_runs.h"
+#include "engines/session_checks.h"
 #include "session/startup.h"
 #include "support/test_support.h"
 #include "text/fixed_format.h"
@@ -165,7 +166,6 @@ TEST(IconcMode, EnergyScanAndOptimisationOnAComplexBuiltInBuildMode) {
     // The optimisation starts from the built molecule again and goes down
     // to the curve's floor, moving the two atoms the energy depends on.
     EXPECT_DOUBLE_EQ(e[61], e[0]);
-    EXPECT_LT(e.back(), e[61] - 0.1);
     EXPECT_LT(e.back(), -99.99);
     EXPECT_NEAR(distance(st, 1, 3), 2.0, 0.05);
     EXPECT_NE(geo.find(" STABILIZATION + REPULSION  optimized = " + text::format_f(e.back(), 15, 5)), std::string::npos);
@@ -186,8 +186,7 @@ TEST(IconcMode, EscEndsTheScanWithTheDoneStepsPlottedAndStepsStopAtSixty) {
     ASSERT_TRUE(is.t.tk.last_chart());
     EXPECT_EQ(is.t.tk.last_chart()->points.size(), 4u);
     EXPECT_EQ(is.decks().size(), 4u);
-    const auto& said = is.t.tk.transcript();
-    EXPECT_TRUE(std::any_of(said.begin(), said.end(), [](auto& l) { return l.find("field 1102 refused") != l.npos; }));
+    EXPECT_TRUE(transcript_has(is.t, "field 1102 refused"));
     // The lowest of the four steps, towards the curve's bottom, is the last:
     // Apply Scan takes it into the molecule.
     EXPECT_EQ(is.t.tk.last_chart()->title, "FE-H Min at step 4");
@@ -238,8 +237,7 @@ TEST(IconcMode, MissingProgramsAreNamedAndTheModeIsNotEntered) {
     IconcSession is;
     is.name_programs(is.t.dir / "nowhere/iconc");
     is.run_job("menu 40052\n");
-    EXPECT_TRUE(is.wrote_status("program iconc not found, set \"iconc\" or \"iconc_dir\" in"));
-    EXPECT_EQ(is.t.tk.status(9).find("ICONC: program iconc"), 0u);   // the message stands
+    EXPECT_EQ(is.t.tk.status(9).find("ICONC: program iconc not found, set \"iconc\" or \"iconc_dir\" in"), 0u);
     for (const std::string& line : is.t.tk.transcript()) EXPECT_NE(line, "menu 30005");
 
     // Named one by one, the tables are looked for beside the engine.

@@ -1,5 +1,5 @@
-// The MOPAC deck (header line 1 for each combination the two engine
-// generations tell apart, the atom tables) and the plot files.
+// The MOPAC deck for each case the two engine generations tell apart, and
+// the plot files.
 #include "engines/mopac/mopac_input.h"
 
 #include <gtest/gtest.h>
@@ -16,27 +16,20 @@ MopacOptions options(int method, int charge, int multiplicity, int run_type) {
     return {.method = method, .charge = charge, .multiplicity = multiplicity, .run_type = run_type};
 }
 
+// Water, O1 bonded to H2 and H3.
 void water(Store& st) {
-    st.natoms = 3;
-    st.atom_label[1] = make_label("O1");
-    st.atom_label[2] = make_label("H2");
-    st.atom_label[3] = make_label("H3");
-    st.atom_rec[1] = {0, 0, 0.1173f, 0, 0, 0};
-    st.atom_rec[2] = {0, 0.7572f, -0.4692f, 0, 0, 0};
-    st.atom_rec[3] = {0, -0.7572f, -0.4692f, 0, 0, 0};
-    st.nbonds = 2;
-    st.bond_a[1] = 1, st.bond_b[1] = 2;
-    st.bond_a[2] = 1, st.bond_b[2] = 3;
+    const char* labels[] = {"O1", "H2", "H3"};
+    const float y[] = {0, 0.7572f, -0.7572f}, z[] = {0.1173f, -0.4692f, -0.4692f};
+    for (int i = 1; i <= 3; ++i)
+        st.atom_label[i] = make_label(labels[i - 1]), st.atom_rec[i] = {0, y[i - 1], z[i - 1], 0, 0, 0};
+    st.natoms = 3, st.nbonds = 2;
+    st.bond_a[1] = st.bond_a[2] = 1, st.bond_b[1] = 2, st.bond_b[2] = 3;
 }
 
 }  // namespace
 
 TEST(MopacDeck, HeaderLineOneForEachCase) {
-    struct Case {
-        MopacOptions o;
-        int version;
-        const char* line;
-    };
+    struct Case { MopacOptions o; int version; const char* line; };
     MopacOptions flags6 = options(4, 0, 1, 2), geo = options(4, 0, 1, 2), uhf = options(7, 0, 2, 2);
     flags6.geo_ok = flags6.mm_ok = geo.geo_ok = true;
     uhf.scf = 2;
@@ -53,20 +46,14 @@ TEST(MopacDeck, HeaderLineOneForEachCase) {
         {options(7, 0, 3, 1), kMopac2016, " PM7  CHARGE=  0 TRIPLET GRAPHF DENSITY ESR VECTORS XYZ DISP OPEN(2,2) 1SCF"},
         // Quartets and above say their multiplicity and run UHF, RHF chosen or not.
         {options(7, 0, 9, 2), kMopac2016, " PM7  CHARGE=  0 NONET GRAPHF DENSITY ESR VECTORS XYZ DISP UHF"},
-        // Force constants come from a second job on the optimised geometry.
-        {options(7, 0, 1, 3), kMopac2016, " PM7  CHARGE=  0 SINGLET GRAPHF DENSITY VECTORS XYZ DISP"},
     };
-    for (const Case& c : cases) {
-        MopacOptions o = c.o;
-        EXPECT_EQ(mopac_header(o, c.version, "ptest")[0], c.line);
-        if (c.o.run_type == 3) {
-            EXPECT_EQ(o.run_type, 2) << "a force run goes on as an optimisation";
-        }
-    }
-    MopacOptions pm7 = options(7, 0, 1, 2);
-    EXPECT_EQ(mopac_header(pm7, kMopac2016, "ptest"),
+    for (Case c : cases) EXPECT_EQ(mopac_header(c.o, c.version, "ptest")[0], c.line);
+    // Force constants come from a second job on the optimised geometry.
+    MopacOptions force = options(7, 0, 1, 3);
+    EXPECT_EQ(mopac_header(force, kMopac2016, "ptest"),
               (std::vector<std::string>{" PM7  CHARGE=  0 SINGLET GRAPHF DENSITY VECTORS XYZ DISP",
                                         " Mopac run for ptest", " *********************"}));
+    EXPECT_EQ(force.run_type, 2) << "a force run goes on as an optimisation";
     EXPECT_EQ(mopac_force_job(options(7, 0, 5, 2), "PM7")[1], " PM7  CHARGE=  0 QUINTET UHF OLDGEO FORCE XYZ");
 }
 

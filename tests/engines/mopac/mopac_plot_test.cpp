@@ -1,12 +1,14 @@
 // Mopac mode with a fake engine replaying recorded runs: the orbital plot
 // and its hand-over to orbview and back, Mopac 6's fixed file names, and
 // listings or graph files cut short.
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 
 #include <gtest/gtest.h>
 
 #include "engines/runner.h"
+#include "engines/session_checks.h"
 #include "session/session.h"
 #include "support/test_support.h"
 #include "toolkit/files.h"
@@ -41,16 +43,6 @@ void use_fakes(TestSession& t, bool mopac6, bool map_programs, bool orbview) {
         if (wanted) std::filesystem::create_symlink(tool("fake_plot.sh"), link);
         t.s.engines.values[name] = wanted ? link : "";
     }
-}
-
-std::vector<std::string> lines_of(const std::string& path) {
-    return files::read_lines(path).value_or(std::vector<std::string>{});
-}
-
-bool transcript_has(const TestSession& t, const std::string& part) {
-    for (const std::string& line : t.tk.transcript())
-        if (line.find(part) != std::string::npos) return true;
-    return false;
 }
 
 // A Mopac 6 run: the recorded listing, a graph file and a density file.
@@ -142,9 +134,7 @@ TEST(MopacNewInput, TheDialogsRulesUnderMopac6) {
     run_on_water(t, "menu 40014\nmenu 40023\ndialog 107 button:1 1057=1 1039=1\n"
                     "menu 40023\ndialog 107 button:1 1077=1 1072=1\ndialog 107 button:1 1057=1 1072=1 1048=1\n"
                     "menu 40001\n");
-    int shown = 0;
-    for (int id : t.tk.dialogs_shown()) shown += id == 107;
-    EXPECT_EQ(shown, 3);
+    EXPECT_EQ(std::count(t.tk.dialogs_shown().begin(), t.tk.dialogs_shown().end(), 107), 3);
     // No dihedral stored for a profile; PM7 with the Mopac2016 box but no engine.
     ASSERT_EQ(t.tk.message_boxes().size(), 2u);
     EXPECT_NE(t.tk.message_boxes()[0].find("No Dihedral Stored"), std::string::npos);
@@ -187,8 +177,7 @@ TEST(MopacMode, UpDateReadsAListingWithOnlyTheHeatOfFormation) {
     run_on_molecule(t, "mopac/propane.xyz", "menu 40014\nmenu 40007\nexpose\nmenu 40001\n");
     EXPECT_TRUE(t.tk.message_boxes().empty()) << t.tk.message_boxes()[0];
     EXPECT_TRUE(transcript_has(t, "status 9: PM7  HoF -23.07796 kcal/mol  -96.56 kJ/mol  structure updated"));
-    EXPECT_NE(read_file(job + ".geo").find(" Heat of Formation =       -23.07796 kcal/mol      -96.55818 kJ/mol"),
-              std::string::npos);
+    EXPECT_TRUE(holds(read_file(job + ".geo"), " Heat of Formation =       -23.07796 kcal/mol      -96.55818 kJ/mol"));
     // The structure turned 2 degrees about x; the store centres it.
     const auto& first = t.s.store.atom_rec[1];
     const auto& last = t.s.store.atom_rec[t.s.store.natoms];

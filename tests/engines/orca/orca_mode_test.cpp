@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "engines/orca/orca_mode.h"
+#include "engines/session_checks.h"
 #include "session/session.h"
 #include "support/test_support.h"
 #include "toolkit/files.h"
@@ -40,16 +41,6 @@ struct FakeOrca {
     }
 };
 
-bool transcript_has(const TestSession& t, const std::string& part) {
-    for (const std::string& line : t.tk.transcript())
-        if (line.find(part) != std::string::npos) return true;
-    return false;
-}
-
-std::vector<std::string> lines_of(const std::string& path) {
-    return files::read_lines(path).value_or(std::vector<std::string>{});
-}
-
 const std::vector<std::string>& boxes(const TestSession& t) { return t.tk.message_boxes(); }
 
 }  // namespace
@@ -80,7 +71,6 @@ TEST(OrcaMode, AnOptimisationWithThePropertyFileReturnsItsGeometry) {
                                         "Cl      -0.944263  2.605249  0.000000", " *"}));
     EXPECT_EQ(lines_of(job + ".xyz").at(0), "     2 chlorine chamul   0   1");
     EXPECT_FALSE(file_present(t.scratch() + "/old_chlorine.xyz"));
-    // The side files.
     EXPECT_EQ(lines_of(job + "_chg.log"),
               (std::vector<std::string>{"#Orca mulliken charges", "Cl      0.000000", "Cl     -0.000000"}));
     EXPECT_EQ(lines_of(job + "_ir.lst").size(), 5u);
@@ -116,7 +106,6 @@ TEST(OrcaMode, AnOrcaSixOptimisationPlotsAndReplaysItsModes) {
     const auto& r = t.s.store.atom_rec;
     EXPECT_NEAR(r[8][kZ] - r[1][kZ], 1.017364 + 0.001735, 1e-5);
     EXPECT_EQ(lines_of(job + ".out"), lines_of(test_data("orca/orca6.0_dihedral_final.xyz")));
-    EXPECT_NE(read_file(job + ".xyz").find("difluoroethane chamul"), std::string::npos);
     const auto deck = lines_of(job + ".ino");
     EXPECT_EQ(deck.at(deck.size() - 2), "F        0.407215 -0.235418  1.017364");
     // Plot IR: the last table, scaled by the dialog's 0.97.
@@ -157,11 +146,6 @@ TEST(OrcaMode, FailedCutAndOtherEncodedListingsOnUpdate) {
     EXPECT_TRUE(boxes(v).empty());
     EXPECT_EQ(lines_of(job + "_chg.log"),
               (std::vector<std::string>{"#Orca mulliken charges", "H       0.000000", "H      -0.000000"}));
-    // No listing: nothing.
-    TestSession w;
-    job = update(w, {});
-    EXPECT_TRUE(boxes(w).empty());
-    EXPECT_FALSE(file_present(job + "_chg.log"));
 }
 
 TEST(OrcaMode, TheQueueKeepsOneRecordAndSaysSoTwice) {
@@ -176,7 +160,6 @@ TEST(OrcaMode, TheQueueKeepsOneRecordAndSaysSoTwice) {
     EXPECT_TRUE(file_present(t.scratch() + "/old_water.xyz"));
     EXPECT_TRUE(file_present(t.scratch() + "/water.xyz"));
 
-    // Delete asks first.
     TestSession v;
     FakeOrca fake_v(v);
     write_file(queue_of(v), "/elsewhere/job.ino\n");
@@ -189,11 +172,7 @@ TEST(OrcaMode, WithoutOrcaTheCommandSaysWhyAndChangesNothing) {
     TestSession t;
     t.s.engines.values["orca"] = t.dir / "no-orca";
     run_on_water(t, "menu 40085\n");
-    bool said = false;
-    for (const auto& [field, text] : t.tk.status_writes())
-        said = said || (field == 9 && text.find("\"orca\"") != std::string::npos &&
-                        text.find("engines.def") != std::string::npos);
-    EXPECT_TRUE(said);
+    EXPECT_TRUE(status_shows(t, "ORCA is not installed: set \"orca\" in " + t.s.inst.cfgset + "/engines.def"));
     EXPECT_FALSE(transcript_has(t, "menu 30008"));
     EXPECT_EQ(t.s.store.natoms, 3);
 }

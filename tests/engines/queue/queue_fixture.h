@@ -18,16 +18,13 @@
 
 #include "engines/queue/queue_log.h"
 #include "engines/queue_file.h"
+#include "engines/session_checks.h"
 #include "support/test_support.h"
 #include "toolkit/files.h"
 
 namespace zentol::testing {
 
 inline std::string queue_program() { return ZENTOL_QUEUE_PROGRAM; }
-
-inline std::vector<std::string> lines_of(const std::string& path) {
-    return files::read_lines(path).value_or(std::vector<std::string>{});
-}
 
 // Polls until the file holds the text, up to `seconds`.
 inline bool wait_for_text(const std::string& path, const std::string& text, int seconds) {

@@ -15,12 +15,6 @@ using namespace zentol::testing;
 
 namespace {
 
-bool status_shows(const TestSession& t, const std::string& part) {
-    for (const auto& [field, text] : t.tk.status_writes())
-        if (field == status_message_field && text.find(part) != std::string::npos) return true;
-    return false;
-}
-
 // The fake ORCA, in engines.def and in the session.
 void install_fake_orca(TestSession& t) {
     const std::string bin = t.dir / "orca-bin";

@@ -1,10 +1,8 @@
-// Charges of the side log into the .key file, and comments into the .GEO
-// log.
+// Charges of the side log into the .key file, and comments into the .GEO log.
 #include "engines/tinker/atom_charges.h"
 
 #include <gtest/gtest.h>
 
-#include "session/session.h"
 #include "structure_files/geo_log.h"
 #include "support/test_support.h"
 #include "toolkit/files.h"

@@ -1,17 +1,14 @@
 #!/bin/sh
 # A stand-in for one Tinker 26.2 program, run under its name (minimize,
-# analyze.x, ...). It keeps its answers in answers.<program> and replays a
-# real run: the log of the data folder and its files JOB.*, renamed for the
-# job. Where a front end can go wrong it behaves as Tinker does: the
-# coordinate file is opened as named, case and all, and the key file looked
-# for under that name less its extension; a new structure goes to base.xyz,
-# or base.xyz_2, _3 ... when taken; DYNAMIC and ANNEAL restart from base.dyn
-# when it is there and append to the archive; ANALYZE asks for an atom list
-# after analysis types holding A, P or C; a missing answer ends the run with
-# Fortran's "End of file". The data folder is $FAKE_TINKER_DATA/<program>,
-# or the recorded failure named by $FAKE_TINKER_CASE_<program>; its
-# ZENTOL.ERR goes to standard error, its file EXIT gives the exit code. Each
-# run past its questions adds "<program> <file>[ restarting]" to tinker.runs.
+# analyze.x, ...), replaying $FAKE_TINKER_DATA/<program> or the failure named
+# by $FAKE_TINKER_CASE_<program>: its log, ZENTOL.ERR to standard error, EXIT
+# as exit code, its files JOB.* renamed for the job. As Tinker does, it opens
+# the coordinate file as named and the key under that name less its
+# extension; writes base.xyz, or _2, _3 ... when taken; restarts DYNAMIC and
+# ANNEAL from base.dyn, appending to the archive; asks ANALYZE for atoms
+# after types holding A, P or C; ends a run short of answers with Fortran's
+# "End of file". Answers go to answers.<program>; each run past its
+# questions adds "<program> <file>[ restarting]" to tinker.runs.
 prog=$(basename "$0")
 prog=${prog%.x}
 eval "case_dir=\${FAKE_TINKER_CASE_$prog:-$prog}"

@@ -1,9 +1,6 @@
-// Every molecule shipped with the program runs on the MM3 force field of a
-// stock Tinker 26.2 (tests/data/tinker/mm3.prm is that release's own file):
-// each bond, angle, torsion and out-of-plane bend of the molecule finds its
-// parameter the way Tinker looks it up. The lookup is written out here on
-// its own, from the parameter file and the molecule's topology, so that it
-// does not share a fault with the program.
+// Every shipped molecule finds each bond, angle, torsion and out-of-plane
+// parameter in stock Tinker 26.2's own mm3.prm. The lookup is written out
+// here apart from the program's, so that it shares no fault with it.
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
@@ -96,8 +93,7 @@ int ring_size(const Molecule& m, std::vector<int> chain) {
 }
 
 // "angle 2 26 56": the keyword and the classes in the lower of their two orders.
-std::string show(const std::string& what, const Key& k) {
-    std::string s = what;
+std::string show(std::string s, const Key& k) {
     const Key back(k.rbegin(), k.rend());
     for (int c : std::min(k, back)) s += " " + std::to_string(c);
     return s;

@@ -1,8 +1,5 @@
-// A Tinker run from the outside: the answer files the programs are told,
-// the energies read from their logs (real Tinker 26.2 logs, in both forms),
-// the structure under the name Tinker gave it, whether the restart file
-// still fits the molecule, and the judgement of the log. The answers that
-// whole sessions also send (tinker_mode_test) are not repeated here.
+// A Tinker run from the outside: answer files, energies of real Tinker 26.2
+// logs, result names, the restart file and the judgement of the log.
 #include <filesystem>
 
 #include <gtest/gtest.h>
@@ -12,7 +9,6 @@
 #include "engines/tinker/tinker_log.h"
 #include "engines/tinker/tinker_outcome.h"
 #include "engines/tinker/tinker_runs.h"
-#include "session/session.h"
 #include "tinker_test_util.h"
 
 using namespace zentol;
@@ -50,7 +46,6 @@ TEST(TinkerLog, EnergiesReadTheSameWithAndWithoutTheLeadingBlank) {
             const Lines log = tinker_lines(program + "/ZENTOL.LOG");
             return shift ? log : unshifted(log);
         };
-        EXPECT_EQ(log_shift(log_of("minimize")), shift);
         EXPECT_DOUBLE_EQ(final_function_value(log_of("minimize")), 3.0866);
         EXPECT_DOUBLE_EQ(total_potential_energy(log_of("analyze")).value_or(0), 7.0517);
     }
@@ -102,12 +97,11 @@ TEST(TinkerJob, TheRestartFileFitsOnlyTheStructureItEndedWith) {
 }
 
 // Undefined parameters, crashes and runtime errors: see their messages in
-// TinkerMode and below.
+// TinkerMode (the crash: an empty log) and below.
 TEST(TinkerOutcome, EachKindOfFailureIsNamed) {
     auto problem = [](const Lines& log, const Lines& keys) { return judge_tinker_log(log, keys).problem; };
     EXPECT_EQ(problem(tinker_lines("analyze/ZENTOL.LOG"), kMinimizeResult), TinkerProblem::NoResult);
     EXPECT_EQ(problem(tinker_lines("badtype_analyze_E/ZENTOL.LOG"), kEnergyResult), TinkerProblem::UndefinedAtom);
-    EXPECT_EQ(problem(tinker_lines("badtype0_analyze_E/ZENTOL.LOG"), {}), TinkerProblem::EmptyLog);
     Lines no_force_field = tinker_lines("minimize/ZENTOL.LOG");
     no_force_field.resize(16);
     no_force_field.insert(no_force_field.end(), {" Enter Potential Parameter File Name :  ",
