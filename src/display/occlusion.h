@@ -58,7 +58,7 @@ private:
     std::vector<float> far_;                   // per cell, rows from the bottom
     std::vector<float> corner_tx_, corner_ty_; // t of the cell corners
     std::vector<float> inverse_length_;        // 1 / |(t, -1)| at each corner
-    mutable std::vector<float> front_;         // scratch: a sphere's front at corners
+    std::vector<float> front_;                 // scratch: a sphere's front at corners
 };
 
 }  // namespace zentol

@@ -19,6 +19,12 @@ constexpr int kMovesPerItem = 8;
 constexpr std::size_t kWorthCulling = 10;
 constexpr int kCullPause = 30;
 
+// A model point in the camera's eye space.
+void to_eye(const Matrix4& view, float x, float y, float z, float* e) {
+    for (int row = 0; row < 3; ++row)
+        e[row] = static_cast<float>(view[row] * x + view[4 + row] * y + view[8 + row] * z + view[12 + row]);
+}
+
 // Slots of the sphere index: a power of two, at least twice the spheres.
 constexpr std::size_t kSphereSlots = 8192;
 static_assert(kSphereSlots >= 2 * std::size_t(kAtomRows));
@@ -147,8 +153,7 @@ void SceneBatches::build_spheres(const Scene& scene, const Matrix4& view, bool c
     for (int i = 0; i < n; ++i) {
         const SceneSphere& s = scene.spheres[static_cast<std::size_t>(i)];
         float* e = eye + 3 * i;
-        for (int row = 0; row < 3; ++row)
-            e[row] = static_cast<float>(view[row] * s.x + view[4 + row] * s.y + view[8 + row] * s.z + view[12 + row]);
+        to_eye(view, s.x, s.y, s.z, e);
         const float z = e[2];
         key[i] = z + s.radius;
         opaque = opaque && s.alpha >= 1.0f;
@@ -197,10 +202,6 @@ void SceneBatches::build_sticks(const Scene& scene, const Matrix4& view, bool cu
     float* trim = room(stick_trim_, 2 * total);
     float* key = room(keys_, total);
     float* ends = room(eye_, 6 * total);
-    auto to_eye = [&view](float x, float y, float z, float* e) {
-        for (int row = 0; row < 3; ++row)
-            e[row] = static_cast<float>(view[row] * x + view[4 + row] * y + view[8 + row] * z + view[12 + row]);
-    };
     int n = 0;
     bool opaque = true;
     for (std::size_t k = 0; k < total; ++k) {
@@ -213,8 +214,8 @@ void SceneBatches::build_sticks(const Scene& scene, const Matrix4& view, bool cu
         const float to = hidden_fraction(b.x1, b.y1, b.z1, length, scene.stick_radius);
         if (from + to >= 1) continue;   // within its atoms' spheres: nothing of it shows
         float* e = ends + 6 * n;
-        to_eye(a.x0, a.y0, a.z0, e);
-        to_eye(b.x1, b.y1, b.z1, e + 3);
+        to_eye(view, a.x0, a.y0, a.z0, e);
+        to_eye(view, b.x1, b.y1, b.z1, e + 3);
         if (cull && hidden_.hides_anything()) {
             // The part that can show, from `from` to `to` of its length.
             float shown[6];
